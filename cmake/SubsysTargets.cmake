@@ -1,0 +1,52 @@
+# What every target of this project shares: warnings, sanitizers, the Android libraries of the distribution.
+
+find_package(Threads REQUIRED)
+find_package(tinyxml2 REQUIRED)
+
+set(SUBSYS_SANITIZE "" CACHE STRING "address (with undefined) or thread; empty for none")
+set_property(CACHE SUBSYS_SANITIZE PROPERTY STRINGS "" address thread)
+
+# Debian keeps the Android libraries and headers in folders of their own.
+set(SUBSYS_ANDROID_LIB_DIR /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android)
+function(subsys_import_android target library)
+    add_library(${target} INTERFACE)
+    find_library(${target}_PATH ${library} PATHS ${SUBSYS_ANDROID_LIB_DIR} NO_DEFAULT_PATH REQUIRED)
+    target_include_directories(${target} SYSTEM INTERFACE /usr/include/android)
+    target_link_libraries(${target} INTERFACE ${${target}_PATH})
+    target_link_options(${target} INTERFACE -Wl,-rpath,${SUBSYS_ANDROID_LIB_DIR})
+endfunction()
+subsys_import_android(android_log log)
+subsys_import_android(android_base base)
+
+function(subsys_common target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align
+                                             -Woverloaded-virtual -Wvla -Werror)
+    target_link_libraries(${target} PUBLIC Threads::Threads)
+    if(SUBSYS_SANITIZE STREQUAL "address")
+        set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    elseif(SUBSYS_SANITIZE STREQUAL "thread")
+        set(flags -fsanitize=thread -fno-omit-frame-pointer)
+    else()
+        set(flags)
+    endif()
+    target_compile_options(${target} PRIVATE ${flags})
+    target_link_options(${target} PRIVATE ${flags})
+endfunction()
+
+# subsys_test(<name> SOURCES <files> LIBRARIES <targets>): a GoogleTest program. Each of its cases runs in a process of
+# its own, since some of the system's flags are set once for a process.
+function(subsys_test name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_executable(${name} ${arg_SOURCES})
+    subsys_common(${name})
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_support GTest::gtest_main)
+    # The tests are most of what a check compiles; nothing they do is worth an optimiser's time.
+    target_compile_options(${name} PRIVATE -O0 -g1)
+    # Shared by all tests, which takes the same code model for all of them.
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+    target_precompile_headers(${name} REUSE_FROM test_support)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60)
+endfunction()
+find_package(GTest REQUIRED)
+include(GoogleTest)

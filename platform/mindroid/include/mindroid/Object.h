@@ -1,0 +1,60 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include <mindroid/sp.h>
+
+namespace mindroid {
+
+// Root of every reference-counted class. Created with no reference; the first sp takes one, the last
+// one to let go deletes the object. Counting: any thread.
+// A constructor must not hand out an sp of its own object: letting go of it would delete a half-built object.
+//
+// The virtual operations keep this order: libraries that are built apart share it.
+class Object {
+public:
+    Object() = default;
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    // Identity, unless a class says otherwise.
+    [[nodiscard]] virtual bool equals(const sp<Object>& other) const;
+    [[nodiscard]] virtual int32_t hashCode() const;
+    virtual ~Object();
+
+protected:
+    // Begins with one reference, which its maker adopts; onFirstReference is not called.
+    struct Adopted {};
+    explicit Object(Adopted) : mStrongCount(1) {}
+
+    // Called when the first reference is taken, and when the last was given up, just before the deletion.
+    virtual void onFirstReference();
+    virtual void onLastReference();
+
+public:
+    void incStrong() const {
+        if (mStrongCount.fetch_add(1, std::memory_order_relaxed) == 0) firstReference();
+    }
+    void decStrong() const {
+        // The only holder needs no atomic subtraction: nobody else can reach the count.
+        if (mStrongCount.load(std::memory_order_acquire) == 1 ||
+            mStrongCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+            lastReference();
+        }
+    }
+    // A snapshot; only useful to tests and diagnostics.
+    [[nodiscard]] int32_t strongCount() const { return mStrongCount.load(std::memory_order_relaxed); }
+
+private:
+    void firstReference() const;
+    void lastReference() const;
+
+    mutable std::atomic<int32_t> mStrongCount{0};
+    // Fills the object to 16 bytes, so that the first data member of a subclass stands at offset 16 whatever its type.
+    [[maybe_unused]] uint32_t mPadding = 0;
+};
+
+static_assert(sizeof(Object) == 16);
+
+}  // namespace mindroid

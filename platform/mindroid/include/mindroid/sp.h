@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace mindroid {
+
+// Strong pointer to an Object. The pointee lives while at least one sp holds it.
+// One sp instance belongs to one thread at a time; the reference count itself is atomic.
+template <typename T>
+class sp {
+public:
+    sp() = default;
+    sp(std::nullptr_t) {}
+    // Implicit, so that `sp<T> p = new T(...)` reads as it does on a device.
+    sp(T* object) : mObject(object) { acquire(); }
+    sp(const sp& other) : sp(other.mObject) {}
+    sp(sp&& other) noexcept : mObject(std::exchange(other.mObject, nullptr)) {}
+
+    template <typename U, std::enable_if_t<std::is_convertible_v<U*, T*>, int> = 0>
+    sp(const sp<U>& other) : sp(static_cast<T*>(other.get())) {}
+    template <typename U, std::enable_if_t<std::is_convertible_v<U*, T*>, int> = 0>
+    sp(sp<U>&& other) noexcept : mObject(other.release()) {}
+
+    ~sp() {
+        if (mObject != nullptr) mObject->decStrong();
+    }
+
+    sp& operator=(sp other) noexcept {
+        std::swap(mObject, other.mObject);
+        return *this;
+    }
+
+    [[nodiscard]] T* get() const { return mObject; }
+    T* operator->() const { return mObject; }
+    T& operator*() const { return *mObject; }
+    explicit operator bool() const { return mObject != nullptr; }
+
+    void clear() { sp().swap(*this); }
+    void swap(sp& other) noexcept { std::swap(mObject, other.mObject); }
+
+    // Gives the pointer up without touching the count; the caller owns that reference.
+    [[nodiscard]] T* release() noexcept { return std::exchange(mObject, nullptr); }
+    // Takes over a reference that the caller owns.
+    [[nodiscard]] static sp adopt(T* object) noexcept {
+        sp result;
+        result.mObject = object;
+        return result;
+    }
+
+private:
+    void acquire() {
+        if (mObject != nullptr) mObject->incStrong();
+    }
+
+    T* mObject = nullptr;
+};
+
+template <typename T, typename U>
+bool operator==(const sp<T>& a, const sp<U>& b) {
+    return a.get() == b.get();
+}
+template <typename T>
+bool operator==(const sp<T>& a, std::nullptr_t) {
+    return a.get() == nullptr;
+}
+template <typename T>
+bool operator==(const sp<T>& a, const T* b) {
+    return a.get() == b;
+}
+
+// The pointer as a T, for a caller that knows the type.
+template <typename T, typename U>
+[[nodiscard]] sp<T> static_object_cast(const sp<U>& object) {
+    return sp<T>(static_cast<T*>(object.get()));
+}
+
+// The pointer as a T, or null when the object is something else.
+template <typename T, typename U>
+[[nodiscard]] sp<T> object_cast(const sp<U>& object) {
+    return sp<T>(dynamic_cast<T*>(object.get()));
+}
+
+}  // namespace mindroid
+
+template <typename T>
+struct std::hash<mindroid::sp<T>> {
+    size_t operator()(const mindroid::sp<T>& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
+};

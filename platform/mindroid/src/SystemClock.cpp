@@ -1,0 +1,53 @@
+#include <mindroid/SystemClock.h>
+
+#include <android/log.h>
+#include <time.h>
+
+#include <atomic>
+
+#include "MessageQueue.h"
+
+namespace mindroid {
+
+namespace {
+
+constexpr int64_t kNotManual = -1;
+
+// The time of the ManualClock, or kNotManual.
+std::atomic<int64_t> sManualMillis{kNotManual};
+
+uint64_t monotonicMillis() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_nsec) / 1'000'000;
+}
+
+}  // namespace
+
+uint64_t SystemClock::uptimeMillis() {
+    const int64_t manual = sManualMillis.load(std::memory_order_relaxed);
+    return manual == kNotManual ? monotonicMillis() : static_cast<uint64_t>(manual);
+}
+
+bool SystemClock::isManual() {
+    return sManualMillis.load(std::memory_order_relaxed) != kNotManual;
+}
+
+ManualClock::ManualClock() {
+    int64_t expected = kNotManual;
+    if (!sManualMillis.compare_exchange_strong(expected, static_cast<int64_t>(monotonicMillis()))) {
+        __android_log_assert(nullptr, "ManualClock", "there is a ManualClock already");
+    }
+}
+
+ManualClock::~ManualClock() {
+    sManualMillis.store(kNotManual);
+    MessageQueue::onClockChanged();
+}
+
+void ManualClock::advance(uint64_t millis) {
+    sManualMillis.fetch_add(static_cast<int64_t>(millis));
+    MessageQueue::onClockChanged();
+}
+
+}  // namespace mindroid

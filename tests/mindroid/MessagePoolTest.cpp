@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+#include <mindroid/Handler.h>
+#include <mindroid/HandlerThread.h>
+#include <mindroid/Looper.h>
+
+#include "LoopFixture.h"
+#include "tests/support/Await.h"
+
+// Message memory is all that this program asks for with an alignment.
+static std::atomic<int> sAlignedAllocations{0};
+
+void* operator new(size_t size, std::align_val_t alignment) {
+    ++sAlignedAllocations;
+    return std::aligned_alloc(static_cast<size_t>(alignment), size);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+namespace mindroid {
+namespace {
+
+// Sends `count` messages to another thread, each burst after the one before has run.
+void exchange(const sp<Handler>& handler, int count, int burst) {
+    for (int sent = 0; sent < count; sent += burst) {
+        test::Event done;
+        for (int i = 1; i < burst; ++i) handler->sendEmptyMessage(i);
+        handler->post(new Runnable([&] { done.signal(); }));
+        ASSERT_TRUE(done.await());
+    }
+}
+
+TEST(MessagePool, Traffic_WhenOneThreadSendsAndAnotherSpends_ThenTheHeapIsLeftAlone) {
+    const sp<HandlerThread> thread = new HandlerThread();
+    thread->start();
+    const sp<Handler> handler = new Handler(thread->getLooper());
+    exchange(handler, 60'000, 100);
+    EXPECT_GT(sAlignedAllocations, 0);
+    EXPECT_LE(sAlignedAllocations, 100 + 6 * 64) << "what a burst needs, and what the threads and the pool hold back";
+}
+
+TEST(MessagePool, Threads_WhenTheyEnd_ThenTheirMessagesServeOthers) {
+    const auto useOneThread = [] {
+        std::thread([] {
+            std::vector<sp<Message>> messages;
+            for (int i = 0; i < 1000; ++i) messages.push_back(Message::obtain());
+        }).join();
+    };
+    for (int i = 0; i < 3; ++i) useOneThread();
+    const int before = sAlignedAllocations;
+    for (int i = 0; i < 100; ++i) useOneThread();
+    EXPECT_LT(sAlignedAllocations - before, 100 * 128);
+}
+
+}  // namespace
+}  // namespace mindroid

@@ -1,0 +1,142 @@
+#include <mindroid/Message.h>
+
+#include <gtest/gtest.h>
+
+#include "LoopFixture.h"
+#include "tests/support/LogCapture.h"
+
+namespace mindroid {
+namespace {
+
+using test::Mortal;
+using test::Probe;
+using test::QUIT;
+
+// A message whose callback holds the message and something that dies with it, as a reply that waits for its answer.
+sp<Message> selfHolding(const sp<Handler>& target, std::atomic<int>& deaths) {
+    const sp<Message> message = target->obtainMessage();
+    const sp<Object> mortal = new Mortal(deaths);
+    message->obj = mortal;
+    message->setCallback(new Runnable([message, mortal] {}));
+    return message;
+}
+
+TEST(Message, Obtain_WhenWithFields_ThenHasThoseAndDefaults) {
+    const sp<Handler> target = new Handler();
+    const sp<Object> obj = new Handler();
+    const sp<Message> plain = Message::obtain();
+    EXPECT_TRUE(plain->getTarget() == nullptr && plain->getCallback() == nullptr && plain->obj == nullptr);
+    EXPECT_EQ(plain->what | plain->arg1 | plain->arg2, 0);
+    const sp<Message> full = Message::obtain(target, 1, 2, 3);
+    EXPECT_TRUE(full->getTarget() == target);
+    EXPECT_EQ(full->what * 100 + full->arg1 * 10 + full->arg2, 123);
+    EXPECT_TRUE(Message::obtain(target, 1, obj)->obj == obj);
+}
+
+TEST(Message, Claim_WhenManyThreadsCompete_ThenOneGetsIt) {
+    const sp<Message> message = Message::obtain();
+    EXPECT_EQ(test::countTrue(8, [&] { return message->claim(); }), 1);
+    EXPECT_FALSE(message->claim());
+}
+
+TEST(Message, SendToTarget_WhenManyThreadsCompete_ThenItRunsOnce) {
+    const test::LogCapture log;
+    sp<Probe> probe;
+    test::runLoop([&] {
+        probe = new Probe();
+        const sp<Message> message = probe->obtainMessage(7);
+        EXPECT_EQ(test::countTrue(4, [&] { return message->sendToTarget(); }), 1);
+        probe->sendEmptyMessage(QUIT);
+    });
+    EXPECT_EQ(probe->seen, std::vector<int32_t>{7});
+    EXPECT_EQ(log.count("Message", "a message can be sent only once", ANDROID_LOG_WARN), 3u);
+}
+
+TEST(Message, Send_WhenDispatchedBefore_ThenIsRefusedWithOneWarning) {
+    const test::LogCapture log;
+    test::runLoop([&] {
+        const sp<Probe> probe = new Probe();
+        const sp<Message> message = probe->obtainMessage(1);
+        probe->action = [&](const auto&) {
+            EXPECT_FALSE(message->sendToTarget());
+            EXPECT_FALSE(probe->sendMessageDelayed(message, 10));
+            message->setTarget(nullptr);
+            message->setCallback(nullptr);
+        };
+        EXPECT_TRUE(message->sendToTarget());
+        probe->sendEmptyMessage(QUIT);
+        Looper::loop();
+        EXPECT_TRUE(message->getTarget() == nullptr && message->getCallback() == nullptr);
+    });
+    EXPECT_EQ(log.count("Message", "a message can be sent only once"), 2u);
+    EXPECT_EQ(log.count("Message", "a message that was sent keeps its target", ANDROID_LOG_WARN), 1u);
+    EXPECT_EQ(log.count("Message", "a message that was sent keeps its callback", ANDROID_LOG_WARN), 1u);
+    EXPECT_EQ(log.lines().size(), 4u);
+}
+
+TEST(Message, SendToTarget_WhenNoTarget_ThenFailsAndMayBeSentLater) {
+    const test::LogCapture log;
+    sp<Probe> probe;
+    test::runLoop([&] {
+        probe = new Probe();
+        const sp<Message> message = Message::obtain();
+        EXPECT_FALSE(message->sendToTarget());
+        message->setTarget(probe);
+        EXPECT_TRUE(message->sendToTarget());
+        probe->sendEmptyMessage(QUIT);
+    });
+    EXPECT_EQ(probe->seen.size(), 1u);
+    EXPECT_EQ(log.lines("Message").size(), 1u);
+}
+
+TEST(Message, Message_WhenDispatchedOrDropped_ThenLetsGoOfAllItHolds) {
+    const struct {
+        const char* how;
+        std::function<void(const sp<Handler>&)> drop;
+    } cases[] = {{"dispatched",
+                  [](const auto& handler) {
+                      handler->post(new Runnable([] { Looper::myLooper()->quit(); }));
+                      Looper::loop();
+                  }},
+                 {"removed", [](const auto& handler) { handler->removeCallbacksAndMessages(); }},
+                 {"quit", [](const auto& handler) { handler->getLooper()->quit(); }},
+                 {"thread ended", [](const auto&) {}}};
+    for (const auto& [how, drop] : cases) {
+        std::atomic<int> deaths{0};
+        std::thread([&] {
+            Looper::prepare();
+            const sp<Handler> handler = new Handler();
+            selfHolding(handler, deaths)->sendToTarget();
+            handler->sendMessageDelayed(selfHolding(handler, deaths), 60'000);
+            drop(handler);
+        }).join();
+        EXPECT_EQ(deaths, 2) << how;
+    }
+}
+
+TEST(Message, Discard_WhenNeverSent_ThenLetsGoAsWhenRefusedAndCantBeSent) {
+    std::atomic<int> deaths{0};
+    const sp<Handler> handler = new Handler();
+    const sp<Message> message = selfHolding(handler, deaths);
+    message->discard();
+    EXPECT_EQ(deaths, 1);
+    EXPECT_EQ(message->strongCount(), 1);
+    EXPECT_FALSE(message->sendToTarget());
+    EXPECT_FALSE(selfHolding(handler, deaths)->sendToTarget());
+    EXPECT_EQ(deaths, 2);
+}
+
+TEST(Message, Discard_WhenQueued_ThenItRunsAllTheSame) {
+    sp<Probe> probe;
+    test::runLoop([&] {
+        probe = new Probe();
+        const sp<Message> message = probe->obtainMessage(5);
+        message->sendToTarget();
+        message->discard();
+        probe->sendEmptyMessage(QUIT);
+    });
+    EXPECT_EQ(probe->seen, std::vector<int32_t>{5});
+}
+
+}  // namespace
+}  // namespace mindroid

@@ -1,0 +1,97 @@
+// Many threads on one looper: what is accepted either runs once or is dropped once, in each sender's order, and all
+// that messages held is let go.
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include <mindroid/Boxes.h>
+#include <mindroid/HandlerThread.h>
+#include <mindroid/RegistrantList.h>
+
+#include "LoopFixture.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+
+namespace mindroid {
+namespace {
+
+constexpr int SENDERS = 4;
+constexpr int MESSAGES = 2000;
+
+// Checks the order of each sender's messages: arg1 is the sender, arg2 its count.
+class OrderChecker : public Handler {
+public:
+    using Handler::Handler;
+    void handleMessage(const sp<Message>& message) override {
+        int& last = mLast[static_cast<size_t>(message->arg1)];
+        EXPECT_LT(last, message->arg2);
+        last = message->arg2;
+        ++ran;
+    }
+    std::atomic<int> ran{0};
+
+private:
+    std::array<int, SENDERS> mLast{-1, -1, -1, -1};
+};
+
+void send(const sp<Handler>& handler, int sender, std::atomic<int>& accepted, std::atomic<int>& deaths) {
+    for (int i = 0; i < MESSAGES; ++i) {
+        const sp<Message> message = handler->obtainMessage(i % 3, sender, i);
+        message->obj = new test::Mortal(deaths);
+        accepted += message->sendToTarget();
+    }
+}
+
+TEST(Stress, Senders_WhenManyAndSomeoneRemovesAndQuits_ThenEachMessageIsSpentOnce) {
+    const test::LogCapture log;
+    for (int round = 0; round < 4; ++round) {
+        sp<HandlerThread> thread = new HandlerThread();
+        thread->start();
+        const sp<OrderChecker> checker = new OrderChecker(thread->getLooper());
+        std::atomic<int> accepted{0}, deaths{0};
+        std::vector<std::thread> threads;
+        for (int sender = 0; sender < SENDERS; ++sender) {
+            threads.emplace_back([&, sender] { send(checker, sender, accepted, deaths); });
+        }
+        while (accepted < 1000) checker->removeMessages(1);
+        if (round % 2 == 1) thread->quit();
+        for (std::thread& sender : threads) sender.join();
+        thread.clear();
+        EXPECT_LE(checker->ran, accepted);
+        EXPECT_EQ(deaths, SENDERS * MESSAGES);
+        EXPECT_EQ(checker->strongCount(), 1);
+    }
+}
+
+TEST(Stress, TasksAndList_WhenUsedByMany_ThenOnlyATaskUnderWayGoesOnAndTheListStaysWhole) {
+    const sp<HandlerThread> thread = new HandlerThread();
+    thread->start();
+    const sp<RegistrantList> list = new RegistrantList();
+    std::atomic<int> told{0};
+    const sp<MessageCallback> callback = new MessageCallback([&](const auto&) { ++told; });
+    test::countTrue(SENDERS, [&] {
+        const sp<Handler> handler = new Handler(thread->getLooper());
+        for (int i = 0; i < 200; ++i) {
+            std::atomic<int> runs{0};
+            test::Event fence;
+            const sp<Runnable> task = new Runnable([&] { ++runs; });
+            for (const int delay : {0, 1, 0, 0}) handler->postDelayed(task, delay);
+            handler->removeCallbacks(task);
+            const int before = runs;
+            list->replace(new Registrant(handler, callback, nullptr));
+            list->notify(new Integer(i));
+            handler->post(new Runnable([&] { fence.signal(); }));
+            EXPECT_TRUE(fence.await());
+            EXPECT_LE(runs - before, 1);
+            EXPECT_EQ(task->strongCount(), 1);
+        }
+        list->remove(handler);
+        return true;
+    });
+    EXPECT_EQ(list->size(), 0u);
+    EXPECT_GE(told, SENDERS * 200);
+}
+
+}  // namespace
+}  // namespace mindroid
