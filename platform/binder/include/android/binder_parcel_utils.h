@@ -1,0 +1,338 @@
+#pragma once
+
+// Typed reading and writing: one template for each direction, chosen by the type. bool, int8_t, int32_t, int64_t and
+// enumerations over them, std::string, SpAIBinder, std::shared_ptr of an interface, records with readFromParcel and
+// writeToParcel, std::vector of any of these (of uint8_t: packed bytes), and std::optional of what may be null.
+// Thread: any; one thread at a time uses a parcel.
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_interface_utils.h>
+#include <android/binder_parcel.h>
+
+#include <concepts>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace ndk {
+
+template <typename T>
+binder_status_t AParcel_writeVector(AParcel* parcel, const std::vector<T>& vector);
+template <typename T>
+binder_status_t AParcel_readVector(const AParcel* parcel, std::vector<T>* vector);
+template <typename T>
+binder_status_t AParcel_writeVector(AParcel* parcel, const std::optional<std::vector<T>>& vector);
+template <typename T>
+binder_status_t AParcel_readVector(const AParcel* parcel, std::optional<std::vector<T>>* vector);
+template <typename T>
+binder_status_t AParcel_writeData(AParcel* parcel, const T& value);
+template <typename T>
+binder_status_t AParcel_readData(const AParcel* parcel, T* value);
+
+namespace internal {
+
+template <typename T>
+constexpr bool isVector = false;
+template <typename T>
+constexpr bool isVector<std::vector<T>> = true;
+
+template <typename T>
+constexpr bool isInterface = false;
+template <typename T>
+constexpr bool isInterface<std::shared_ptr<T>> = std::derived_from<T, ICInterface>;
+
+template <typename T>
+concept ParcelableRecord = requires(T record, const T constRecord, AParcel* parcel) {
+    { record.readFromParcel(parcel) } -> std::same_as<binder_status_t>;
+    { constRecord.writeToParcel(parcel) } -> std::same_as<binder_status_t>;
+};
+
+// Elements that lie in an array as they lie in memory.
+template <typename T>
+concept PackedByte = sizeof(T) == 1 && !std::same_as<T, bool> && (std::integral<T> || std::is_enum_v<T>);
+
+template <typename T>
+constexpr bool alwaysFalse = false;
+
+// Gives a reader room in a std::vector, or a std::optional of one, of which only the latter may be null.
+template <typename Vector, typename Element>
+bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
+    auto* vector = static_cast<Vector*>(vectorData);
+    if constexpr (isVector<Vector>) {
+        if (length < 0) return false;
+        vector->resize(static_cast<size_t>(length));
+        *outBuffer = reinterpret_cast<Element*>(vector->data());
+    } else {
+        vector->reset();
+        if (length < 0) return true;
+        vector->emplace(static_cast<size_t>(length));
+        *outBuffer = reinterpret_cast<Element*>((*vector)->data());
+    }
+    return true;
+}
+
+template <typename Vector>
+bool allocateElements(void* vectorData, int32_t length) {
+    auto* vector = static_cast<Vector*>(vectorData);
+    if constexpr (isVector<Vector>) {
+        if (length < 0) return false;
+        vector->resize(static_cast<size_t>(length));
+    } else {
+        vector->reset();
+        if (length >= 0) vector->emplace(static_cast<size_t>(length));
+    }
+    return true;
+}
+
+template <typename Vector>
+auto& elementsOf(Vector& vector) {
+    if constexpr (isVector<std::remove_const_t<Vector>>) {
+        return vector;
+    } else {
+        return *vector;
+    }
+}
+
+template <typename Vector>
+bool getBool(const void* vectorData, size_t index) {
+    return elementsOf(*static_cast<const Vector*>(vectorData))[index];
+}
+
+template <typename Vector>
+void setBool(void* vectorData, size_t index, bool value) {
+    elementsOf(*static_cast<Vector*>(vectorData))[index] = value;
+}
+
+template <typename Vector>
+binder_status_t writeElement(AParcel* parcel, const void* vectorData, size_t index) {
+    return AParcel_writeData(parcel, elementsOf(*static_cast<const Vector*>(vectorData))[index]);
+}
+
+template <typename Vector>
+binder_status_t readElement(const AParcel* parcel, void* vectorData, size_t index) {
+    return AParcel_readData(parcel, &elementsOf(*static_cast<Vector*>(vectorData))[index]);
+}
+
+template <typename Element, typename Vector>
+binder_status_t writeVector(AParcel* parcel, const Vector& vector, const Element* elements, int32_t length) {
+    if constexpr (std::same_as<Element, bool>) {
+        return AParcel_writeBoolArray(parcel, &vector, length, getBool<Vector>);
+    } else if constexpr (PackedByte<Element>) {
+        return AParcel_writeByteArray(parcel, reinterpret_cast<const int8_t*>(elements), length);
+    } else if constexpr (std::same_as<Element, int32_t>) {
+        return AParcel_writeInt32Array(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, int64_t>) {
+        return AParcel_writeInt64Array(parcel, elements, length);
+    } else {
+        return AParcel_writeParcelableArray(parcel, &vector, length, writeElement<Vector>);
+    }
+}
+
+template <typename Element, typename Vector>
+binder_status_t readVector(const AParcel* parcel, Vector* vector) {
+    if constexpr (std::same_as<Element, bool>) {
+        return AParcel_readBoolArray(parcel, vector, allocateElements<Vector>, setBool<Vector>);
+    } else if constexpr (PackedByte<Element>) {
+        return AParcel_readByteArray(parcel, vector, allocateVector<Vector, int8_t>);
+    } else if constexpr (std::same_as<Element, int32_t>) {
+        return AParcel_readInt32Array(parcel, vector, allocateVector<Vector, int32_t>);
+    } else if constexpr (std::same_as<Element, int64_t>) {
+        return AParcel_readInt64Array(parcel, vector, allocateVector<Vector, int64_t>);
+    } else {
+        return AParcel_readParcelableArray(parcel, vector, allocateElements<Vector>, readElement<Vector>);
+    }
+}
+
+template <typename Element>
+const Element* dataOf(const std::vector<Element>& vector) {
+    return vector.data();
+}
+inline const bool* dataOf(const std::vector<bool>&) {
+    return nullptr;
+}
+
+// A string, or a std::optional of one, as the reader's destination.
+inline bool allocateString(void* stringData, int32_t length, char** buffer) {
+    if (length <= 0) return false;
+    auto* string = static_cast<std::string*>(stringData);
+    string->resize(static_cast<size_t>(length) - 1);
+    *buffer = string->data();
+    return true;
+}
+
+inline bool allocateNullableString(void* stringData, int32_t length, char** buffer) {
+    auto* string = static_cast<std::optional<std::string>*>(stringData);
+    string->reset();
+    return length < 0 || allocateString(&string->emplace(), length, buffer);
+}
+
+}  // namespace internal
+
+inline binder_status_t AParcel_writeString(AParcel* parcel, const std::string& value) {
+    return ::AParcel_writeString(parcel, value.data(), static_cast<int32_t>(value.size()));
+}
+inline binder_status_t AParcel_readString(const AParcel* parcel, std::string* value) {
+    return ::AParcel_readString(parcel, value, internal::allocateString);
+}
+inline binder_status_t AParcel_writeString(AParcel* parcel, const std::optional<std::string>& value) {
+    return value ? AParcel_writeString(parcel, *value) : ::AParcel_writeString(parcel, nullptr, -1);
+}
+inline binder_status_t AParcel_readString(const AParcel* parcel, std::optional<std::string>* value) {
+    return ::AParcel_readString(parcel, value, internal::allocateNullableString);
+}
+
+// A required object: null is STATUS_UNEXPECTED_NULL both ways.
+inline binder_status_t AParcel_writeRequiredStrongBinder(AParcel* parcel, const SpAIBinder& binder) {
+    return binder.get() == nullptr ? STATUS_UNEXPECTED_NULL : AParcel_writeStrongBinder(parcel, binder.get());
+}
+inline binder_status_t AParcel_readNullableStrongBinder(const AParcel* parcel, SpAIBinder* binder) {
+    AIBinder* read = nullptr;
+    const binder_status_t status = AParcel_readStrongBinder(parcel, &read);
+    if (status == STATUS_OK) binder->set(read);
+    return status;
+}
+inline binder_status_t AParcel_readRequiredStrongBinder(const AParcel* parcel, SpAIBinder* binder) {
+    const binder_status_t status = AParcel_readNullableStrongBinder(parcel, binder);
+    return status == STATUS_OK && binder->get() == nullptr ? STATUS_UNEXPECTED_NULL : status;
+}
+inline binder_status_t AParcel_writeNullableStrongBinder(AParcel* parcel, const SpAIBinder& binder) {
+    return AParcel_writeStrongBinder(parcel, binder.get());
+}
+
+// A required record: a 1, then the record; a 0 is STATUS_UNEXPECTED_NULL.
+template <typename Record>
+binder_status_t AParcel_writeParcelable(AParcel* parcel, const Record& record) {
+    const binder_status_t status = AParcel_writeInt32(parcel, 1);
+    return status == STATUS_OK ? record.writeToParcel(parcel) : status;
+}
+template <typename Record>
+binder_status_t AParcel_readParcelable(const AParcel* parcel, Record* record) {
+    int32_t present = 0;
+    const binder_status_t status = AParcel_readInt32(parcel, &present);
+    if (status != STATUS_OK) return status;
+    return present == 0 ? STATUS_UNEXPECTED_NULL : record->readFromParcel(parcel);
+}
+template <typename Record>
+binder_status_t AParcel_writeNullableParcelable(AParcel* parcel, const std::optional<Record>& record) {
+    return record ? AParcel_writeParcelable(parcel, *record) : AParcel_writeInt32(parcel, 0);
+}
+template <typename Record>
+binder_status_t AParcel_readNullableParcelable(const AParcel* parcel, std::optional<Record>* record) {
+    record->reset();
+    int32_t present = 0;
+    const binder_status_t status = AParcel_readInt32(parcel, &present);
+    return status != STATUS_OK || present == 0 ? status : record->emplace().readFromParcel(parcel);
+}
+
+// Reading a null into a plain vector is STATUS_UNEXPECTED_NULL; the optional one takes it.
+template <typename T>
+binder_status_t AParcel_writeVector(AParcel* parcel, const std::vector<T>& vector) {
+    return internal::writeVector<T>(parcel, vector, internal::dataOf(vector), static_cast<int32_t>(vector.size()));
+}
+template <typename T>
+binder_status_t AParcel_readVector(const AParcel* parcel, std::vector<T>* vector) {
+    return internal::readVector<T>(parcel, vector);
+}
+template <typename T>
+binder_status_t AParcel_writeVector(AParcel* parcel, const std::optional<std::vector<T>>& vector) {
+    if (vector) return AParcel_writeVector(parcel, *vector);
+    return internal::writeVector<T>(parcel, vector, static_cast<const T*>(nullptr), -1);
+}
+template <typename T>
+binder_status_t AParcel_readVector(const AParcel* parcel, std::optional<std::vector<T>>* vector) {
+    return internal::readVector<T>(parcel, vector);
+}
+
+// A value that is not null. An interface may be: a null one is written and read as such.
+template <typename T>
+binder_status_t AParcel_writeData(AParcel* parcel, const T& value) {
+    if constexpr (internal::isVector<T>) {
+        return AParcel_writeVector(parcel, value);
+    } else if constexpr (std::is_enum_v<T>) {
+        return AParcel_writeData(parcel, static_cast<std::underlying_type_t<T>>(value));
+    } else if constexpr (std::same_as<T, bool>) {
+        return AParcel_writeBool(parcel, value);
+    } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
+        return AParcel_writeByte(parcel, static_cast<int8_t>(value));
+    } else if constexpr (std::same_as<T, int32_t>) {
+        return AParcel_writeInt32(parcel, value);
+    } else if constexpr (std::same_as<T, int64_t>) {
+        return AParcel_writeInt64(parcel, value);
+    } else if constexpr (std::same_as<T, std::string>) {
+        return AParcel_writeString(parcel, value);
+    } else if constexpr (std::same_as<T, SpAIBinder>) {
+        return AParcel_writeRequiredStrongBinder(parcel, value);
+    } else if constexpr (internal::isInterface<T>) {
+        return T::element_type::writeToParcel(parcel, value);
+    } else if constexpr (internal::ParcelableRecord<T>) {
+        return AParcel_writeParcelable(parcel, value);
+    } else {
+        static_assert(internal::alwaysFalse<T>, "no layout is defined for this type");
+    }
+}
+
+template <typename T>
+binder_status_t AParcel_readData(const AParcel* parcel, T* value) {
+    if constexpr (internal::isVector<T>) {
+        return AParcel_readVector(parcel, value);
+    } else if constexpr (std::is_enum_v<T>) {
+        std::underlying_type_t<T> number{};
+        const binder_status_t status = AParcel_readData(parcel, &number);
+        if (status == STATUS_OK) *value = static_cast<T>(number);
+        return status;
+    } else if constexpr (std::same_as<T, bool>) {
+        return AParcel_readBool(parcel, value);
+    } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
+        return AParcel_readByte(parcel, reinterpret_cast<int8_t*>(value));
+    } else if constexpr (std::same_as<T, int32_t>) {
+        return AParcel_readInt32(parcel, value);
+    } else if constexpr (std::same_as<T, int64_t>) {
+        return AParcel_readInt64(parcel, value);
+    } else if constexpr (std::same_as<T, std::string>) {
+        return AParcel_readString(parcel, value);
+    } else if constexpr (std::same_as<T, SpAIBinder>) {
+        return AParcel_readRequiredStrongBinder(parcel, value);
+    } else if constexpr (internal::isInterface<T>) {
+        return T::element_type::readFromParcel(parcel, value);
+    } else if constexpr (internal::ParcelableRecord<T>) {
+        return AParcel_readParcelable(parcel, value);
+    } else {
+        static_assert(internal::alwaysFalse<T>, "no layout is defined for this type");
+    }
+}
+
+// A value that may be null: a std::optional of string, record or vector, an interface, or a SpAIBinder.
+template <typename T>
+binder_status_t AParcel_writeNullableData(AParcel* parcel, const T& value) {
+    if constexpr (std::same_as<T, SpAIBinder>) {
+        return AParcel_writeNullableStrongBinder(parcel, value);
+    } else if constexpr (internal::isInterface<T>) {
+        return T::element_type::writeToParcel(parcel, value);
+    } else if constexpr (internal::isVector<typename T::value_type>) {
+        return AParcel_writeVector(parcel, value);
+    } else if constexpr (std::same_as<T, std::optional<std::string>>) {
+        return AParcel_writeString(parcel, value);
+    } else {
+        return AParcel_writeNullableParcelable(parcel, value);
+    }
+}
+
+template <typename T>
+binder_status_t AParcel_readNullableData(const AParcel* parcel, T* value) {
+    if constexpr (std::same_as<T, SpAIBinder>) {
+        return AParcel_readNullableStrongBinder(parcel, value);
+    } else if constexpr (internal::isInterface<T>) {
+        return T::element_type::readFromParcel(parcel, value);
+    } else if constexpr (internal::isVector<typename T::value_type>) {
+        return AParcel_readVector(parcel, value);
+    } else if constexpr (std::same_as<T, std::optional<std::string>>) {
+        return AParcel_readString(parcel, value);
+    } else {
+        return AParcel_readNullableParcelable(parcel, value);
+    }
+}
+
+}  // namespace ndk

@@ -1,0 +1,21 @@
+#pragma once
+
+// The threads that serve incoming calls. Until they are started, calls to this process wait.
+// Thread: any.
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// How many threads may serve at once, those that joined not counted. 15 when never called. False once started.
+bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads);
+void ABinderProcess_startThreadPool(void);
+// Makes the calling thread one of them; it does not return.
+void ABinderProcess_joinThreadPool(void);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,9 @@
+#pragma once
+
+// What this platform knows beyond the NDK, for tools that help to debug.
+
+#include <android/binder_ibinder.h>
+#include <sys/types.h>
+
+// The process that `binder` lives in, as the kernel named it; one's own for a local object. Thread: any.
+[[nodiscard]] pid_t AIBinder_getServerPid(AIBinder* binder);

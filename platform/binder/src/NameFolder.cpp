@@ -1,0 +1,150 @@
+#include "NameFolder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "Log.h"
+
+namespace binder {
+namespace {
+
+constexpr size_t kMaxName = 127;
+constexpr int kBacklog = 128;
+constexpr time_t kConnectSeconds = 2;
+
+std::string folderPath() {
+    const char* own = getenv("SUBSYS_BINDER_DIR");
+    if (own != nullptr && *own != '\0') return own;
+    const char* runtime = getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && *runtime != '\0') return std::string(runtime) + "/subsys-binder";
+    return "/tmp/subsys-binder-" + std::to_string(geteuid());
+}
+
+// A file name: '%' and '@' cannot be part of a name, so two names or a name and its lock never meet.
+std::string fileOf(std::string_view name, std::string_view kind) {
+    std::string file = std::string(kind) + "@" + std::string(name);
+    std::replace(file.begin(), file.end(), '/', '%');
+    return file;
+}
+
+std::string socketOf(std::string_view name) {
+    return fileOf(name, "socket");
+}
+std::string lockOf(std::string_view name) {
+    return fileOf(name, "lock");
+}
+
+// The address of an open file, which may have a longer name than an address holds.
+sockaddr_un addressOf(int fd, const std::string& file) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const char* slash = file.empty() ? "" : "/";
+    snprintf(address.sun_path, sizeof(address.sun_path), "/proc/self/fd/%d%s%s", fd, slash, file.c_str());
+    return address;
+}
+
+const sockaddr* plain(const sockaddr_un& address) {
+    return static_cast<const sockaddr*>(static_cast<const void*>(&address));
+}
+
+UniqueFd streamSocket(int flags) {
+    return UniqueFd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
+}
+
+void setSendTimeout(const UniqueFd& fd, time_t seconds) {
+    const timeval timeout{seconds, 0};
+    setsockopt(fd.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+}
+
+struct flock wholeFile() {
+    struct flock region {};
+    region.l_type = F_WRLCK;
+    region.l_whence = SEEK_SET;
+    return region;
+}
+
+}  // namespace
+
+bool NameFolder::isName(const char* name) {
+    if (name == nullptr) return false;
+    const std::string_view text(name);
+    return !text.empty() && text.size() <= kMaxName && std::all_of(text.begin(), text.end(), [](char each) {
+        return (each >= 'a' && each <= 'z') || (each >= 'A' && each <= 'Z') || (each >= '0' && each <= '9') ||
+               strchr("_./-", each) != nullptr;
+    });
+}
+
+UniqueFd NameFolder::open() {
+    const std::string path = folderPath();
+    mkdir(path.c_str(), S_IRWXU);
+    UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!folder.isValid() || fstat(folder.get(), &status) != 0) {
+        if (errno != EMFILE) warn("the folder of names %s cannot be opened: %s", path.c_str(), strerror(errno));
+        return UniqueFd();
+    }
+    if (status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return folder;
+    warn("the folder of names %s must belong to this user and be closed to all others", path.c_str());
+    errno = EPERM;
+    return UniqueFd();
+}
+
+UniqueFd NameFolder::lock(const UniqueFd& folder, std::string_view name) {
+    UniqueFd file(
+        openat(folder.get(), lockOf(name).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    struct flock region = wholeFile();
+    return file.isValid() && fcntl(file.get(), F_OFD_SETLK, &region) == 0 ? std::move(file) : UniqueFd();
+}
+
+bool NameFolder::isLocked(std::string_view name) {
+    const UniqueFd folder = open();
+    if (!folder.isValid()) return false;
+    const UniqueFd file(openat(folder.get(), lockOf(name).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+    struct flock region = wholeFile();
+    return file.isValid() && fcntl(file.get(), F_OFD_GETLK, &region) == 0 && region.l_type != F_UNLCK;
+}
+
+UniqueFd NameFolder::listen(const UniqueFd& folder, std::string_view name) {
+    static std::atomic<int> sCount{0};
+    const std::string fresh = "new@" + std::to_string(getpid()) + "@" + std::to_string(++sCount);
+    unlinkat(folder.get(), fresh.c_str(), 0);
+    UniqueFd listener = streamSocket(SOCK_NONBLOCK);
+    const sockaddr_un address = addressOf(folder.get(), fresh);
+    // It listens before it gets its name, so that nobody finds it deaf.
+    if (listener.isValid() && bind(listener.get(), plain(address), sizeof(address)) == 0 &&
+        ::listen(listener.get(), kBacklog) == 0 &&
+        renameat(folder.get(), fresh.c_str(), folder.get(), socketOf(name).c_str()) == 0) {
+        return listener;
+    }
+    const int reason = errno;
+    unlinkat(folder.get(), fresh.c_str(), 0);
+    errno = reason;
+    return UniqueFd();
+}
+
+UniqueFd NameFolder::connect(std::string_view name) {
+    const UniqueFd folder = open();
+    if (!folder.isValid()) return UniqueFd();
+    const UniqueFd file(openat(folder.get(), socketOf(name).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd connection = streamSocket(0);
+    if (!file.isValid() || !connection.isValid()) return UniqueFd();
+    setSendTimeout(connection, kConnectSeconds);
+    const sockaddr_un address = addressOf(file.get(), "");
+    if (::connect(connection.get(), plain(address), sizeof(address)) != 0) return UniqueFd();
+    setSendTimeout(connection, 0);
+    return connection;
+}
+
+}  // namespace binder

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "UniqueFd.h"
+
+namespace binder {
+
+// The folder of names: for each a socket, and beside it a file that the living owner keeps locked. A name left by a
+// dead process is not locked, and its socket is replaced in one step by the next owner's. Thread: any.
+class NameFolder {
+public:
+    [[nodiscard]] static bool isName(const char* name);
+
+    // The folder, created when missing; invalid, and logged, when it is not this user's alone.
+    [[nodiscard]] static UniqueFd open();
+    // Makes this process the owner as long as the descriptor is open; invalid, with errno EAGAIN, while another is.
+    [[nodiscard]] static UniqueFd lock(const UniqueFd& folder, std::string_view name);
+    [[nodiscard]] static bool isLocked(std::string_view name);
+    // A listening socket under the name. To be called by the owner.
+    [[nodiscard]] static UniqueFd listen(const UniqueFd& folder, std::string_view name);
+    // A connection to the name, within two seconds; invalid with errno otherwise.
+    [[nodiscard]] static UniqueFd connect(std::string_view name);
+};
+
+}  // namespace binder

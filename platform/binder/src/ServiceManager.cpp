@@ -1,0 +1,203 @@
+#include "ServiceManager.h"
+
+#include <android/binder_manager.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+#include "Acceptor.h"
+#include "IBinder.h"
+#include "Log.h"
+#include "NameFolder.h"
+#include "Process.h"
+#include "Session.h"
+
+namespace binder {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr auto kGetServiceTime = 5s;
+constexpr auto kForEver = 24h * 365 * 100;
+// A service that was there but did not answer is asked again after this time, though its name did not change.
+constexpr auto kAskAgain = 1s;
+constexpr time_t kHelloSeconds = 2;
+
+// The names of this process. The descriptor of each lock file is left open on purpose: it ends with the process.
+struct Registry {
+    std::mutex addLock;   // one registration at a time
+    std::mutex openLock;  // one new session at a time, so that there is one for each process
+    std::mutex lock;
+    std::map<std::string, ndk::SpAIBinder> services;
+};
+
+Registry& registry() {
+    static auto* const instance = new Registry;  // outlives the threads that still use it at exit
+    return *instance;
+}
+
+// False when the name is not held yet.
+bool replace(const std::string& name, const ndk::SpAIBinder& service) {
+    ndk::SpAIBinder replaced;  // without the lock
+    std::lock_guard lock(registry().lock);
+    const auto found = registry().services.find(name);
+    if (found == registry().services.end()) return false;
+    replaced = std::exchange(found->second, service);
+    return true;
+}
+
+void hold(const std::string& name, const ndk::SpAIBinder& service) {
+    std::lock_guard lock(registry().lock);
+    registry().services[name] = service;
+}
+
+void unhold(const std::string& name) {
+    ndk::SpAIBinder dropped;  // without the lock
+    std::lock_guard lock(registry().lock);
+    dropped = std::move(registry().services[name]);
+    registry().services.erase(name);
+}
+
+binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& service) {
+    const UniqueFd folder = NameFolder::open();
+    if (!folder.isValid()) return errno == EPERM ? EX_SECURITY : EX_UNSUPPORTED_OPERATION;
+    UniqueFd owned = NameFolder::lock(folder, name);
+    if (!owned.isValid()) {
+        const bool isHeld = errno == EAGAIN || errno == EACCES;
+        warn("%s is not registered: %s", name.c_str(), isHeld ? "another process holds the name" : strerror(errno));
+        return isHeld ? EX_ILLEGAL_STATE : EX_UNSUPPORTED_OPERATION;
+    }
+    hold(name, service);
+    UniqueFd listener = NameFolder::listen(folder, name);
+    if (listener.isValid() && Acceptor::instance().listen(std::move(listener), name)) {
+        owned.leak();
+        return EX_NONE;
+    }
+    warn("%s is not registered: %s", name.c_str(), strerror(errno));
+    unhold(name);
+    return EX_UNSUPPORTED_OPERATION;
+}
+
+std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const Key& key) {
+    const timeval timeout{kHelloSeconds, 0};
+    setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+    const Hello hello{kProtocol, kind, key};
+    if (send(fd.get(), &hello, sizeof(hello), MSG_NOSIGNAL) != sizeof(hello)) return std::nullopt;
+    HelloReply reply{};
+    if (recv(fd.get(), &reply, sizeof(reply), MSG_WAITALL) != sizeof(reply)) return std::nullopt;
+    return reply.protocol == kProtocol ? std::optional(reply) : std::nullopt;
+}
+
+std::shared_ptr<Session> openSession(const std::string& name, const Session::Peer& peer) {
+    UniqueFd control = NameFolder::connect(name);
+    if (!control.isValid() || peerOf(control).pid != peer.pid) return nullptr;  // the name has a new owner by now
+    const auto reply = ask(control, HelloKind::Control, processKey());
+    if (!reply) return nullptr;
+    auto session = std::make_shared<Session>(reply->key, peer, name);
+    return session->start(std::move(control)) ? session : nullptr;
+}
+
+std::shared_ptr<Session> sessionWith(const std::string& name, const Key& process, const ucred& server) {
+    std::lock_guard lock(registry().openLock);
+    auto known = Session::findProcess(process, server.pid);
+    return known != nullptr ? known : openSession(name, {process, server.pid, server.uid});
+}
+
+ndk::SpAIBinder find(const std::string& name) {
+    if (ndk::SpAIBinder own = registeredHere(name); own.get() != nullptr) return own;
+    const UniqueFd fd = NameFolder::connect(name);
+    const ucred server = peerOf(fd);
+    if (server.pid < 0) return nullptr;
+    const auto identity = ask(fd, HelloKind::Identify, processKey());
+    const auto session = identity ? sessionWith(name, identity->key, server) : nullptr;
+    const auto root = session != nullptr ? ask(fd, HelloKind::Root, session->key()) : std::nullopt;
+    if (!root || root->object == 0) return nullptr;
+    return session->objects().import(root->object, root->descriptor, session);
+}
+
+// Blocks until something in the folder changed, or for `time`.
+void awaitChange(const UniqueFd& changes, Clock::duration time) {
+    pollfd wanted{changes.get(), POLLIN, 0};
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(time);
+    if (poll(&wanted, 1, static_cast<int>(milliseconds.count())) <= 0) return;
+    alignas(inotify_event) char events[4096];
+    [[maybe_unused]] const ssize_t size = read(changes.get(), events, sizeof(events));
+}
+
+UniqueFd watchFolder() {
+    const UniqueFd folder = NameFolder::open();
+    UniqueFd changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (folder.isValid() && changes.isValid()) {
+        const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
+        inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO);
+    }
+    return changes;
+}
+
+ndk::SpAIBinder findUntil(const std::string& name, Clock::time_point deadline) {
+    if (ndk::SpAIBinder found = find(name); found.get() != nullptr) return found;
+    const UniqueFd changes = watchFolder();
+    for (;;) {
+        if (ndk::SpAIBinder found = find(name); found.get() != nullptr) return found;
+        const auto left = deadline - Clock::now();
+        if (left <= 0s) return nullptr;
+        awaitChange(changes, std::min<Clock::duration>(left, kAskAgain));
+    }
+}
+
+AIBinder* release(const ndk::SpAIBinder& binder) {
+    AIBinder_incStrong(binder.get());
+    return binder.get();
+}
+
+}  // namespace
+
+ndk::SpAIBinder registeredHere(const std::string& name) {
+    std::lock_guard lock(registry().lock);
+    const auto found = registry().services.find(name);
+    return found == registry().services.end() ? nullptr : found->second;
+}
+
+}  // namespace binder
+
+using namespace binder;
+
+binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance) {
+    if (binder == nullptr || binder->local() == nullptr || !NameFolder::isName(instance)) {
+        warn("%s is not registered: the object or the name is not allowed", instance == nullptr ? "null" : instance);
+        return EX_ILLEGAL_ARGUMENT;
+    }
+    AIBinder_incStrong(binder);
+    const ndk::SpAIBinder service(binder);
+    std::lock_guard lock(registry().addLock);
+    return replace(instance, service) ? EX_NONE : publish(instance, service);
+}
+
+AIBinder* AServiceManager_checkService(const char* instance) {
+    return NameFolder::isName(instance) ? release(find(instance)) : nullptr;
+}
+
+AIBinder* AServiceManager_getService(const char* instance) {
+    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + kGetServiceTime)) : nullptr;
+}
+
+AIBinder* AServiceManager_waitForService(const char* instance) {
+    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + kForEver)) : nullptr;
+}
+
+bool AServiceManager_isDeclared(const char* instance) {
+    if (!NameFolder::isName(instance)) return false;
+    return registeredHere(instance).get() != nullptr || NameFolder::isLocked(instance);
+}

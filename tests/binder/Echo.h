@@ -1,0 +1,69 @@
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_manager.h>
+#include <android/binder_parcel_utils.h>
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace test {
+
+enum EchoCode : transaction_code_t {
+    ECHO = 1,  // bytes -> the same bytes
+    STATUS,    // int -> fails with it
+    KEEP,      // object -> whether it is the one that is kept; keeps it
+    GIVE,      // -> the kept object
+    DROP,      // forgets the kept object
+    CALLBACK,  // bytes -> ECHO of the kept object
+    POST,      // int n -> n oneway NOTE(i) to the kept object
+    CALLER,    // -> pid and uid of the caller
+    NOTE,      // int: calls `onNote`
+    LARGE,     // int n -> n bytes
+    OPEN,      // name -> status of a call with the kept object to that service
+    UNKNOWN,
+};
+
+/** An object of the class below, whose behaviour the tests drive. */
+struct Echo {
+    std::function<void(int32_t)> onNote = [](int32_t) {};
+    std::function<void()> onDestroy = [] {};
+    ndk::SpAIBinder kept() const {
+        const std::lock_guard lock(mLock);
+        return mKept;
+    }
+    /** What was kept before. */
+    ndk::SpAIBinder keep(ndk::SpAIBinder object) {
+        const std::lock_guard lock(mLock);
+        return std::exchange(mKept, std::move(object));
+    }
+
+private:
+    mutable std::mutex mLock;
+    ndk::SpAIBinder mKept;
+};
+
+extern const char* const ECHO_DESCRIPTOR;
+const AIBinder_Class* echoClass();
+const AIBinder_Class* otherClass();
+/** Takes `echo`. */
+ndk::SpAIBinder newEcho(Echo* echo);
+
+/** A call: arguments written, result read, each by a function; its status. */
+using Write = std::function<void(AParcel*)>;
+using Read = std::function<void(const AParcel*)>;
+binder_status_t call(const ndk::SpAIBinder& target, transaction_code_t code, const Write& write = {},
+                     const Read& read = {}, binder_flags_t flags = 0);
+
+int32_t callForInt(const ndk::SpAIBinder& target, transaction_code_t code, const Write& write = {});
+binder_status_t keep(const ndk::SpAIBinder& target, const ndk::SpAIBinder& object);
+/** The bytes come back, or the status that says why not. */
+binder_status_t echo(const ndk::SpAIBinder& target, size_t size);
+/** The service, associated with its class; null when it is not there. */
+ndk::SpAIBinder service(const char* name);
+
+}  // namespace test

@@ -1,0 +1,24 @@
+// The other process of the tests. `serve NAME`: publishes an Echo. `lend NAME`: hands one to the service and waits.
+
+#include <android/binder_process.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "tests/binder/Echo.h"
+
+int main(int count, char** arguments) {
+    if (count != 3) return 2;
+    ABinderProcess_setThreadPoolMaxThreadCount(4);
+    ABinderProcess_startThreadPool();
+    const ndk::SpAIBinder own = test::newEcho(new test::Echo);
+    const char* const name = arguments[2];
+    if (strcmp(arguments[1], "serve") == 0) {
+        if (AServiceManager_addService(own.get(), name) != EX_NONE) return 3;
+    } else if (test::keep(test::service(name), own) != STATUS_OK) {
+        return 4;
+    }
+    puts("ready");
+    fflush(stdout);
+    ABinderProcess_joinThreadPool();
+}

@@ -1,0 +1,302 @@
+#include <android/binder_process.h>
+#include <sys/resource.h>
+
+#include <future>
+#include <thread>
+
+#include "tests/binder/Peer.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+
+namespace {
+
+using namespace test;
+
+constexpr size_t MAX_CALL = (1U << 20) - 2 * 4096;
+constexpr const char* NAME = "test.IEcho/default";
+
+class ProcessesTest : public NamesFixture {
+protected:
+    ProcessesTest() {
+        ABinderProcess_setThreadPoolMaxThreadCount(4);
+        ABinderProcess_startThreadPool();
+        EXPECT_TRUE(mServer.isReady());
+        mService = service(NAME);
+    }
+
+    Peer mServer{"serve", NAME};
+    ndk::SpAIBinder mService;
+};
+
+std::vector<uint8_t> ofSize(size_t size) {
+    return std::vector<uint8_t>(size);
+}
+
+binder_status_t note(const ndk::SpAIBinder& target, int32_t value, size_t ballast = 0) {
+    return call(
+        target, NOTE,
+        [&](AParcel* in) {
+            AParcel_writeInt32(in, value);
+            ndk::AParcel_writeVector(in, ofSize(ballast));
+        },
+        {}, FLAG_ONEWAY);
+}
+
+/** In each of so many threads, so many times. */
+void inThreads(size_t count, int times, const std::function<void(size_t)>& action) {
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < count; ++i) {
+        threads.emplace_back([=, &action] {
+            for (int n = 0; n < times; ++n) action(i);
+        });
+    }
+    for (auto& thread : threads) thread.join();
+}
+
+binder_status_t post(const ndk::SpAIBinder& target, int32_t count) {
+    return call(target, POST, [count](AParcel* in) { AParcel_writeInt32(in, count); });
+}
+
+/** An object that the server keeps, until the end of the scope; its handler has run for the last time then. */
+class Lent {
+public:
+    Lent(const ndk::SpAIBinder& server, std::function<void(int32_t)> onNote) : mServer(server) {
+        auto* own = new Echo;
+        own->onNote = std::move(onNote);
+        own->onDestroy = [this] { mDestroyed.signal(); };
+        EXPECT_EQ(STATUS_OK, keep(mServer, newEcho(own)));
+    }
+    Lent(const Lent&) = delete;
+    Lent& operator=(const Lent&) = delete;
+    ~Lent() {
+        EXPECT_EQ(STATUS_OK, call(mServer, DROP));
+        EXPECT_TRUE(mDestroyed.await());
+    }
+
+private:
+    const ndk::SpAIBinder& mServer;
+    Event mDestroyed;
+};
+
+TEST_F(ProcessesTest, Transact_WhenSizesVary_ThenBytesComeBackUpToTheLimit) {
+    ndk::ScopedAParcel prepared;
+    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(mService.get(), prepared.getR()));
+    const size_t most = MAX_CALL - static_cast<size_t>(AParcel_getDataSize(prepared.get())) - sizeof(int32_t);
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{300}, size_t{4000}, size_t{4096}, size_t{100'000}, most}) {
+        EXPECT_EQ(STATUS_OK, echo(mService, size)) << size;
+    }
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, echo(mService, most + 1));
+    EXPECT_EQ(STATUS_OK, note(mService, 1, MAX_CALL / 2 - 200));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(mService, 1, MAX_CALL / 2));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION,
+              call(mService, LARGE, [](AParcel* in) { AParcel_writeInt32(in, static_cast<int32_t>(MAX_CALL)); }));
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+}
+
+TEST_F(ProcessesTest, Transact_WhenItFails_ThenTheStatusTellsWhy) {
+    const auto answering = [this](int32_t status) {
+        return call(mService, STATUS, [status](AParcel* in) { AParcel_writeInt32(in, status); });
+    };
+    EXPECT_EQ(STATUS_BAD_INDEX, answering(STATUS_BAD_INDEX));
+    EXPECT_EQ(STATUS_UNKNOWN_ERROR, answering(-7777)) << "no status of the API";
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, UNKNOWN));
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, 0));
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, LAST_CALL_TRANSACTION + 1));
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, call(mService, ECHO));
+    EXPECT_EQ(STATUS_BAD_TYPE, call(mService, KEEP));
+    const auto overwriteToken = [](AParcel* in) {
+        AParcel_setDataPosition(in, 16);
+        AParcel_writeInt32(in, 0);
+    };
+    for (const transaction_code_t code : {transaction_code_t{ECHO}, transaction_code_t{UNKNOWN}}) {
+        EXPECT_EQ(STATUS_BAD_TYPE, call(mService, code, overwriteToken));
+    }
+    EXPECT_EQ(STATUS_OK, AIBinder_ping(mService.get()));
+    EXPECT_EQ(STATUS_OK, call(mService, UNKNOWN, {}, {}, FLAG_ONEWAY)) << "a oneway call's status is lost";
+
+    AParcel* foreign = AParcel_create();
+    ndk::ScopedAParcel out;
+    EXPECT_EQ(STATUS_BAD_VALUE, AIBinder_transact(mService.get(), ECHO, &foreign, out.getR(), 0));
+    EXPECT_EQ(nullptr, foreign);
+}
+
+TEST_F(ProcessesTest, GetCallingPid_WhenCalled_ThenTheKernelsAnswerAndNobodyInAOnewayCall) {
+    const auto pairOf = [this](transaction_code_t code) {
+        std::pair<int32_t, int32_t> pair{-1, -1};
+        call(mService, code, {}, [&](const AParcel* out) {
+            AParcel_readInt32(out, &pair.first);
+            AParcel_readInt32(out, &pair.second);
+        });
+        return pair;
+    };
+    EXPECT_EQ(std::pair(getpid(), static_cast<int32_t>(getuid())), pairOf(CALLER));
+    EXPECT_EQ(getpid(), AIBinder_getCallingPid());
+
+    Event noted;
+    const Lent own(mService, [&](int32_t) {
+        EXPECT_EQ(0, AIBinder_getCallingPid());
+        EXPECT_EQ(getuid(), AIBinder_getCallingUid());
+        noted.signal();
+    });
+    ASSERT_EQ(STATUS_OK, post(mService, 1));
+    EXPECT_TRUE(noted.await());
+}
+
+TEST_F(ProcessesTest, WriteStrongBinder_WhenAnObjectTravels_ThenItStaysOneAndTheSame) {
+    EXPECT_EQ(mService, service(NAME));
+    const ndk::SpAIBinder own = newEcho(new Echo);
+    const auto keepOwn = [&] {
+        return callForInt(mService, KEEP, [&](AParcel* in) { AParcel_writeStrongBinder(in, own.get()); });
+    };
+    EXPECT_EQ(0, keepOwn());
+    EXPECT_EQ(1, keepOwn()) << "the same proxy";
+    ndk::SpAIBinder back;
+    call(mService, GIVE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &back); });
+    EXPECT_EQ(own, back);
+    EXPECT_EQ(STATUS_OK, keep(mService, mService)) << "its own object";
+    call(mService, GIVE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &back); });
+    EXPECT_EQ(mService, back);
+    EXPECT_EQ(STATUS_OK, keep(mService, nullptr));
+}
+
+TEST_F(ProcessesTest, AssociateClass_WhenTheObjectIsOfAnotherClass_ThenFalseAndTheFirstStays) {
+    EXPECT_EQ(echoClass(), AIBinder_getClass(mService.get()));
+    EXPECT_TRUE(AIBinder_isRemote(mService.get()));
+    EXPECT_FALSE(AIBinder_associateClass(mService.get(), otherClass()));
+    EXPECT_TRUE(AIBinder_associateClass(mService.get(), echoClass()));
+    EXPECT_EQ(nullptr, AIBinder_getUserData(mService.get()));
+    EXPECT_EQ(STATUS_INVALID_OPERATION, AIBinder_dump(mService.get(), 1, nullptr, 0));
+}
+
+TEST_F(ProcessesTest, DecStrong_WhenThePeerLetsGo_ThenTheObjectIsDestroyed) {
+    Event destroyed;
+    for (size_t round = 1; round <= 3; ++round) {
+        auto* own = new Echo;
+        own->onDestroy = [&] { destroyed.signal(); };
+        {
+            const ndk::SpAIBinder object = newEcho(own);
+            for (int i = 0; i < 3; ++i) ASSERT_EQ(STATUS_OK, keep(mService, object));
+        }
+        EXPECT_EQ(round - 1, destroyed.count());
+        EXPECT_EQ(STATUS_OK, echo(mService, 1));
+        ASSERT_EQ(STATUS_OK, call(mService, DROP));
+        EXPECT_TRUE(destroyed.await(round));
+    }
+}
+
+TEST_F(ProcessesTest, DecStrong_WhenAnObjectIsGivenBackAndSentAtOnce_ThenItIsNeverLost) {
+    const ndk::SpAIBinder own = newEcho(new Echo);
+    inThreads(4, 200, [&](size_t) {
+        EXPECT_EQ(STATUS_OK, call(mService, ECHO, [&](AParcel* in) {
+                      ndk::AParcel_writeVector(in, ofSize(4));
+                      AParcel_writeStrongBinder(in, own.get());  // arrives, and is dropped with the parcel
+                  }));
+    });
+    ASSERT_EQ(STATUS_OK, keep(mService, own));
+    EXPECT_EQ(STATUS_OK, call(mService, CALLBACK, [](AParcel* in) { ndk::AParcel_writeVector(in, ofSize(9)); }));
+}
+
+TEST_F(ProcessesTest, Transact_WhenTheServerCallsBackMeanwhile_ThenNeitherWaitsForTheOther) {
+    ASSERT_EQ(STATUS_OK, keep(mService, newEcho(new Echo)));
+    inThreads(3, 50, [&](size_t) {
+        EXPECT_EQ(STATUS_OK, call(mService, CALLBACK, [](AParcel* in) { ndk::AParcel_writeVector(in, ofSize(100)); }));
+    });
+}
+
+TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGetsItsOwnReply) {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit fewer{static_cast<rlim_t>(dup(0)) + 20, limit.rlim_max};
+    for (const rlimit& each : {fewer, limit}) {
+        setrlimit(RLIMIT_NOFILE, &each);
+        inThreads(100, 20, [&](size_t i) { EXPECT_EQ(STATUS_OK, echo(mService, 10 + i)); });
+    }
+}
+
+TEST_F(ProcessesTest, Transact_WhenTheNameIsGoneFromTheFolder_ThenTheServiceIsNotTakenForDead) {
+    const auto file = mFolder / "socket@test.IEcho%default";
+    std::filesystem::rename(file, mFolder / "away");
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, echo(mService, 1));
+    EXPECT_TRUE(AIBinder_isAlive(mService.get()));
+    std::filesystem::rename(mFolder / "away", file);
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+    std::filesystem::remove(file);
+    inThreads(8, 20, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 1)); });
+}
+
+TEST_F(ProcessesTest, Transact_WhenAThirdProcesssObjectIsPassedOn_ThenInvalidOperation) {
+    Peer other("serve", "other");
+    EXPECT_EQ(STATUS_INVALID_OPERATION, keep(mService, service("other")));
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+}
+
+TEST_F(ProcessesTest, Oneway_WhenManyComeToOneObject_ThenInOrderAndOneAtATime) {
+    Recorder<int32_t> notes;
+    std::atomic<int> running{0};
+    const Lent own(mService, [&](int32_t value) {
+        EXPECT_EQ(1, ++running);
+        notes.add(value);
+        --running;
+    });
+    ASSERT_EQ(STATUS_OK, post(mService, 1000));
+    ASSERT_TRUE(notes.await(1000));
+    const auto all = notes.all();
+    for (int32_t i = 0; i < 1000; ++i) ASSERT_EQ(i, all[static_cast<size_t>(i)]);
+}
+
+TEST_F(ProcessesTest, Oneway_WhenAHandlerBlocks_ThenOtherObjectsAreServedAndItsOwnCallsKeepTheirOrder) {
+    std::promise<void> gate;
+    Recorder<int32_t> blocked;
+    Event other;
+    const Lent first(mService, [&, opened = gate.get_future().share()](int32_t value) {
+        opened.wait();
+        blocked.add(value);
+    });
+    ASSERT_EQ(STATUS_OK, post(mService, 50));
+    const Lent second(mService, [&](int32_t) { other.signal(); });
+    ASSERT_EQ(STATUS_OK, post(mService, 1));
+    EXPECT_TRUE(other.await());
+    EXPECT_EQ(STATUS_OK, echo(mService, 10)) << "synchronous calls go on too";
+    EXPECT_EQ(0u, blocked.count());
+    gate.set_value();
+    ASSERT_TRUE(blocked.await(50));
+    const auto all = blocked.all();
+    EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
+}
+
+TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndMoreFailsOnce) {
+    const LogCapture log;
+    constexpr size_t BALLAST = 1000;
+    ASSERT_EQ(STATUS_OK, echo(mService, 1));
+    mServer.stop();
+    size_t sent = 0;
+    while (sent < 10'000 && note(mService, 0, BALLAST) == STATUS_OK) ++sent;
+    EXPECT_GT(sent * BALLAST, 350u * 1024);
+    EXPECT_LT(sent * BALLAST, 640u * 1024);
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(mService, 0, BALLAST));
+    const std::string line =
+        "process " + std::to_string(mServer.pid()) + " does not read: oneway calls to it fail until it does";
+    EXPECT_EQ(1u, log.count("Binder", line, ANDROID_LOG_WARN));
+    EXPECT_TRUE(AIBinder_isAlive(mService.get()));
+    mServer.resume();
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+    while (note(mService, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(mService.get()));
+}
+
+TEST_F(ProcessesTest, Oneway_WhenAnObjectsHandlerIsSlow_ThenTheSenderFailsInsteadOfThisProcessGrowing) {
+    std::promise<void> gate;
+    Recorder<int32_t> notes;
+    const Lent own(mService, [&, opened = gate.get_future().share()](int32_t value) {
+        opened.wait();
+        notes.add(value);
+    });
+    binder_status_t status = STATUS_OK;
+    int rounds = 0;
+    while (status == STATUS_OK && ++rounds < 100) status = post(mService, 500);
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, status);
+    gate.set_value();
+    EXPECT_TRUE(notes.await(500));
+    while (post(mService, 1) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(mService.get()));
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+#include <android/binder_process.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <future>
+
+#include "tests/binder/Peer.h"
+#include "tests/support/LogCapture.h"
+
+namespace {
+
+using namespace test;
+
+class ServiceManagerTest : public NamesFixture {
+protected:
+    static binder_exception_t add(const ndk::SpAIBinder& object, const std::string& name) {
+        return AServiceManager_addService(object.get(), name.c_str());
+    }
+    static ndk::SpAIBinder check(const std::string& name) {
+        return ndk::SpAIBinder(AServiceManager_checkService(name.c_str()));
+    }
+
+    const ndk::SpAIBinder mObject = newEcho(new Echo);
+};
+
+TEST_F(ServiceManagerTest, AddService_WhenNameOrObjectIsBad_ThenIllegalArgument) {
+    for (const std::string& name : {std::string(), std::string("a b"), std::string("a:b"), std::string("a%b"),
+                                    std::string(128, 'a'), std::string("\xc3\xa4")}) {
+        EXPECT_EQ(EX_ILLEGAL_ARGUMENT, add(mObject, name)) << name;
+        EXPECT_EQ(nullptr, check(name).get());
+        EXPECT_EQ(nullptr, AServiceManager_waitForService(name.c_str()));
+    }
+    EXPECT_EQ(EX_ILLEGAL_ARGUMENT, add(nullptr, "name"));
+    EXPECT_EQ(EX_ILLEGAL_ARGUMENT, AServiceManager_addService(mObject.get(), nullptr));
+}
+
+TEST_F(ServiceManagerTest, CheckService_WhenRegisteredHere_ThenTheObjectItselfAndTheLastOneWins) {
+    EXPECT_EQ(nullptr, check("name").get());
+    EXPECT_FALSE(AServiceManager_isDeclared("name"));
+    ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    EXPECT_EQ(mObject, check("name"));
+    EXPECT_TRUE(AServiceManager_isDeclared("name"));
+    const ndk::SpAIBinder second = newEcho(new Echo);
+    ASSERT_EQ(EX_NONE, add(second, "name"));
+    EXPECT_EQ(second, check("name"));
+}
+
+TEST_F(ServiceManagerTest, GetService_WhenNamesAreLongOrAlike_ThenEachFindsItsOwn) {
+    const std::string longest = std::string(120, 'n') + "/a.b_c-";
+    Peer first("serve", longest.c_str());
+    Peer second("serve", "a/b");
+    Peer third("serve", "..");
+    ASSERT_TRUE(first.isReady() && second.isReady() && third.isReady());
+    for (const std::string& name : {longest, std::string("a/b"), std::string("..")}) {
+        EXPECT_EQ(STATUS_OK, echo(service(name.c_str()), 1)) << name;
+    }
+    EXPECT_EQ(nullptr, check("a.b").get());
+    EXPECT_NE(service("a/b"), service(".."));
+}
+
+TEST_F(ServiceManagerTest, AddService_WhenAnotherProcessHoldsTheName_ThenRefusedUntilItDies) {
+    const LogCapture log;
+    Peer holder("serve", "name");
+    ASSERT_TRUE(holder.isReady());
+    EXPECT_TRUE(AServiceManager_isDeclared("name"));
+    EXPECT_EQ(EX_ILLEGAL_STATE, add(mObject, "name"));
+    EXPECT_TRUE(log.has("Binder", "name is not registered: another process holds the name", ANDROID_LOG_WARN));
+    EXPECT_TRUE(check("name").get() != nullptr && AIBinder_isRemote(check("name").get()));
+    holder.end();
+    EXPECT_FALSE(AServiceManager_isDeclared("name"));
+    EXPECT_EQ(nullptr, check("name").get()) << "a stale name is no service";
+    EXPECT_EQ(EX_NONE, add(mObject, "name"));
+    EXPECT_EQ(3, Peer("serve", "name").await()) << "and is this process's now";
+}
+
+TEST_F(ServiceManagerTest, WaitForService_WhenItComesLater_ThenItReturnsThen) {
+    auto found = std::async(std::launch::async, [] { return service("late"); });
+    EXPECT_EQ(std::future_status::timeout, found.wait_for(std::chrono::milliseconds(20)));
+    Peer server("serve", "late");
+    ASSERT_EQ(std::future_status::ready, found.wait_for(std::chrono::seconds(10)));
+    EXPECT_EQ(STATUS_OK, echo(found.get(), 1));
+}
+
+TEST_F(ServiceManagerTest, CheckService_WhenTheServerIsStopped_ThenNullAfterAWhileAndFoundAgain) {
+    Peer server("serve", "name");
+    ASSERT_TRUE(server.isReady());
+    server.stop();
+    EXPECT_EQ(nullptr, check("name").get());
+    server.resume();
+    EXPECT_EQ(STATUS_OK, echo(service("name"), 1));
+}
+
+TEST_F(ServiceManagerTest, AddService_WhenOthersMayEnterTheFolder_ThenRefused) {
+    ASSERT_EQ(0, chmod(mFolder.c_str(), 0755));
+    EXPECT_EQ(EX_SECURITY, add(mObject, "name"));
+    EXPECT_EQ(nullptr, check("name").get());
+    ASSERT_EQ(0, chmod(mFolder.c_str(), 0700));
+    EXPECT_EQ(EX_NONE, add(mObject, "name"));
+}
+
+TEST_F(ServiceManagerTest, AddService_WhenTheNameCannotBeTaken_ThenNothingStaysBehindInTheFolder) {
+    std::filesystem::create_directory(mFolder / "socket@name");
+    EXPECT_EQ(EX_UNSUPPORTED_OPERATION, add(mObject, "name"));
+    for (const auto& each : std::filesystem::directory_iterator(mFolder)) {
+        EXPECT_FALSE(each.path().filename().string().starts_with("new@"));
+    }
+}
+
+TEST_F(ServiceManagerTest, Fork_WhenTheChildRunsOn_ThenItHoldsNoneOfTheServicesDescriptors) {
+    const auto countOpen = [] {
+        int count = 0;
+        for (int fd = 0; fd < 256; ++fd) count += fcntl(fd, F_GETFD) >= 0 ? 1 : 0;
+        return count;
+    };
+    const int before = countOpen();
+    ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    ABinderProcess_startThreadPool();
+    Peer client("lend", "name");
+    EXPECT_GT(countOpen(), before);
+    const pid_t child = fork();
+    if (child == 0) _exit(countOpen() - before);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(ServiceManagerTest, CheckService_WhenOneProcessServesTwoNames_ThenOneSessionCarriesBoth) {
+    auto* own = new Echo;
+    const ndk::SpAIBinder object = newEcho(own);
+    ASSERT_EQ(EX_NONE, add(object, "one"));
+    ASSERT_EQ(EX_NONE, add(object, "two"));
+    ABinderProcess_startThreadPool();
+    Peer client("lend", "one");
+    ASSERT_TRUE(client.isReady());
+    const ndk::SpAIBinder lent = own->kept();
+    const auto open = [&](const char* name) {
+        return callForInt(lent, OPEN, [name](AParcel* in) { ndk::AParcel_writeString(in, std::string(name)); });
+    };
+    ASSERT_EQ(STATUS_OK, keep(lent, object));
+    EXPECT_EQ(STATUS_OK, open("two"));
+    EXPECT_EQ(object, own->kept()) << "it came home, through either name";
+    own->keep(nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+#include <cutils/properties.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/LogCapture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A device folder with these properties, named by the environment. The process reads properties once, so that each test
+// makes one.
+class Properties : public testing::Test {
+protected:
+    Properties()
+        : mRoot(testing::TempDir() + "properties-" + std::to_string(getpid())), mFile(mRoot / "vendor/build.prop") {
+        std::filesystem::create_directories(mFile.parent_path());
+        setenv("SUBSYS_DEVICE_ROOT", mRoot.c_str(), 1);
+    }
+    ~Properties() override { std::filesystem::remove_all(mRoot); }
+
+    void write(const std::string& text) const { std::ofstream(mFile) << text; }
+
+    const std::filesystem::path mRoot;
+    const std::filesystem::path mFile;
+};
+
+TEST_F(Properties, GetBool_WhenTheValueIsOneOfTheTen_ThenItsMeaningElseTheDefault) {
+    struct {
+        const char* value;
+        int expected;  // -1: the default
+    } const cases[] = {{"1", 1},  {"y", 1},      {"yes", 1},   {"on", 1},  {"true", 1},  {"0", 0},  {"n", 0},
+                       {"no", 0}, {"off", 0},    {"false", 0}, {"", -1},   {"TRUE", -1}, {"2", -1}, {"00", -1},
+                       {"t", -1}, {"truex", -1}, {"a=b", -1},  {"-1", -1}, {"no no", -1}};
+    std::string text;
+    for (size_t i = 0; i < std::size(cases); ++i) text += "key." + std::to_string(i) + "=" + cases[i].value + "\n";
+    write(text);
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        const std::string key = "key." + std::to_string(i);
+        for (const int fallback : {0, 1}) {
+            const int expected = cases[i].expected < 0 ? fallback : cases[i].expected;
+            EXPECT_EQ(property_get_bool(key.c_str(), static_cast<int8_t>(fallback)), expected) << cases[i].value;
+        }
+    }
+}
+
+TEST_F(Properties, GetBool_WhenLinesHaveBlanksCommentsAndCarriageReturns_ThenPropertiesAreFound) {
+    write(
+        "# a comment\n\n   \n  blanks.around = true "
+        "\nwindows.line=true\r\n#off=true\ntwice=false\ntwice=true\nlast=true");
+    for (const char* key : {"blanks.around", "windows.line", "twice", "last"})
+        EXPECT_TRUE(property_get_bool(key, 0)) << key;
+    EXPECT_FALSE(property_get_bool("off", 0));
+    EXPECT_FALSE(property_get_bool("#off", 0));
+}
+
+TEST_F(Properties, GetBool_WhenLinesAreMalformed_ThenOneWarningAndTheRestIsRead) {
+    const test::LogCapture log;
+    write("before=true\nno separator\n=no key\n" + std::string(100'000, 'y') + "\nafter=true\n");
+    EXPECT_TRUE(property_get_bool("before", 0));
+    EXPECT_TRUE(property_get_bool("after", 0));
+    const test::LogLine warning{ANDROID_LOG_WARN, "DeviceProperties",
+                                mFile.string() + ": 3 lines are no properties, the first is line 2"};
+    EXPECT_THAT(log.lines(), ElementsAre(warning));
+}
+
+TEST_F(Properties, GetBool_WhenThereIsNoFile_ThenTheDefaultInSilence) {
+    const test::LogCapture log;
+    EXPECT_TRUE(property_get_bool("any", 1));
+    EXPECT_FALSE(property_get_bool("any", 0));
+    EXPECT_TRUE(property_get_bool(nullptr, 1));
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+class NoProperties : public Properties, public testing::WithParamInterface<std::string> {
+protected:
+    void make() const {
+        if (GetParam() == "fifo") mkfifo(mFile.c_str(), 0600);
+        if (GetParam() == "endless") std::filesystem::create_symlink("/dev/zero", mFile);
+        if (GetParam() == "folder") std::filesystem::create_directory(mFile);
+        if (GetParam() != "huge") return;
+        write("key=true\n");
+        std::filesystem::resize_file(mFile, (1 << 20) + 1);
+    }
+};
+
+TEST_P(NoProperties, GetBool_WhenTheFileIsNone_ThenTheDefaultAndOneWarning) {
+    make();
+    const test::LogCapture log;
+    EXPECT_TRUE(property_get_bool("key", 1));
+    EXPECT_FALSE(property_get_bool("key", 0));
+    const char* reason = GetParam() == "huge" ? "it is longer than 1 MiB" : "it is not a regular file";
+    const test::LogLine warning{ANDROID_LOG_WARN, "DeviceProperties", mFile.string() + " is not read: " + reason};
+    EXPECT_THAT(log.lines(), ElementsAre(warning));
+}
+INSTANTIATE_TEST_SUITE_P(Each, NoProperties, testing::Values("fifo", "endless", "folder", "huge"));
+
+TEST_F(Properties, GetBool_WhenTheFileChangesLater_ThenTheFirstReadingStays) {
+    write("key=true\n");
+    EXPECT_TRUE(property_get_bool("key", 0));
+    write("key=false\n");
+    EXPECT_TRUE(property_get_bool("key", 0));
+}
+
+TEST_F(Properties, GetBool_WhenManyThreadsCallFirst_ThenAllSeeTheFile) {
+    std::string text;
+    for (int i = 0; i < 1000; ++i) text += "key." + std::to_string(i) + "=true\n";
+    write(text);
+    std::vector<std::thread> threads;
+    std::atomic<int> seen = 0;
+    for (int i = 0; i < 8; ++i) threads.emplace_back([&seen] { seen += property_get_bool("key.999", 0); });
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(seen, 8);
+}
+
+}  // namespace

@@ -1,0 +1,316 @@
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIccMetaCallback.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcIndication.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcResponse.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsys.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysIccMetaCallback.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysIndication.h>
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysResponse.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "tests/stubs/RecordingSubsys.h"
+#include "tests/stubs/Samples.h"
+#include "tests/stubs/Words.h"
+
+namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
+namespace {
+
+using stubs_test::parcelOf;
+using stubs_test::RecordingSubsys;
+using stubs_test::Samples;
+using stubs_test::Words;
+using stubs_test::wordsOf;
+
+constexpr uint32_t kGetVersion = 0x00FFFFFF;
+
+// An object of an interface without the stubs: a function sees each transaction.
+class RawObject {
+public:
+    using OnTransact = std::function<binder_status_t(uint32_t code, const AParcel* in, AParcel* out)>;
+
+    RawObject(const char* descriptor, OnTransact onTransact) : mOnTransact(std::move(onTransact)) {
+        const auto* clazz = AIBinder_Class_define(
+            descriptor, [](void* object) { return object; }, [](void*) {},
+            [](AIBinder* binder, transaction_code_t code, const AParcel* in, AParcel* out) {
+                return static_cast<RawObject*>(AIBinder_getUserData(binder))->mOnTransact(code, in, out);
+            });
+        // Classes live as long as the process.
+        static auto& sClasses = *new std::vector<const AIBinder_Class*>();
+        sClasses.push_back(clazz);
+        mBinder.set(AIBinder_new(clazz, this));
+    }
+    const ndk::SpAIBinder& binder() const { return mBinder; }
+
+private:
+    OnTransact mOnTransact;
+    ndk::SpAIBinder mBinder;
+};
+
+binder_status_t succeed(AParcel* out) {
+    return AParcel_writeStatusHeader(out, ndk::ScopedAStatus::ok().get());
+}
+
+// A transaction with these arguments, straight to the object.
+binder_status_t transact(const ndk::SpAIBinder& binder, uint32_t code, const Words& arguments,
+                         ndk::ScopedAParcel* reply = nullptr) {
+    ndk::ScopedAParcel in;
+    ndk::ScopedAParcel out;
+    EXPECT_EQ(STATUS_OK, AIBinder_prepareTransaction(binder.get(), in.getR()));
+    for (const int32_t word : arguments) AParcel_writeInt32(in.get(), word);
+    const binder_status_t status = AIBinder_transact(binder.get(), code, in.getR(), out.getR(), 0);
+    if (reply) *reply = std::move(out);
+    return status;
+}
+
+template <class Tuple>
+Tuple sampleTuple() {
+    Samples samples;
+    return std::apply([&](auto... each) { return Tuple{samples.next<decltype(each)>()...}; }, Tuple());
+}
+
+template <class... Args>
+Words argumentWords(const std::tuple<Args...>& arguments) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    std::apply([&](const auto&... each) { (ndk::AParcel_writeData(parcel.get(), each), ...); }, arguments);
+    AParcel_setDataPosition(parcel.get(), 0);
+    return wordsOf(parcel.get());
+}
+
+// An object that keeps what it is sent.
+class Wire {
+public:
+    explicit Wire(const char* descriptor)
+        : mObject(descriptor, [this](uint32_t received, const AParcel* in, AParcel* out) {
+              code = received;
+              words = wordsOf(in);
+              return succeed(out);
+          }) {}
+    const ndk::SpAIBinder& binder() const { return mObject.binder(); }
+
+    uint32_t code = 0;
+    Words words;
+
+private:
+    RawObject mObject;
+};
+
+void expectSent(const Wire& wire, const char* method, uint32_t code, const Words& words) {
+    EXPECT_EQ(code, wire.code) << method;
+    EXPECT_EQ(words, wire.words) << method;
+}
+
+template <class I, class Bp>
+void checkProxy() {
+    Wire wire(I::descriptor);
+    const std::shared_ptr<I> proxy = ndk::SharedRefBase::make<Bp>(wire.binder());
+    const auto check = [&]<class... Args>(const subsys_stubs::Method<I, Args...>& method) {
+        if constexpr (!(ndk::internal::isInterface<std::remove_cvref_t<Args>> || ...)) {
+            const auto arguments = sampleTuple<std::tuple<std::remove_cvref_t<Args>...>>();
+            (void)std::apply([&](const auto&... each) { return ((*proxy).*method.call)(each...); }, arguments);
+            expectSent(wire, method.name, method.code, argumentWords(arguments));
+        }
+    };
+    std::apply([&](const auto&... method) { (check(method), ...); }, I::methods());
+}
+
+TEST(Proxy, Calls_WhenOfEachMethod_ThenItsCodeAndArgumentsAreSent) {
+    checkProxy<ISubsys, BpSubsys>();
+    checkProxy<ISubsysResponse, BpSubsysResponse>();
+    checkProxy<ISubsysIndication, BpSubsysIndication>();
+    checkProxy<ISubsysIccMetaCallback, BpSubsysIccMetaCallback>();
+    checkProxy<IImsOrtcResponse, BpImsOrtcResponse>();
+    checkProxy<IImsOrtcIndication, BpImsOrtcIndication>();
+}
+
+TEST(Proxy, Call_WhenOfEachKindOfArgument_ThenGoldenWords) {
+    Wire wire(ISubsys::descriptor);
+    const auto service = ndk::SharedRefBase::make<BpSubsys>(wire.binder());
+    EXPECT_TRUE(service->setMipiFreqClk(1, 2, 0x3'0000'0004).isOk());
+    EXPECT_EQ((Words{1, 2, 4, 3}), wire.words);
+    service->killProcess(1, 2, "abc");
+    EXPECT_EQ((Words{1, 2, 3, 'a' | 'b' << 16, 'c'}), wire.words);
+    service->sendIccCmd(1, {5, {0xAA}, 100});
+    EXPECT_EQ((Words{1, 1, 20, 5, 1, 0xAA, 100}), wire.words);
+
+    Wire client(ISubsysIndication::descriptor);
+    const auto indication = ndk::SharedRefBase::make<BpSubsysIndication>(client.binder());
+    indication->sendSubsysStateChanged(true);
+    EXPECT_EQ((Words{1}), client.words);
+    indication->sendSwtpStatusChanged(-2);
+    EXPECT_EQ((Words{-2}), client.words);
+}
+
+class ServedSubsys : public testing::Test {
+protected:
+    const std::shared_ptr<RecordingSubsys> mService = ndk::SharedRefBase::make<RecordingSubsys>();
+    const ndk::SpAIBinder mBinder = mService->asBinder();
+    const std::shared_ptr<ISubsys> mProxy = ndk::SharedRefBase::make<BpSubsys>(mBinder);
+};
+
+TEST_F(ServedSubsys, Call_WhenThroughProxyAndServer_ThenTheSameCallArrives) {
+    const auto callEach = [&]<class... Args>(const subsys_stubs::Method<ISubsys, Args...>& method) {
+        const auto arguments = sampleTuple<std::tuple<std::remove_cvref_t<Args>...>>();
+        const auto call = [&](auto& target) {
+            const auto made = [&](const auto&... each) { return (target.*method.call)(each...); };
+            EXPECT_TRUE(std::apply(made, arguments).isOk()) << method.name;
+        };
+        call(*mProxy);
+        call(*mService);
+    };
+    std::apply([&](const auto&... method) { (callEach(method), ...); }, ISubsys::methods());
+    ASSERT_EQ(38u, mService->calls.size());
+    for (size_t i = 0; i < mService->calls.size(); i += 2) EXPECT_EQ(mService->calls[i + 1], mService->calls[i]);
+    EXPECT_EQ("killProcess(1, 2, text 3)", mService->calls[30]);
+}
+
+TEST_F(ServedSubsys, Call_WhenTheServiceFails_ThenTheProxySeesItsStatus) {
+    mService->answer = [] { return ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "msg"); };
+    const auto specific = mProxy->getSwtpStatus(1);
+    EXPECT_EQ(EX_SERVICE_SPECIFIC, specific.getExceptionCode());
+    EXPECT_EQ(3, specific.getServiceSpecificError());
+    EXPECT_STREQ("msg", specific.getMessage());
+
+    mService->answer = [] { return ndk::ScopedAStatus::fromStatus(STATUS_NO_INIT); };
+    EXPECT_EQ(STATUS_NO_INIT, mProxy->getSwtpStatus(1).getStatus());
+}
+
+TEST_F(ServedSubsys, Transact_WhenTheParcelIsCutAnywhere_ThenTheMethodIsNotCalled) {
+    const Words record = argumentWords(std::tuple(Samples().next<CallInfo>()));
+    Words whole = {7};
+    whole.insert(whole.end(), record.begin(), record.end());
+    for (size_t length = 0; length < whole.size(); ++length) {
+        const Words cut(whole.begin(), whole.begin() + length);
+        EXPECT_NE(STATUS_OK, transact(mBinder, ISubsys::TRANSACTION_setCallInfo, cut)) << length;
+    }
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, transact(mBinder, ISubsys::TRANSACTION_getSwtpStatus, {}));
+    EXPECT_EQ(STATUS_UNEXPECTED_NULL, transact(mBinder, ISubsys::TRANSACTION_setCallInfo, {7, 0}));
+    EXPECT_EQ(STATUS_UNEXPECTED_NULL, transact(mBinder, ISubsys::TRANSACTION_killProcess, {1, 2, -1}));
+    EXPECT_EQ(STATUS_BAD_TYPE, transact(mBinder, ISubsys::TRANSACTION_setCallback, {}));
+    EXPECT_TRUE(mService->calls.empty());
+    EXPECT_EQ(STATUS_OK, transact(mBinder, ISubsys::TRANSACTION_setCallInfo, whole));
+    EXPECT_EQ(1u, mService->calls.size());
+}
+
+TEST_F(ServedSubsys, Transact_WhenTheCodeIsOfNoMethod_ThenUnknownTransactionOrTheVersion) {
+    for (const uint32_t code : {20u, 21u, 0x00FFFFFDu}) {
+        EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, transact(mBinder, code, {1, 2, 3})) << code;
+    }
+    ndk::ScopedAParcel reply;
+    ASSERT_EQ(STATUS_OK, transact(mBinder, kGetVersion, {}, &reply));
+    AParcel_setDataPosition(reply.get(), 0);
+    EXPECT_EQ((Words{0, 5}), wordsOf(reply.get()));
+}
+
+TEST_F(ServedSubsys, Callbacks_WhenNullOrOfAnotherInterface_ThenTheServiceGetsNull) {
+    EXPECT_TRUE(mProxy->setCallback(nullptr, nullptr).isOk());
+    ndk::ScopedAParcel in;
+    ndk::ScopedAParcel out;
+    AIBinder_prepareTransaction(mBinder.get(), in.getR());
+    AParcel_writeStrongBinder(in.get(), mBinder.get());  // an ISubsys is no ISubsysResponse
+    AParcel_writeStrongBinder(in.get(), nullptr);
+    EXPECT_EQ(STATUS_OK, AIBinder_transact(mBinder.get(), ISubsys::TRANSACTION_setCallback, in.getR(), out.getR(), 0));
+    EXPECT_EQ((std::vector<std::string>(2, "setCallback(null, null)")), mService->calls);
+}
+
+TEST_F(ServedSubsys, FromBinder_WhenLocalNullOrForeign_ThenItselfOrNull) {
+    EXPECT_EQ(mService, ISubsys::fromBinder(mBinder));
+    EXPECT_EQ(nullptr, ISubsys::fromBinder(ndk::SpAIBinder()));
+    EXPECT_EQ(nullptr, ISubsysResponse::fromBinder(mBinder));
+}
+
+TEST_F(ServedSubsys, VersionAndHash_WhenAskedThere_ThenThoseOfTheInterface) {
+    for (const auto& service : {std::static_pointer_cast<ISubsys>(mService), mProxy}) {
+        int32_t version = 0;
+        std::string hash;
+        EXPECT_TRUE(service->getInterfaceVersion(&version).isOk());
+        EXPECT_TRUE(service->getInterfaceHash(&hash).isOk());
+        EXPECT_EQ(5, version);
+        EXPECT_EQ("eb915a9f55f7590d55c29b64a7be1f4f97a18f37", hash);
+    }
+}
+
+class MetaCallback final : public BnSubsysIccMetaCallback {
+public:
+    ndk::ScopedAStatus onIccMetaResp(const IccMetaRespInfo& info) override {
+        received = info;
+        return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+    }
+    IccMetaRespInfo received;
+};
+
+TEST(OnewayInterface, Call_WhenTheClientFails_ThenOkAndVersionIsStillAnswered) {
+    const auto callback = ndk::SharedRefBase::make<MetaCallback>();
+    const auto proxy = ndk::SharedRefBase::make<BpSubsysIccMetaCallback>(callback->asBinder());
+    const auto sent = Samples().next<IccMetaRespInfo>();
+    EXPECT_TRUE(proxy->onIccMetaResp(sent).isOk());
+    EXPECT_EQ(sent, callback->received);
+    int32_t version = 0;
+    EXPECT_TRUE(proxy->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(5, version);
+}
+
+TEST(Proxy, Version_WhenAskedAgain_ThenOneTransactionAndFailuresAreNotKept) {
+    int asked = 0;
+    RawObject raw(ISubsys::descriptor, [&](uint32_t code, const AParcel*, AParcel* out) {
+        if (++asked == 1 || asked == 3) return static_cast<binder_status_t>(STATUS_FAILED_TRANSACTION);
+        succeed(out);
+        return code == kGetVersion ? AParcel_writeInt32(out, 4) : AParcel_writeString(out, "old", 3);
+    });
+    const auto proxy = ndk::SharedRefBase::make<BpSubsys>(raw.binder());
+    int32_t version = 0;
+    std::string hash;
+    EXPECT_FALSE(proxy->getInterfaceVersion(&version).isOk());
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(proxy->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(4, version);
+    EXPECT_FALSE(proxy->getInterfaceHash(&hash).isOk());
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(proxy->getInterfaceHash(&hash).isOk());
+    EXPECT_EQ("old", hash);
+    EXPECT_EQ(4, asked);
+}
+
+TEST(Proxy, Reply_WhenShort_ThenItsStatus) {
+    RawObject raw(ISubsys::descriptor, [](uint32_t, const AParcel*, AParcel*) { return STATUS_OK; });
+    const auto proxy = ndk::SharedRefBase::make<BpSubsys>(raw.binder());
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, proxy->getSwtpStatus(1).getStatus());
+    int32_t version = 0;
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, proxy->getInterfaceVersion(&version).getStatus());
+}
+
+class Fallback final : public ISubsysDefault {
+public:
+    ndk::ScopedAStatus getLcdInfo(int32_t serial, int32_t type) override {
+        called = {serial, type};
+        return ndk::ScopedAStatus::ok();
+    }
+    std::pair<int32_t, int32_t> called;
+};
+
+TEST(DefaultImpl, Call_WhenTheServerDoesNotKnowTheMethod_ThenTheDefaultIsCalled) {
+    binder_status_t answer = STATUS_UNKNOWN_TRANSACTION;
+    RawObject raw(ISubsys::descriptor, [&](uint32_t, const AParcel*, AParcel*) { return answer; });
+    const auto proxy = ndk::SharedRefBase::make<BpSubsys>(raw.binder());
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, proxy->getLcdInfo(1, 2).getStatus());
+
+    const auto fallback = ndk::SharedRefBase::make<Fallback>();
+    EXPECT_FALSE(ISubsys::setDefaultImpl(nullptr));
+    EXPECT_TRUE(ISubsys::setDefaultImpl(fallback));
+    EXPECT_FALSE(ISubsys::setDefaultImpl(ndk::SharedRefBase::make<Fallback>()));
+    EXPECT_EQ(fallback, ISubsys::getDefaultImpl());
+    EXPECT_TRUE(proxy->getLcdInfo(1, 2).isOk());
+    EXPECT_EQ(std::pair(1, 2), fallback->called);
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, proxy->getSwtpStatus(1).getStatus());  // not overridden
+
+    answer = STATUS_FAILED_TRANSACTION;
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, proxy->getLcdInfo(1, 2).getStatus());
+    int32_t version = -1;
+    EXPECT_TRUE(fallback->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(0, version);
+    EXPECT_EQ(nullptr, fallback->asBinder().get());
+}
+
+}  // namespace
+}  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

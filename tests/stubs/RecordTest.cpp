@@ -1,0 +1,205 @@
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/stubs/Samples.h"
+#include "tests/stubs/Words.h"
+
+namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
+namespace {
+
+using stubs_test::parcelOf;
+using stubs_test::Samples;
+using stubs_test::Words;
+using stubs_test::wordsOf;
+
+template <class R>
+Words written(const R& record) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    EXPECT_EQ(STATUS_OK, record.writeToParcel(parcel.get()));
+    AParcel_setDataPosition(parcel.get(), 0);
+    return wordsOf(parcel.get());
+}
+
+template <class R>
+binder_status_t readFrom(const Words& words, R& record) {
+    return record.readFromParcel(parcelOf(words).get());
+}
+
+// A record type as the tests below need it, so that they are compiled once and not for each.
+struct RecordType {
+    std::string name;
+    Words sample;    // every field set
+    Words defaults;  // no field set
+    bool isEqualAfterReading;
+    // Reads a record; what it then holds, written again, and what was left of the words.
+    binder_status_t (*read)(const Words& words, Words& again, Words& behind);
+};
+
+template <class R>
+binder_status_t readAndWrite(const Words& words, Words& again, Words& behind) {
+    const ndk::ScopedAParcel parcel = parcelOf(words);
+    R record;
+    const binder_status_t status = record.readFromParcel(parcel.get());
+    again = written(record);
+    behind = wordsOf(parcel.get());
+    return status;
+}
+
+template <class R>
+RecordType typeOf() {
+    const R sample = Samples().next<R>();
+    R received;
+    const bool differs = sample != received && sample.toString() != received.toString();
+    const bool equal = readFrom(written(sample), received) == STATUS_OK && sample == received;
+    return {R::descriptor, written(sample), written(R()), differs && equal, readAndWrite<R>};
+}
+
+template <class... R>
+std::vector<RecordType> typesOf() {
+    return {typeOf<R>()...};
+}
+
+class EachRecord : public testing::Test {
+protected:
+    binder_status_t read(const RecordType& type, const Words& words) { return type.read(words, again, behind); }
+
+    const std::vector<RecordType> types =
+        typesOf<CallInfo, IccIndInfo, IccMetaReqInfo, IccMetaRespInfo, IccPercType, IccPerceptionInfo, IccReqInfo,
+                IccRespInfo, IccStateInfo, ImsRtpDataInfo, ImsRtpPubIpAddrInfo, ImsRtpRedunDataLinkStateInfo,
+                ImsRtpRedunSignalMsg, ImsRtpRedunSignalMsgRspInfo, OrtcConnectInfo, OrtcRoomInfo, OrtcStatus,
+                SubsysResponseInfo>();
+    Words again;
+    Words behind;
+};
+
+TEST_F(EachRecord, Read_WhenWhole_ThenEqual) {
+    for (const RecordType& type : types) {
+        EXPECT_TRUE(type.isEqualAfterReading) << type.name;
+        ASSERT_EQ(STATUS_OK, read(type, type.sample)) << type.name;
+        EXPECT_EQ(type.sample, again) << type.name;
+    }
+}
+
+TEST_F(EachRecord, Read_WhenCutAnywhere_ThenAStatusAndNoCrash) {
+    const std::set<binder_status_t> allowed = {STATUS_NOT_ENOUGH_DATA, STATUS_NO_MEMORY, STATUS_UNEXPECTED_NULL,
+                                               STATUS_BAD_VALUE};
+    for (const RecordType& type : types) {
+        for (size_t length = 0; length < type.sample.size(); ++length) {
+            const auto status = read(type, Words(type.sample.begin(), type.sample.begin() + length));
+            EXPECT_TRUE(allowed.contains(status)) << type.name << ", " << length << " words: " << status;
+        }
+    }
+}
+
+TEST_F(EachRecord, Read_WhenAnyWordIsExtreme_ThenNoCrashAndNoHugeAllocation) {
+    for (const RecordType& type : types) {
+        for (size_t at = 0; at < type.sample.size(); ++at) {
+            for (const int32_t extreme : {INT_MIN, -2, -1, 0, 1, 3, 0x00FFFFFF, INT_MAX - 3, INT_MAX}) {
+                Words words = type.sample;
+                words[at] = extreme;
+                EXPECT_LE(read(type, words), STATUS_OK);
+            }
+        }
+    }
+}
+
+// A sender of an older interface knows only the first fields, one of a newer interface has more behind the last.
+TEST_F(EachRecord, Read_WhenSenderIsOlderOrNewer_ThenKnownFieldsAreReadAndPositionIsAfterTheRecord) {
+    for (const RecordType& type : types) {
+        Words longer = type.sample;
+        longer[0] += 8;
+        longer.insert(longer.end(), {77, 78, 99});  // two words of the record, one behind it
+        ASSERT_EQ(STATUS_OK, read(type, longer)) << type.name;
+        EXPECT_EQ(type.sample, again) << type.name;
+        EXPECT_EQ(Words{99}, behind) << type.name;
+        ASSERT_EQ(STATUS_OK, read(type, {4})) << type.name;
+        EXPECT_EQ(type.defaults, again) << type.name;
+    }
+}
+
+TEST_F(EachRecord, Read_WhenSizeIsImpossible_ThenBadValue) {
+    for (const RecordType& type : types) {
+        for (const int32_t size : {INT_MIN, -1, 0, 3}) {
+            Words words = type.sample;
+            words[0] = size;
+            EXPECT_EQ(STATUS_BAD_VALUE, read(type, words)) << type.name << " " << size;
+        }
+    }
+    const ndk::ScopedAParcel parcel = parcelOf({0, INT_MAX, 0});
+    AParcel_setDataPosition(parcel.get(), 4);
+    EXPECT_EQ(STATUS_BAD_VALUE, IccIndInfo().readFromParcel(parcel.get()));
+}
+
+TEST(Record, Write_WhenOfEachKindOfField_ThenGoldenWords) {
+    EXPECT_EQ((Words{16, 0, 7, 2}), written(SubsysResponseInfo{0, 7, SUBSYS_Errno::GENERIC_FAILURE}));
+    EXPECT_EQ((Words{24, 5, 5, 0x04030201, 0x05, 100}), written(IccReqInfo{5, {1, 2, 3, 4, 5}, 100}));
+    EXPECT_EQ((Words{28, 1, 2, 3, 0, 2, 0xBBAA}), written(IccStateInfo{1, 2, 3, {}, {0xAA, 0xBB}}));
+    EXPECT_EQ((Words{28, 1, 2, -3, 1, 1, 0xFF}), written(IccMetaRespInfo{1, 2, -3, true, {0xFF}}));
+    EXPECT_EQ((Words{48, 2, 1, 16, -1, 2, 3, 1, 16, 4, 5, 6}), written(IccPerceptionInfo{{{-1, 2, 3}, {4, 5, 6}}}));
+    EXPECT_EQ((Words{32, 1, 2, 3, 4, 2, 'h' | 'i' << 16, 0}), written(OrtcConnectInfo{1, 2, 3, 4, "hi"}));
+    EXPECT_EQ((Words{80, 0, 0, 0, 0, 1, 'a', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 1, 9}),
+              written(CallInfo{0, 0, 0, 0, "a", "", "", "", "", "", 0x1'0000'0002, 9}));
+}
+
+TEST(Record, Read_WhenOlderSenderStopsBetweenFields_ThenLaterFieldsKeepDefaults) {
+    IccReqInfo record;
+    ASSERT_EQ(STATUS_OK, readFrom({8, 5, 1, 2}, record));
+    EXPECT_EQ((IccReqInfo{5, {}, 0}), record);
+}
+
+TEST(Record, Read_WhenAnArrayCannotBe_ThenItsStatus) {
+    struct Case {
+        int32_t count;
+        binder_status_t status;
+    };
+    for (const auto& [count, status] :
+         {Case{-1, STATUS_UNEXPECTED_NULL}, Case{-2, STATUS_BAD_VALUE}, Case{9, STATUS_NO_MEMORY},
+          Case{0x40000000, STATUS_NO_MEMORY}, Case{INT_MAX, STATUS_NO_MEMORY}}) {
+        IccPerceptionInfo records;
+        EXPECT_EQ(status, readFrom({12, count, 0}, records)) << count;
+        IccIndInfo bytes;
+        EXPECT_EQ(status, readFrom({16, 1, count, 0}, bytes)) << count;
+    }
+    IccPerceptionInfo records;
+    EXPECT_EQ(STATUS_UNEXPECTED_NULL, readFrom({28, 1, 0, 0, 0, 0, 0}, records));  // of a record that is null
+}
+
+TEST(Record, Strings_WhenOfAnyContent_ThenTheyTravelUnchanged) {
+    for (const std::string& text :
+         {std::string(), std::string("a\0b", 3), std::string("\xC3\xA4\xF0\x9F\x98\x80"), std::string(100000, 'x')}) {
+        const OrtcConnectInfo sent{0, 0, 0, 0, text};
+        OrtcConnectInfo received;
+        ASSERT_EQ(STATUS_OK, readFrom(written(sent), received));
+        EXPECT_EQ(text, received.connectInfo);
+    }
+}
+
+TEST(Record, Compare_WhenFieldsDiffer_ThenTheFirstDecides) {
+    const OrtcStatus low{1, 2, 3, 4, 5};
+    const OrtcStatus high{1, 2, 4, 0, 0};
+    EXPECT_TRUE(low < high && low <= high && high > low && high >= low && low != high && low == low);
+}
+
+TEST(Record, ToString_WhenOfEachKindOfField_ThenReadable) {
+    EXPECT_EQ("SubsysResponseInfo{type: 0, serial: 7, error: NOT_SUPPORTED}",
+              (SubsysResponseInfo{0, 7, SUBSYS_Errno::NOT_SUPPORTED}.toString()));
+    EXPECT_EQ("IccMetaRespInfo{id: 1, token: 2, type: -3, result: true, data: [1, 255]}",
+              (IccMetaRespInfo{1, 2, -3, true, {1, 255}}.toString()));
+    EXPECT_EQ("IccPerceptionInfo{percTypes: [IccPercType{value0: 65, value1: 0, value2: 0}]}",
+              (IccPerceptionInfo{{{65, 0, 0}}}.toString()));
+    EXPECT_EQ("IccIndInfo{id: 1, data: []}", (IccIndInfo{1, {}}.toString()));
+}
+
+TEST(Errno, ToString_WhenNamedOrNot_ThenNameOrNumber) {
+    EXPECT_EQ("GENERIC_FAILURE", toString(SUBSYS_Errno::GENERIC_FAILURE));
+    EXPECT_EQ("11", toString(static_cast<SUBSYS_Errno>(11)));
+    EXPECT_EQ("-1", toString(static_cast<SUBSYS_Errno>(-1)));
+}
+
+}  // namespace
+}  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

@@ -1,0 +1,193 @@
+#include <utils/DeathMonitor.h>
+
+#include <future>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <mindroid/Boxes.h>
+
+#include "tests/support/Await.h"
+#include "tests/support/ClientProcess.h"
+#include "tests/support/LooperThread.h"
+#include "tests/support/NamesFolder.h"
+#include "tests/support/SubsysClient.h"
+
+namespace {
+
+using mindroid::sp;
+using subsys_utils::DeathMonitor;
+using testing::ElementsAre;
+
+using Response = test::pkg::ISubsysResponse;
+
+constexpr int32_t WHAT = 7;
+
+struct Death {
+    int32_t what;
+    const mindroid::Object* obj;
+    bool operator==(const Death&) const = default;
+};
+
+class DeathHandler : public mindroid::Handler {
+public:
+    DeathHandler() = default;
+    explicit DeathHandler(const sp<mindroid::Looper>& looper) : Handler(looper) {}
+    void handleMessage(const sp<mindroid::Message>& message) override {
+        deaths.add({message->what, message->obj.get()});
+    }
+
+    test::Recorder<Death> deaths;
+};
+
+class DeathMonitors : public testing::Test {
+protected:
+    using Client = test::ClientProcess<test::SubsysResponseClient>;
+
+    DeathMonitors() { ABinderProcess_startThreadPool(); }
+
+    [[nodiscard]] sp<DeathMonitor> monitor() const {
+        sp<DeathMonitor> result = new DeathMonitor();
+        result->registerClientDeathEvent(handler, WHAT, nullptr);
+        return result;
+    }
+    // Keeps the looper busy until the result is set.
+    [[nodiscard]] auto blockLooper() {
+        auto release = std::make_unique<std::promise<void>>();
+        looper.handler()->post(new mindroid::Runnable([until = release->get_future().share()] { until.wait(); }));
+        return release;
+    }
+
+    const test::NamesFolder names;
+    Client first{"first"};
+    Client second{"second"};
+    test::LooperThread looper;
+    const sp<DeathHandler> handler = new DeathHandler(looper.looper());
+};
+
+TEST_F(DeathMonitors, Death_WhenTheClientIsKilled_ThenOneMessageWithWhatAndObject) {
+    const sp<mindroid::Object> obj = new mindroid::Integer(1);
+    const sp<DeathMonitor> watched = new DeathMonitor();
+    watched->registerClientDeathEvent(handler, 3, nullptr);
+    watched->init(first.callback<Response>());
+    watched->registerClientDeathEvent(handler, WHAT, obj);
+    first.kill();
+    ASSERT_TRUE(handler->deaths.await());
+
+    const sp<DeathMonitor> later = monitor();
+    later->init(second.callback<Response>());
+    second.kill();
+    ASSERT_TRUE(handler->deaths.await(2));
+    EXPECT_THAT(handler->deaths.all(), ElementsAre(Death{WHAT, obj.get()}, Death{WHAT, nullptr}));
+}
+
+TEST_F(DeathMonitors, Death_WhenNobodyElseHoldsTheCallback_ThenStillTold) {
+    const auto watched = monitor();
+    watched->init(first.callback<Response>());
+    EXPECT_EQ(handler->deaths.count(), 0u);
+    first.kill();
+    EXPECT_TRUE(handler->deaths.await());
+}
+
+TEST_F(DeathMonitors, Init_WhenTheCallbackIsDeadAlready_ThenTold) {
+    const auto callback = first.killed<Response>();
+    const auto watched = monitor();
+    watched->init(callback);
+    EXPECT_TRUE(handler->deaths.await());
+    watched->init(callback);
+    EXPECT_TRUE(handler->deaths.await(2));
+}
+
+TEST_F(DeathMonitors, Init_WhenThereIsANewCallback_ThenTheOldOnesDeathIsSilent) {
+    const auto watched = monitor();
+    watched->init(first.callback<Response>());
+    watched->init(second.callback<Response>());
+    ASSERT_TRUE(first.killed<Response>());
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 0u);
+    second.kill();
+    EXPECT_TRUE(handler->deaths.await());
+}
+
+TEST_F(DeathMonitors, Init_WhenTheOldOnesDeathIsQueued_ThenItIsDropped) {
+    const auto dead = first.killed<Response>();
+    const auto watched = monitor();
+    auto blocked = blockLooper();
+    watched->init(dead);
+    watched->init(second.callback<Response>());
+    blocked->set_value();
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 0u);
+    second.kill();
+    EXPECT_TRUE(handler->deaths.await());
+}
+
+TEST_F(DeathMonitors, Init_WhenAnotherMonitorSharesHandlerAndWhat_ThenItsQueuedDeathStays) {
+    const auto dead = first.killed<Response>();
+    const auto replaced = monitor(), other = monitor();
+    auto blocked = blockLooper();
+    replaced->init(dead);
+    other->init(dead);
+    replaced->init(nullptr);
+    blocked->set_value();
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 1u);
+}
+
+TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
+    const auto watched = monitor();
+    for (const std::shared_ptr<ndk::ICInterface>& callback :
+         {std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::SubsysResponseClient>()),
+          std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::pkg::ISubsysResponseDefault>()),
+          std::shared_ptr<ndk::ICInterface>()}) {
+        watched->init(first.callback<Response>());
+        watched->init(callback);
+    }
+    ASSERT_TRUE(first.killed<Response>());
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 0u);
+}
+
+TEST_F(DeathMonitors, Destroy_WhenADeathIsQueued_ThenNoMessage) {
+    const auto dead = first.killed<Response>();
+    auto watched = monitor();
+    auto blocked = blockLooper();
+    watched->init(dead);
+    watched.clear();
+    blocked->set_value();
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 0u);
+    EXPECT_EQ(handler->strongCount(), 1);
+}
+
+TEST_F(DeathMonitors, Death_WhenTheHandlerIsMissingOrHasNoLooper_ThenItIsDropped) {
+    const sp<DeathMonitor> unregistered = new DeathMonitor(), loose = new DeathMonitor();
+    loose->registerClientDeathEvent(new DeathHandler(), WHAT, nullptr);
+    const auto watched = monitor();
+    for (const auto& each : {unregistered, loose, watched}) each->init(first.callback<Response>());
+    first.kill();
+    EXPECT_TRUE(handler->deaths.await());
+}
+
+TEST_F(DeathMonitors, Init_WhenThreadsRaceWithADeath_ThenTheLastCallbackIsWatched) {
+    const auto a = first.callback<Response>(), b = second.callback<Response>();
+    const auto watched = monitor();
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 100; ++round) watched->init((round + i) % 2 == 0 ? a : nullptr);
+        });
+    }
+    first.kill();
+    for (auto& thread : threads) thread.join();
+    watched->init(b);
+    looper.drain();
+    handler->deaths.clear();
+    second.kill();
+    ASSERT_TRUE(handler->deaths.await());
+    looper.drain();
+    EXPECT_EQ(handler->deaths.count(), 1u);
+}
+
+}  // namespace
