@@ -1,0 +1,84 @@
+#pragma once
+
+#include "component/Boxing.h"
+
+#include <mindroid/Handler.h>
+#include <mindroid/Message.h>
+#include <mindroid/RegistrantList.h>
+#include <mindroid/VoteBox.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace hal {
+
+class ModuleManager;
+
+// A unit of device logic, served by a handler on the looper of the thread that constructs it. A request hands it a
+// reply message; the component answers by filling that message and sending it back, at once or later, from any thread.
+//
+// A reply carries its error code in arg2 (0 is success) and its boxed value in obj; what and arg1 are never touched.
+// A message is answered once: a second reply to it is refused with a warning, wherever the first one has got to.
+//
+// Component libraries are built apart from this one: the order of fields and of virtual operations is shared with them.
+class Component : public mindroid::Handler {
+public:
+    static constexpr const char* TAG = "Component";
+    // A proxy reports its state; obj is an Integer, non-zero meaning up.
+    static constexpr int32_t MSG_PROXY_STATE_CHANGED = 2000;
+
+    // A vote mode of 1 gives the component a ticket in the readiness vote. The type is what lookups ask for.
+    Component(int32_t voteMode, int32_t type);
+    ~Component() override;
+
+    // Any other message than MSG_PROXY_STATE_CHANGED is logged and dropped. Looper.
+    void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
+    // Start-up, in this order. A subclass that overrides init calls it. Looper.
+    virtual void init(int32_t instanceId);
+    virtual void postInit(int32_t phase);
+
+    // Only the first call counts, so that an id given before start-up survives the component manager's pass. Looper.
+    void setInstanceId(int32_t instanceId);
+    // Initialises the component's modules. Looper.
+    void loadModules();
+    // Tells the listeners the new state and feeds the ticket with it. Looper.
+    void handleProxyStateChanged(const mindroid::sp<mindroid::Message>& message);
+
+    // Any.
+    [[nodiscard]] int32_t getType() const { return mType; }
+    [[nodiscard]] int32_t getInstanceId() const { return mInstanceId; }
+    [[nodiscard]] int32_t getVoteMode() const { return mVoteMode; }
+    [[nodiscard]] const mindroid::sp<mindroid::Ticket>& getTicket() const { return mTicket; }
+
+    // Answers with a value of one of the types in Boxing.h, whatever the error is. Any.
+    template <typename... Value>
+    static void sendResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error, const Value&... value) {
+        if (!claimReply(reply)) return;
+        reply->obj = box(value...);
+        sendReply(reply, error);
+    }
+    // Answers without a value; obj is left as it was. Any.
+    void sendErrorResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error);
+
+protected:
+    // Whether the caller is the one to answer: the message may be filled only then.
+    [[nodiscard]] static bool claimReply(const mindroid::sp<mindroid::Message>& reply);
+    static void sendReply(const mindroid::sp<mindroid::Message>& reply, int32_t error);
+
+    mindroid::sp<mindroid::Ticket> mTicket;
+    int32_t mVoteMode;
+    int32_t mType;
+    bool mInstanceIdSet = false;
+    std::unique_ptr<ModuleManager> mModuleManager;
+    // Kept, empty, for the layout.
+    std::string mReserved;
+    int32_t mInstanceId = 0;
+    // The listeners of proxy-state changes.
+    mindroid::sp<mindroid::RegistrantList> mRegistrants;
+
+    // The component that ran init last. Start-up leaves it so, on purpose; nothing here follows it.
+    static Component* mHandler;
+};
+
+}  // namespace hal

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "component/Component.h"
+#include "component/ComponentHandler.h"
+
+#include <mindroid/Handler.h>
+#include <mindroid/RegistrantList.h>
+#include <mindroid/Runnable.h>
+#include <mindroid/VoteBox.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace hal {
+
+// The process-wide registry of components. Everything is added while libraries load and during start-up, by one thread;
+// from then on the list is only read, so lookups take no lock.
+class ComponentManager {
+public:
+    static constexpr const char* TAG = "ComponentManager";
+
+    // Made on first use, never destroyed.
+    [[nodiscard]] static ComponentManager* getInstance();
+
+    ComponentManager();
+    ComponentManager(const ComponentManager&) = delete;
+    ComponentManager& operator=(const ComponentManager&) = delete;
+
+    // A component that is listed already is not listed again. Looper.
+    void add(const mindroid::sp<Component>& component);
+    // Starts all components and then the readiness vote. Once in a process. Looper.
+    void init(int32_t instanceId);
+    // Takes every component through setInstanceId; then init and loadModules; then postInit. Looper.
+    void initComponents(int32_t instanceId);
+    // The callback runs on the handler's looper once all components are ready. A listener that comes later than that is
+    // not told. Any.
+    void registeComponentReady(const mindroid::sp<mindroid::Handler>& handler,
+                               const mindroid::sp<mindroid::MessageCallback>& callback);
+
+    // The component registered first with the type (and the instance id), or null. Any.
+    [[nodiscard]] mindroid::sp<Component> find(int32_t typeId) const;
+    [[nodiscard]] mindroid::sp<Component> find(int32_t typeId, int32_t instanceId) const;
+
+private:
+    [[nodiscard]] std::vector<mindroid::sp<Component>> liveComponents() const;
+    void initComponent(Component& component);
+
+    std::vector<mindroid::sp<Component>> mComponents;
+    // The listeners of "all components are ready".
+    mindroid::sp<mindroid::RegistrantList> mRegistrants;
+    mindroid::sp<ComponentHandler> mHandler;
+    mindroid::sp<mindroid::VoteBox> mVoteBox;
+
+    static ComponentManager* sInstance;
+};
+
+// The component registered first with the type (and the instance id), or null. The cast is unchecked on purpose: the id
+// is trusted, and components from other libraries may hide their type information. Any.
+template <typename T>
+[[nodiscard]] mindroid::sp<T> getComponent(int32_t typeId) {
+    return mindroid::static_object_cast<T>(ComponentManager::getInstance()->find(typeId));
+}
+template <typename T>
+[[nodiscard]] mindroid::sp<T> getComponent(int32_t typeId, int32_t instanceId) {
+    return mindroid::static_object_cast<T>(ComponentManager::getInstance()->find(typeId, instanceId));
+}
+
+}  // namespace hal

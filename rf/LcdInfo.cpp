@@ -1,0 +1,62 @@
+#include "rf/LcdInfo.h"
+
+#include <device/DevicePath.h>
+#include <mindroid/Log.h>
+#include <utils/Utf8.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+using mindroid::Log;
+
+namespace hal {
+
+namespace {
+
+constexpr const char* LCD_TYPE_PATH = "/proc/devinfo/lcd";
+constexpr size_t TEXT_SIZE = 100;
+constexpr ssize_t MIN_LENGTH = 19;
+
+// One byte more than is read, so that what is scanned ends.
+using LcdText = std::array<char, TEXT_SIZE + 1>;
+
+// The first bytes of the file and their count, or a negative count. Non-blocking, since a FIFO in the file's place
+// would hold the caller for ever.
+std::pair<LcdText, ssize_t> readLcdFile(int fd) {
+    LcdText text = {};
+    ssize_t total = 0;
+    for (ssize_t count = 1; count > 0 && total < static_cast<ssize_t>(TEXT_SIZE); total += count) {
+        count = TEMP_FAILURE_RETRY(read(fd, text.data() + total, TEXT_SIZE - static_cast<size_t>(total)));
+        if (count < 0) return {text, count};
+    }
+    return {text, total};
+}
+
+}  // namespace
+
+std::optional<std::string> readLcdInfo(const char* tag) {
+    const int fd = open(device::path(LCD_TYPE_PATH).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) {
+        Log::e(tag, "Open LCD_TYPE_PATH failed!");
+        return std::nullopt;
+    }
+    const auto [text, length] = readLcdFile(fd);
+    close(fd);
+    if (length < MIN_LENGTH) {
+        // It says SWTP on purpose.
+        Log::e(tag, "Read SWTP failed! Unexpected Length");
+        return std::nullopt;
+    }
+    std::array<char, TEXT_SIZE> version = {};
+    const int matched = std::sscanf(text.data(), "Device version: %99s", version.data());
+    Log::d(tag, "read lcd_info_tmp: %s, num: %d ", version.data(), matched);
+    std::string info = version.data();
+    subsys_utils::dropCutSequence(info);
+    return info;
+}
+
+}  // namespace hal

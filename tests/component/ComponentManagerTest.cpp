@@ -1,0 +1,123 @@
+#include "component/ComponentManager.h"
+
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+
+#include <gtest/gtest.h>
+#include <mindroid/Boxes.h>
+
+#include <string>
+#include <vector>
+
+using namespace hal;
+using namespace mindroid;
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+class RecordingComponent : public Component {
+public:
+    RecordingComponent(std::string name, Calls& calls, int32_t type = 1, int32_t voteMode = 0)
+        : Component(voteMode, type), mName(std::move(name)), mCalls(calls) {}
+    void init(int32_t instanceId) override {
+        Component::init(instanceId);
+        mCalls.push_back(mName + ".init " + std::to_string(instanceId));
+    }
+    void postInit(int32_t phase) override { mCalls.push_back(mName + ".postInit " + std::to_string(phase)); }
+
+private:
+    const std::string mName;
+    Calls& mCalls;
+};
+
+class ComponentManagerTest : public testing::Test {
+protected:
+    test::LogCapture log;
+    test::LooperThread looper;
+    ComponentManager manager;
+    Calls calls;
+    test::Recorder<sp<Object>> ready;
+
+    sp<Component> make(std::string name, int32_t type = 1, int32_t voteMode = 0) {
+        return new RecordingComponent(std::move(name), calls, type, voteMode);
+    }
+    void listen() {
+        manager.registeComponentReady(
+            looper.handler(), new MessageCallback([this](const sp<Message>& message) { ready.add(message->obj); }));
+    }
+    void init(int32_t instanceId) {
+        looper.run([&] { manager.init(instanceId); });
+    }
+    static void report(const sp<Component>& component, int32_t state) {
+        component->handleProxyStateChanged(Message::obtain(nullptr, 2000, new Integer(state)));
+    }
+};
+
+TEST_F(ComponentManagerTest, Init_WhenSeveralComponents_ThenThreePassesInOrderOfRegistration) {
+    const sp<Component> preset = make("preset");
+    preset->setInstanceId(5);
+    manager.add(make("first"));
+    manager.add(nullptr);
+    manager.add(preset);
+    manager.add(preset);
+    init(2);
+    EXPECT_EQ(calls, (Calls{"first.init 2", "preset.init 5", "first.postInit 0", "preset.postInit 0"}));
+}
+
+TEST_F(ComponentManagerTest, Init_WhenNobodyVotes_ThenListenersAreToldOnce) {
+    listen();
+    manager.add(make("idle"));
+    init(0);
+    listen();  // Too late.
+    looper.drain();
+    EXPECT_EQ(ready.count(), 1u);
+    EXPECT_EQ(log.count("ComponentManager", "all components are ready", ANDROID_LOG_DEBUG), 1u);
+}
+
+TEST_F(ComponentManagerTest, Vote_WhenSeveralVote_ThenReadyOnceAllAreUpTogether) {
+    const sp<Component> a = make("a", 31, 1);
+    const sp<Component> b = make("b", 32, 1);
+    listen();
+    for (const sp<Component>& component : {a, make("idle", 33, 2), b}) manager.add(component);
+    init(0);
+    report(a, 1);
+    report(a, 0);
+    report(b, 1);
+    looper.drain();
+    EXPECT_EQ(ready.count(), 0u);
+    report(a, 9);
+    report(a, 0);
+    report(a, 1);
+    looper.drain();
+    EXPECT_EQ(ready.count(), 1u);
+    EXPECT_EQ(
+        log.lines("ComponentManager"),
+        (std::vector<test::LogLine>{{ANDROID_LOG_DEBUG, "ComponentManager", "initComponents add tick for type 31"},
+                                    {ANDROID_LOG_DEBUG, "ComponentManager", "initComponents add tick for type 32"},
+                                    {ANDROID_LOG_DEBUG, "ComponentManager", "all components are ready"}}));
+}
+
+TEST_F(ComponentManagerTest, Find_WhenSeveralMatch_ThenTheFirstRegistered) {
+    const sp<Component> first = make("first", 7);
+    const sp<Component> second = make("second", 7);
+    second->setInstanceId(1);
+    manager.add(nullptr);
+    manager.add(first);
+    manager.add(second);
+    EXPECT_EQ(manager.find(7), first);
+    EXPECT_EQ(manager.find(7, 1), second);
+    EXPECT_EQ(manager.find(7, 2), nullptr);
+    EXPECT_EQ(manager.find(8), nullptr);
+}
+
+TEST_F(ComponentManagerTest, GetComponent_WhenRegisteredLater_ThenFoundThenAndNullBefore) {
+    EXPECT_EQ(getComponent<RecordingComponent>(20), nullptr);
+    const sp<Component> component = make("rf", 20);
+    ComponentManager::getInstance()->add(component);
+    EXPECT_EQ(getComponent<RecordingComponent>(20), component);
+    EXPECT_EQ(getComponent<RecordingComponent>(20, 0), component);
+    EXPECT_EQ(getComponent<RecordingComponent>(20, 1), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,259 @@
+#include "component/Component.h"
+
+#include "component/ModuleManager.h"
+#include "component/SubsysComponent.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+
+#include <gtest/gtest.h>
+#include <mindroid/Boxes.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+using namespace hal;
+using namespace mindroid;
+using test::LogLine;
+
+namespace {
+
+// Lets tests reach what component authors reach.
+class TestComponent : public Component {
+public:
+    explicit TestComponent(int32_t voteMode = 0) : Component(voteMode, 42) {}
+    static Component* lastInitialised() { return mHandler; }
+    using Component::mModuleManager;
+    using Component::mRegistrants;
+    using Component::mTicket;
+};
+
+// Keeps the replies that arrive at a service handler.
+class ReplyHandler : public Handler {
+public:
+    struct Reply {
+        int32_t error;
+        sp<Object> value;
+    };
+    test::Recorder<Reply> replies;
+
+    void handleMessage(const sp<Message>& message) override { replies.add({message->arg2, message->obj}); }
+};
+
+class RecordingModule : public Module {
+public:
+    RecordingModule(std::string name, std::vector<std::string>& calls) : mName(std::move(name)), mCalls(calls) {}
+    ~RecordingModule() override { mCalls.push_back("~" + mName); }
+    void onInit() override {
+        mCalls.push_back(mName + std::to_string(mInstanceId));
+        if (onInitAction) onInitAction();
+    }
+    std::function<void()> onInitAction;
+
+private:
+    const std::string mName;
+    std::vector<std::string>& mCalls;
+};
+
+template <typename Base>
+class Obituary : public Base {
+public:
+    Obituary(std::string name, std::vector<std::string>& calls) : mName(std::move(name)), mCalls(calls) {}
+    ~Obituary() override { mCalls.push_back("~" + mName); }
+
+private:
+    const std::string mName;
+    std::vector<std::string>& mCalls;
+};
+
+class ComponentTest : public testing::Test {
+protected:
+    std::vector<std::string> calls;
+    test::LogCapture log;
+    test::LooperThread looper;
+    sp<TestComponent> component = looper.make<TestComponent>();
+    sp<ReplyHandler> handler = looper.make<ReplyHandler>();
+    sp<Object> before = new Object();
+
+    // A reply message that carries an object already.
+    sp<Message> reply() { return handler->obtainMessage(0, before); }
+    ReplyHandler::Reply onlyReply() {
+        EXPECT_TRUE(handler->replies.await());
+        looper.drain();
+        EXPECT_EQ(handler->replies.count(), 1u);
+        return handler->replies.all().front();
+    }
+};
+
+TEST_F(ComponentTest, HandleMessage_WhenNotAProxyState_ThenLogsAndDropsIt) {
+    component->handleMessage(nullptr);
+    component->handleMessage(handler->obtainMessage(7));
+    component->handleMessage(handler->obtainMessage(2000));
+    EXPECT_EQ(log.lines("Component"),
+              (std::vector<LogLine>{{ANDROID_LOG_ERROR, "Component", "can't handle null msg"},
+                                    {ANDROID_LOG_DEBUG, "Component", "handleMessage msg is 7, mType 42"},
+                                    {ANDROID_LOG_WARN, "Component", "unknown msg id 7 received"},
+                                    {ANDROID_LOG_DEBUG, "Component", "handleMessage msg is 2000, mType 42"}}));
+}
+
+TEST_F(ComponentTest, ProxyState_WhenComponentDoesNotVote_ThenOnlyListenersAreTold) {
+    const sp<Object> state = new Integer(1);
+    component->mRegistrants->add(handler, 5);
+    component->handleProxyStateChanged(nullptr);
+    component->handleProxyStateChanged(handler->obtainMessage(2000, state));
+    EXPECT_EQ(onlyReply().value, state);
+    EXPECT_FALSE(component->getTicket());
+    EXPECT_TRUE(log.lines("Component").empty());
+}
+
+TEST_F(ComponentTest, ProxyState_WhenComponentVotes_ThenTicketFollowsTheState) {
+    const sp<TestComponent> voter = looper.make<TestComponent>(1);
+    const auto report = [&](const sp<Object>& state) {
+        voter->handleProxyStateChanged(handler->obtainMessage(2000, state));
+        return voter->getTicket()->isUp();
+    };
+    EXPECT_TRUE(report(new Integer(-3)));
+    EXPECT_TRUE(report(new String("down")));  // Not a state: the ticket stays.
+    EXPECT_FALSE(report(new Integer(0)));
+    EXPECT_EQ(log.lines("Component"),
+              (std::vector<LogLine>{
+                  {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is -3"},
+                  {ANDROID_LOG_ERROR, "Component", "proxy state of type 42 is no Integer"},
+                  {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is 0"}}));
+}
+
+// One row for each type of value: how it is sent by either class, and the box in which it must arrive.
+struct BoxingCase {
+    std::function<void(const sp<Message>&, int32_t)> send;
+    std::function<void(const sp<Message>&, SUBSYS_Errno)> sendErrno;
+    sp<Object> expected;
+};
+
+template <typename... Value>
+BoxingCase boxing(const sp<Object>& expected, Value... value) {
+    return {
+        [=](const sp<Message>& reply, int32_t error) { Component::sendResponse(reply, error, value...); },
+        [=](const sp<Message>& reply, SUBSYS_Errno error) { SubsysComponent::sendResponse(reply, error, value...); },
+        expected};
+}
+
+std::vector<BoxingCase> boxingCases() {
+    static const sp<Object> sObject = new Object();
+    static char sText[] = "text";
+    static unsigned char sBytes[] = {0, 255, 3};
+    static int sIntegers[] = {-1, 7};
+    return {
+        boxing(sObject, sObject),
+        boxing(new Byte(0xFF), uint8_t{0xFF}),
+        boxing(new Short(0xFFFF), uint16_t{0xFFFF}),
+        boxing(new Integer(-1), uint32_t{0xFFFFFFFF}),
+        boxing(new Long(-1), uint64_t{0xFFFFFFFFFFFFFFFF}),
+        boxing(new String("text"), &sText[0]),
+        boxing(new ByteArray(sBytes, 3), &sBytes[0], 3u),
+        boxing(new IntegerArray(sIntegers, 2), &sIntegers[0], 2u),
+    };
+}
+
+TEST_F(ComponentTest, SendResponse_WhenWithValue_ThenItTravelsAlwaysOrForASubsysComponentOnlyWithSuccess) {
+    for (const BoxingCase& row : boxingCases()) {
+        handler->replies.clear();
+        row.send(reply(), -7);
+        const ReplyHandler::Reply got = onlyReply();
+        EXPECT_EQ(got.error, -7);
+        EXPECT_TRUE(row.expected->equals(got.value));
+
+        handler->replies.clear();
+        row.sendErrno(reply(), SUBSYS_Errno::SUCCESS);
+        EXPECT_TRUE(row.expected->equals(onlyReply().value));
+
+        handler->replies.clear();
+        row.sendErrno(reply(), SUBSYS_Errno(11));
+        const ReplyHandler::Reply failed = onlyReply();
+        EXPECT_EQ(failed.error, 11);
+        EXPECT_EQ(failed.value, before);
+    }
+}
+
+TEST_F(ComponentTest, SendResponse_WhenWithoutValue_ThenObjectIsLeftAsItWas) {
+    component->sendErrorResponse(reply(), 4);
+    SubsysComponent::sendResponse(reply(), SUBSYS_Errno::NOT_SUPPORTED);
+    ASSERT_TRUE(handler->replies.await(2));
+    const auto got = handler->replies.all();
+    EXPECT_EQ(std::pair(got[0].error, got[0].value), std::pair(4, before));
+    EXPECT_EQ(std::pair(got[1].error, got[1].value), std::pair(1, before));
+}
+
+TEST_F(ComponentTest, SendResponse_WhenManyThreadsReplyToOneMessage_ThenItIsAnsweredOnce) {
+    const sp<Message> message = reply();
+    std::vector<std::thread> threads;
+    for (uint8_t i = 0; i < 8; ++i) {
+        threads.emplace_back([&, i] { SubsysComponent::sendResponse(message, SUBSYS_Errno::SUCCESS, i); });
+    }
+    for (std::thread& thread : threads) thread.join();
+    (void)onlyReply();
+    component->sendErrorResponse(message, 1);  // Dispatched already.
+    component->sendErrorResponse(nullptr, 1);
+    (void)onlyReply();
+    EXPECT_EQ(log.count("Component", "second reply to a message refused", ANDROID_LOG_WARN), 8u);
+    EXPECT_EQ(log.count("Component", "reply without a message refused", ANDROID_LOG_WARN), 1u);
+}
+
+TEST_F(ComponentTest, SetInstanceId_WhenCalledAgain_ThenComponentAndModulesKeepTheFirst) {
+    const sp<Module> module = new RecordingModule("a", calls);
+    component->mModuleManager->addModule(module);
+    component->setInstanceId(3);
+    component->setInstanceId(4);
+    component->loadModules();
+    EXPECT_EQ(component->getInstanceId(), 3);
+    EXPECT_EQ(calls, std::vector<std::string>{"a3"});
+}
+
+TEST_F(ComponentTest, Init_WhenSeveralComponents_ThenTheLastOneIsRemembered) {
+    const sp<TestComponent> last = new TestComponent();
+    component->init(1);
+    last->init(2);
+    EXPECT_EQ(TestComponent::lastInitialised(), last.get());
+    EXPECT_EQ(last->getInstanceId(), 2);
+}
+
+TEST_F(ComponentTest, InitModules_WhenTwiceNullOrAddedMeanwhile_ThenEachEntryIsServedOnce) {
+    ModuleManager modules;
+    const sp<RecordingModule> a = new RecordingModule("a", calls);
+    const sp<RecordingModule> b = new RecordingModule("b", calls);
+    a->onInitAction = [&] { modules.addModule(new RecordingModule("late", calls)); };
+    for (const sp<Module>& module : {sp<Module>(b), sp<Module>(), sp<Module>(a), sp<Module>(b)}) {
+        modules.addModule(module);
+    }
+    modules.setInstanceId(6);
+    modules.initModules();
+    EXPECT_EQ(calls, (std::vector<std::string>{"b6", "a6", "b6"}));
+    ModuleManager().initModules();
+}
+
+TEST_F(ComponentTest, Destruction_WhenEverythingIsSet_ThenModulesGoFirstAndTheTicketLast) {
+    component->mTicket = new Obituary<Ticket>("ticket", calls);
+    component->mRegistrants->add(handler, 1, new Obituary<Object>("registrants", calls));
+    component->mModuleManager->addModule(new RecordingModule("module", calls));
+    component.clear();
+    EXPECT_EQ(calls, (std::vector<std::string>{"~module", "~registrants", "~ticket"}));
+}
+
+struct FakeProxy : Object {
+    FakeProxy(int32_t proxyId, const sp<HandlerThread>& proxyThread) : id(proxyId), thread(proxyThread) {}
+    const int32_t id;
+    const sp<HandlerThread> thread;
+};
+
+TEST_F(ComponentTest, CreateDedicateProxy_WhenCalledTwice_ThenEachHasAStartedThreadAndTheLastIsTheInstance) {
+    const sp<FakeProxy> first = SubsysComponent::createDedicateProxy<FakeProxy>(0);
+    const sp<FakeProxy> second = SubsysComponent::createDedicateProxy<FakeProxy>(5);
+    EXPECT_NE(first, second);
+    EXPECT_NE(first->thread, second->thread);
+    EXPECT_TRUE(first->thread->getLooper());
+    EXPECT_EQ(second->id, 5);
+    EXPECT_EQ(ComponentSingleton<FakeProxy>::sInstance, second);
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+
+#include "ims/ImsOrtcServiceIndication.h"
+#include "ims/ImsOrtcServiceResponse.h"
+#include "tests/ims/ImsOrtcClient.h"
+#include "tests/support/ClientProcess.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+#include "tests/support/NamesFolder.h"
+
+namespace {
+
+using namespace ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+using ndk::SharedRefBase;
+
+class ImsOrtcClientDeathTest : public testing::Test {
+protected:
+    using Client = test::ClientProcess<test::ImsResponseClient, test::ImsIndicationClient>;
+
+    static void registerAtChannels(const Client& client) {
+        ImsOrtcServiceResponse::getInstance()->setCallback(client.callback<IImsOrtcResponse>());
+        ImsOrtcServiceIndication::getInstance()->setCallback(client.callback<IImsOrtcIndication>());
+    }
+    // The channels and a second client in this process; from here on the test has threads.
+    void start() {
+        ABinderProcess_startThreadPool();  // deaths are told on its threads
+        mLog = std::make_unique<test::LogCapture>();
+        mLooper = std::make_unique<test::LooperThread>();
+        mLooper->run([] {
+            (void)ImsOrtcServiceResponse::getInstance();
+            (void)ImsOrtcServiceIndication::getInstance();
+        });
+        registerAtChannels(mClient);
+        ImsOrtcServiceResponse::getInstance()->setCallback(mResponses);
+        ImsOrtcServiceIndication::getInstance()->setCallback(mIndications);
+        mLog->clear();
+    }
+    [[nodiscard]] bool awaitFreed() const {
+        return mLog->await("ImsOrtcServiceResponse", "client death:0") &&
+               mLog->await("ImsOrtcServiceIndication", "client death:0");
+    }
+
+    const test::NamesFolder mNames;
+    Client mClient{"first"};
+    Client mSuccessor{"successor"};
+    std::unique_ptr<test::LogCapture> mLog;
+    std::unique_ptr<test::LooperThread> mLooper;
+    const std::shared_ptr<test::ImsResponseClient> mResponses = SharedRefBase::make<test::ImsResponseClient>();
+    const std::shared_ptr<test::ImsIndicationClient> mIndications = SharedRefBase::make<test::ImsIndicationClient>();
+};
+
+TEST_F(ImsOrtcClientDeathTest, Death_WhenOneOfTwoClientsDies_ThenItsSlotAloneIsFreedAndTakenOver) {
+    start();
+    mClient.kill();
+    ASSERT_TRUE(awaitFreed());
+    mLooper->drain();
+    EXPECT_EQ(mLog->count("ImsOrtcServiceResponseObj", "cb is dead"), 1U);
+    EXPECT_EQ(mLog->count("ImsOrtcServiceResponse", "client death:1"), 0U);
+    EXPECT_EQ(mLog->count("ImsOrtcServiceIndication", "client death:1"), 0U);
+    registerAtChannels(mSuccessor);
+    EXPECT_TRUE(mLog->has("ImsOrtcServiceResponse", "set cb:0", ANDROID_LOG_DEBUG));
+    EXPECT_TRUE(mLog->has("ImsOrtcServiceIndication", "set cb:0", ANDROID_LOG_DEBUG));
+}
+
+TEST_F(ImsOrtcClientDeathTest, Death_WhenItIsNotHandledYet_ThenTheSuccessorTakesTheSlotAndKeepsIt) {
+    start();
+    const auto response = ImsOrtcServiceResponse::getInstance();
+    test::Event go;
+    mLooper->handler()->post(new mindroid::Runnable([&] { (void)go.await(); }));
+    // The looper is busy, so the slots hold the dead client until the successor comes.
+    ASSERT_TRUE(mClient.killed<IImsOrtcResponse>());
+    registerAtChannels(mSuccessor);
+    go.signal();
+    mLooper->drain();
+    mLog->clear();
+    response->sendEmptyMessage(0);
+    mLooper->drain();
+    EXPECT_EQ(mLog->lines("ImsOrtcServiceResponse").size(), 0U);
+}
+
+TEST_F(ImsOrtcClientDeathTest, Death_WhenItComesWhileEventsAreDelivered_ThenTheOtherClientMissesNothing) {
+    constexpr size_t EVENTS = 2000;
+    start();
+    std::thread death([&] {
+        (void)mIndications->calls.await(EVENTS / 2);
+        mClient.kill();
+    });
+    ImsRtpDataInfo data;
+    data.data.assign(255, 0x5a);
+    for (size_t i = 0; i < EVENTS; ++i) {
+        ImsOrtcServiceIndication::getInstance()->recvImsRtpData(data);
+        (void)ImsOrtcServiceResponse::getInstance()->sendImsRtpDataResponse(1, SUBSYS_Errno::SUCCESS);
+    }
+    death.join();
+    EXPECT_TRUE(awaitFreed());
+    EXPECT_EQ(mIndications->calls.count(), EVENTS);
+    EXPECT_EQ(mResponses->calls.count(), EVENTS);
+}
+
+}  // namespace

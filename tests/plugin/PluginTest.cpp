@@ -1,0 +1,146 @@
+#include "plugin/Plugin.h"
+
+#include "plugin/PluginManager.h"
+#include "plugin/PluginManagerComponent.h"
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <any>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+constexpr const char* LIBRARY = "/vendor/lib64/libplugin.so";
+
+class PluginTest : public ::testing::Test {
+protected:
+    void install(const char* library) { mDevice.copy(LIBRARY, library); }
+    // How many error lines say why the library could not be opened.
+    [[nodiscard]] long reasons() const {
+        const auto lines = mLog.lines();
+        return std::count_if(lines.begin(), lines.end(), [](const test::LogLine& line) {
+            return line.priority == ANDROID_LOG_ERROR && line.text.find("can't load plugin P: ") == 0;
+        });
+    }
+    [[nodiscard]] bool logged(int priority, const std::string& text) const {
+        const auto lines = mLog.lines();
+        return std::any_of(lines.begin(), lines.end(),
+                           [&](const auto& line) { return line.priority == priority && line.text == text; });
+    }
+
+    const test::DeviceFolder mDevice;
+    const test::LogCapture mLog;
+    hal::Plugin mPlugin{{.name = "P", .path = LIBRARY}};
+};
+
+TEST_F(PluginTest, LoadAndUnload_WhenFileComes_ThenOpenForGood) {
+    EXPECT_FALSE(mPlugin.load());
+    EXPECT_TRUE(logged(ANDROID_LOG_ERROR, "file can't access."));
+    EXPECT_TRUE(mPlugin.unload());
+    install(COUNTING_PLUGIN);
+    EXPECT_TRUE(mPlugin.load());
+    EXPECT_FALSE(mPlugin.unload());
+    EXPECT_TRUE(mPlugin.load());
+    EXPECT_TRUE(logged(ANDROID_LOG_DEBUG, "mPluginHandle is loaded."));
+}
+
+TEST_F(PluginTest, Load_WhenLibraryIsUnusable_ThenReasonLoggedOnce) {
+    const auto loadTwice = [&] { return mPlugin.load() || mPlugin.load(); };
+    install(UNRESOLVED_PLUGIN);
+    EXPECT_FALSE(loadTwice());
+    EXPECT_EQ(reasons(), 1);
+    mDevice.write(LIBRARY, "no library");
+    EXPECT_FALSE(loadTwice());
+    EXPECT_EQ(reasons(), 2);
+    mDevice.remove(LIBRARY);
+    mDevice.makeFifo(LIBRARY);
+    EXPECT_FALSE(loadTwice());
+    EXPECT_EQ(reasons(), 3);
+}
+
+TEST_F(PluginTest, Load_WhenTruncatedAnywhere_ThenNeverDies) {
+    std::ifstream file(COUNTING_PLUGIN, std::ios::binary);
+    const std::string whole(std::istreambuf_iterator<char>(file), {});
+    for (size_t size = 0; size < whole.size(); size += 101) {
+        mDevice.remove(LIBRARY);
+        mDevice.write(LIBRARY, whole.substr(0, size));
+        // The section table at the end of the file is not needed to load it.
+        hal::Plugin plugin({.name = "P", .path = LIBRARY});
+        if (plugin.load()) {
+            EXPECT_EQ((plugin.call<int, bool>("negate", false)), 1) << size;
+        }
+    }
+}
+
+TEST_F(PluginTest, Call_WhenNotLoadedOrMissing_ThenZeroResult) {
+    EXPECT_EQ((mPlugin.call<int, int, int>("add", 1, 2)), 0);
+    EXPECT_EQ(mPlugin.getSym<int(int, int)>("add"), nullptr);
+    install(COUNTING_PLUGIN);
+    ASSERT_TRUE(mPlugin.load());
+    EXPECT_EQ((mPlugin.call<int, int, int>("subtract", 1, 2)), 0);
+    mPlugin.call<void>("nothing");
+}
+
+TEST_F(PluginTest, Call_WhenRepeated_ThenLooksUpEachTimeUnlessSymbolIsHeld) {
+    install(COUNTING_PLUGIN);
+    ASSERT_TRUE(mPlugin.load());
+    for (int call = 1; call <= 3; ++call) {
+        EXPECT_EQ((mPlugin.call<int, int, int>("add", 40, call)), 40 + call);
+        EXPECT_EQ(mPlugin.call<int>("lookups"), call);
+    }
+    const auto held = mPlugin.getSym<int(int, int)>("add");
+    EXPECT_EQ(mPlugin.getSym<int(int, int)>("add"), held);
+    EXPECT_EQ((mPlugin.call<int, int, int>("add", 1, 1)), 2);
+    EXPECT_EQ(mPlugin.call<int>("lookups"), 4);
+    EXPECT_EQ(held->name, "add");
+}
+
+TEST_F(PluginTest, Call_WhenPluginCallsBack_ThenItsSymbolIsLive) {
+    using Question = long (*)(void*);
+    install(COUNTING_PLUGIN);
+    ASSERT_TRUE(mPlugin.load());
+    // The call under way and the question are the two that hold it.
+    const Question holders = [](void* plugin) {
+        return static_cast<hal::Plugin*>(plugin)->getSym<long(Question, void*)>("askBack").use_count();
+    };
+    EXPECT_EQ((mPlugin.call<long, Question, void*>("askBack", holders, &mPlugin)), 2);
+    EXPECT_EQ((mPlugin.getSym<long(Question, void*)>("askBack").use_count()), 1);
+}
+
+TEST_F(PluginTest, GetSym_WhenSignatureDiffers_ThenThrows) {
+    install(COUNTING_PLUGIN);
+    ASSERT_TRUE(mPlugin.load());
+    EXPECT_EQ((mPlugin.call<int, bool>("negate", false)), 1);
+    EXPECT_THROW(mPlugin.call<int>("negate"), std::bad_any_cast);
+}
+
+TEST(PluginManager, GetPlugin_WhenNamesRepeat_ThenFirst) {
+    const test::DeviceFolder device;
+    device.write("/odm/etc/plugin_config.xml", R"(<plugin_config><item name="A" path="/vendor/lib64/libplugin.so"/>
+        <item name="B" path="/missing.so"/><item name="A" path="/other.so"/></plugin_config>)");
+    device.copy(LIBRARY, COUNTING_PLUGIN);
+    static hal::PluginManager& sManager = *new hal::PluginManager();
+    ASSERT_NE(sManager.getPlugin("A"), nullptr);
+    EXPECT_EQ(sManager.getPlugin("A")->getPath(), LIBRARY);
+    EXPECT_EQ(sManager.getPlugin("a"), nullptr);
+    EXPECT_TRUE(sManager.loadPlugin("A"));
+    EXPECT_FALSE(sManager.loadPlugin("B"));
+    EXPECT_FALSE(sManager.loadPlugin("C"));
+    EXPECT_FALSE(sManager.isPluginLoaded("A"));
+    EXPECT_FALSE(sManager.isPluginLoaded("C"));
+}
+
+TEST(PluginManagerComponent, WhenLibraryIsLoaded_ThenRegisteredOnce) {
+    const auto component = hal::getComponent<hal::PluginManagerComponent>(-1);
+    ASSERT_TRUE(component);
+    EXPECT_EQ(component, hal::loadComponent<hal::PluginManagerComponent>::getComponent());
+    EXPECT_EQ(component->getPluginManager(), hal::getPluginManager());
+}
+
+}  // namespace

@@ -1,0 +1,157 @@
+#include "service/SubsysService.h"
+
+#include "service/SubsysServiceIndication.h"
+#include "service/SubsysServiceResponse.h"
+#include "tests/support/ClientProcess.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+#include "tests/support/NamesFolder.h"
+#include "tests/support/SubsysClient.h"
+
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace test::pkg;
+
+namespace {
+
+const std::string NAME = std::string(ISubsys::descriptor) + "/default";
+const std::string DIED = "SubsysService::serviceDied: Client died. Cleaning up callbacks";
+
+using test::NamesFolder;
+
+// A client of another process: registers its callbacks once the service is there.
+void connectAsClient() {
+    ABinderProcess_startThreadPool();
+    const auto service = ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(NAME.c_str())));
+    static const auto sResponse = ndk::SharedRefBase::make<test::SubsysResponseClient>();
+    static const auto sIndication = ndk::SharedRefBase::make<test::SubsysIndicationClient>();
+    if (service == nullptr || !service->setCallback(sResponse, sIndication).isOk()) _exit(1);
+}
+
+TEST(SubsysServiceProcessTest, ClientDeath_WhenItsProcessIsKilled_ThenTheServiceForgetsItOnItsLooper) {
+    const NamesFolder names;
+    test::ChildProcess client(connectAsClient);
+    const test::LogCapture log;
+    test::LooperThread looper;
+    auto service = looper.run([] { return ndk::SharedRefBase::make<SubsysService>(); });
+    ABinderProcess_startThreadPool();
+    ASSERT_EQ(service->registerAsServer(), 0);
+    ASSERT_TRUE(log.await("SubsysServiceStateTracker", "send subsys state changed 1"));
+    EXPECT_TRUE(SubsysServiceResponse::getInstance()->getCallback());
+    client.end();
+    ASSERT_TRUE(log.await("SubsysServiceStateTracker", "onHidlStateChanged state 0"));
+    EXPECT_FALSE(SubsysServiceResponse::getInstance()->getCallback());
+    EXPECT_EQ(log.count("SubsysService", DIED), 1u);
+}
+
+TEST(SubsysServiceProcessTest, RegisterAsServer_WhenTheNameCannotBePublished_ThenOneErrorLineAndMinus1) {
+    setenv("SUBSYS_BINDER_DIR", "/dev/null", 1);
+    const test::LogCapture log;
+    test::LooperThread looper;
+    auto service = looper.run([] { return ndk::SharedRefBase::make<SubsysService>(); });
+    EXPECT_EQ(service->registerAsServer(), -1);
+    const test::LogLine last = log.lines("SubsysService").back();
+    EXPECT_EQ(last.priority, ANDROID_LOG_ERROR);
+    EXPECT_TRUE(last.text.starts_with("add service " + NAME + " failed with error ")) << last;
+    looper.run([&] { service.reset(); });
+}
+
+// The callback of a client that is dead. The action runs when the service asks for its binder.
+class DeadResponse : public ISubsysResponseDefault {
+public:
+    explicit DeadResponse(const std::shared_ptr<ISubsysResponse>& dead) : mBinder(dead->asBinder()) {}
+    ndk::SpAIBinder asBinder() override {
+        whenAsked();
+        return mBinder;
+    }
+    std::function<void()> whenAsked = [] {};
+
+private:
+    const ndk::SpAIBinder mBinder;
+};
+
+// What happens at the moment when a line is logged; "" stands for the question whether the client lives.
+class SubsysServiceSuccessionTest : public testing::TestWithParam<std::string> {
+protected:
+    ~SubsysServiceSuccessionTest() override {
+        looper.run([&] { service.reset(); });
+    }
+    void at(const std::string& when) {
+        if (when == moment) std::exchange(action, [] {})();
+    }
+    void connectSuccessor() { EXPECT_TRUE(service->setCallback(successor, successorsIndication).isOk()); }
+    // A message may post another one.
+    void drain() {
+        for (int i = 0; i < 3; ++i) looper.drain();
+    }
+    void expectSuccessorIsServed(size_t timesTold = 1) {
+        drain();
+        (void)service->killProcess(1, 0, "");
+        EXPECT_EQ(successor->responses.count(), 1u);
+        EXPECT_EQ(successorsIndication->indications.count(), timesTold);
+        EXPECT_EQ(SubsysServiceIndication::getInstance()->getCallback(), successorsIndication);
+    }
+
+    const NamesFolder names;
+    test::ClientProcess<test::SubsysResponseClient> client{"first"};
+    std::string moment;
+    std::function<void()> action = [] {};
+    const test::LogCapture log{[this](const std::string& text) { at(text); }};
+    test::LooperThread looper;
+    std::shared_ptr<SubsysService> service = looper.run([] { return ndk::SharedRefBase::make<SubsysService>(); });
+    const std::shared_ptr<DeadResponse> dead = ndk::SharedRefBase::make<DeadResponse>(client.killed<ISubsysResponse>());
+    const std::shared_ptr<ISubsysIndication> deadsIndication = ndk::SharedRefBase::make<test::SubsysIndicationClient>();
+    const std::shared_ptr<test::SubsysResponseClient> successor =
+        ndk::SharedRefBase::make<test::SubsysResponseClient>();
+    const std::shared_ptr<test::SubsysIndicationClient> successorsIndication =
+        ndk::SharedRefBase::make<test::SubsysIndicationClient>();
+};
+
+TEST_P(SubsysServiceSuccessionTest, ClientDeath_WhenASuccessorComesMeanwhile_ThenItKeepsItsCallbacks) {
+    (void)service->setCallback(nullptr, deadsIndication);  // The tracker is at 1.
+    drain();
+    looper.run([&] {  // The death is told while nothing is handled.
+        (void)service->setCallback(dead, deadsIndication);
+        moment = GetParam();
+        action = [&] { connectSuccessor(); };
+        dead->whenAsked = [&] { at(""); };
+    });
+    const bool cleanedUp = !GetParam().empty();
+    expectSuccessorIsServed(cleanedUp ? 1 : 0);
+    EXPECT_EQ(log.count("SubsysService", DIED), cleanedUp ? 1u : 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Moments, SubsysServiceSuccessionTest,
+                         testing::Values("", DIED, "SubsysService::clearCallbacks", "setHidlState state 0"),
+                         [](const auto& test) { return "Moment" + std::to_string(test.index); });
+
+TEST_F(SubsysServiceSuccessionTest, ClientDeath_WhenItComesDuringTheClientsSetCallback_ThenTheNextIsToldTheState) {
+    drain();  // The looper logs nothing while the moment is set.
+    moment = "setHidlState state 1";
+    action = [&] { drain(); };
+    (void)service->setCallback(dead, deadsIndication);
+    drain();
+    EXPECT_EQ(deadsIndication.use_count(), 1);
+    connectSuccessor();
+    expectSuccessorIsServed();
+}
+
+TEST_F(SubsysServiceSuccessionTest, ClientDeath_WhenANullResponseHasReplacedItsOwn_ThenItIsStillCleanedUp) {
+    looper.run([&] {
+        (void)service->setCallback(dead, deadsIndication);
+        (void)service->setCallback(nullptr, deadsIndication);
+    });
+    drain();
+    EXPECT_EQ(deadsIndication.use_count(), 1);
+    connectSuccessor();
+    expectSuccessorIsServed();
+}
+
+}  // namespace

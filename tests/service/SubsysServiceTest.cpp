@@ -1,0 +1,175 @@
+#include "service/SubsysService.h"
+
+#include "ims/ImsOrtcServiceResponse.h"
+#include "tests/ims/ImsOrtcClient.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+#include "tests/support/SubsysClient.h"
+
+#include <gtest/gtest.h>
+#include <mindroid/SystemClock.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+using namespace test::pkg;
+using ndk::ScopedAStatus;
+using test::LogLine;
+
+namespace {
+
+struct Client {
+    std::shared_ptr<test::SubsysResponseClient> response = ndk::SharedRefBase::make<test::SubsysResponseClient>();
+    std::shared_ptr<test::SubsysIndicationClient> indication = ndk::SharedRefBase::make<test::SubsysIndicationClient>();
+};
+
+class SubsysServiceTest : public testing::Test {
+protected:
+    mindroid::ManualClock clock;
+    test::LogCapture log;
+    test::LooperThread looper;
+    std::shared_ptr<SubsysService> service = looper.run([] { return ndk::SharedRefBase::make<SubsysService>(); });
+    Client client;
+
+    // As the service asks for: on its own looper.
+    void TearDown() override {
+        looper.run([&] { service.reset(); });
+    }
+    void connect(const Client& newcomer) {
+        EXPECT_TRUE(service->setCallback(newcomer.response, newcomer.indication).isOk());
+        looper.drain();
+    }
+    static std::vector<std::string> texts(const std::vector<LogLine>& lines) {
+        std::vector<std::string> result;
+        for (const LogLine& line : lines) result.push_back(line.text);
+        return result;
+    }
+};
+
+using Texts = std::vector<std::string>;
+
+TEST_F(SubsysServiceTest, Lifecycle_WhenConstructedAndInitialised_ThenHandlersFollowInOrder) {
+    looper.run([&] {
+        service->init();
+        service->postInit();
+    });
+    const std::vector<LogLine> lines = log.lines();
+    EXPECT_EQ(lines.at(0), (LogLine{ANDROID_LOG_DEBUG, "SubsysService", "SubsysService create"}));
+    EXPECT_EQ(texts(log.lines("RfSubsysService")), (Texts{"init done", "postInit done"}));
+    EXPECT_EQ(texts(log.lines("ImsOrtcService")), (Texts{"start", "init done"}));
+    const auto position = [&](const LogLine& line) { return std::find(lines.begin(), lines.end(), line); };
+    EXPECT_LT(position({ANDROID_LOG_DEBUG, "RfSubsysService", "init done"}),
+              position({ANDROID_LOG_DEBUG, "ImsOrtcService", "init done"}));
+    EXPECT_LT(position({ANDROID_LOG_DEBUG, "SubsysServiceStateTracker", "SubsysServiceStateTracker init"}),
+              position({ANDROID_LOG_DEBUG, "ImsOrtcService", "start"}));
+}
+
+TEST_F(SubsysServiceTest, Requests_WhenNoComponentExists_ThenEachReachesItsHandlerAndSucceeds) {
+    connect(client);
+    const std::vector<std::pair<std::function<ScopedAStatus(SubsysService&)>, std::string>> rows = {
+        {[](auto& s) { return s.getSwtpStatus(1); }, "getSwtpStatus rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setMipiFreqClk(1, 2, 3); }, "setMipiFreqClk rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setOscFreqClk(1, 2, 3); }, "setOscFreqClk rfSubsysComponent is null!"},
+        {[](auto& s) { return s.getNvramData(1, 2, 3); }, "getNvramData rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setIccTuningState(1, 2, 3, 4, 5); }, "setIccTuningState rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setIccWifiAntState(1, 2, 3); }, "setIccWifiAntState rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setIccSatelliteAntState(1, 2, 3, 4); },
+         "setIccSatelliteAntState rfSubsysComponent is null!"},
+        {[](auto& s) { return s.getIccState(1); }, "getIccState rfSubsysComponent is null!"},
+        {[](auto& s) { return s.sendIccCmd(1, {}); }, "sendIccCmd rfSubsysComponent is null!"},
+        {[](auto& s) { return s.sendIccMetaCmd({}, nullptr); }, "sendIccMetaCmd rfSubsysComponent is null!"},
+        {[](auto& s) { return s.setCallInfo(1, {}); }, "update call component is null!"},
+        {[](auto& s) { return s.setOrtcRoomInfo(1, {}); }, "control component is null!"},
+        {[](auto& s) { return s.sendImsRtpData(1, {}); }, "send data component is null!"},
+        {[](auto& s) { return s.setImsRtpRemotePubIpAddr(1, {}); }, "update ip component is null!"},
+    };
+    for (const auto& [call, line] : rows) {
+        log.clear();
+        EXPECT_TRUE(call(*service).isOk());
+        EXPECT_EQ(texts(log.lines()).back(), line);
+        const bool toRf = line.ends_with("rfSubsysComponent is null!");
+        EXPECT_EQ(toRf, log.has("RfSubsysService", line, ANDROID_LOG_DEBUG)) << line;
+    }
+    log.clear();
+    EXPECT_TRUE(service->sendImsRtpRedunSignalMsg(1, {}).isOk());
+    EXPECT_TRUE(log.lines().empty());
+    looper.drain();
+    EXPECT_EQ(client.response->responses.count(), 0u);
+}
+
+TEST_F(SubsysServiceTest, SetCallback_WhenAClientConnects_ThenItIsToldTheStateAndRfConnects200MsLater) {
+    log.clear();
+    connect(client);
+    EXPECT_EQ(log.lines().at(0), (LogLine{ANDROID_LOG_DEBUG, "SubsysService", "SubsysService::setCallbacks"}));
+    EXPECT_EQ(client.indication->indications.all(), (std::vector<test::Indication>{{"sendSubsysStateChanged", true}}));
+    clock.advance(199);
+    looper.drain();
+    EXPECT_FALSE(log.has("RfSubsysService", "onSubsysConnected enter"));
+    clock.advance(1);
+    EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter"));
+}
+
+TEST_F(SubsysServiceTest, SetCallback_WhenResponseIsNull_ThenClientStillCountsAsConnected) {
+    connect(client);
+    client.indication->indications.clear();
+    service->serviceDied();
+    EXPECT_TRUE(service->setCallback(nullptr, client.indication).isOk());
+    looper.drain();
+    EXPECT_EQ(client.indication->indications.count(), 1u);
+    (void)service->killProcess(1, 0, "");
+    EXPECT_EQ(client.response->responses.count(), 0u);
+}
+
+TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItIsForgottenAndTheNextIsToldAgain) {
+    connect(client);
+    log.clear();
+    service->serviceDied();
+    EXPECT_EQ(
+        texts(log.lines("SubsysService")),
+        (Texts{"SubsysService::serviceDied: Client died. Cleaning up callbacks", "SubsysService::clearCallbacks"}));
+    (void)service->killProcess(1, 0, "");
+    const Client next;
+    connect(next);
+    EXPECT_EQ(client.response->responses.count(), 0u);
+    EXPECT_EQ(client.indication->indications.count(), 1u);
+    EXPECT_EQ(next.indication->indications.count(), 1u);
+}
+
+TEST_F(SubsysServiceTest, HidlClient_WhenItConnectsByAnotherWay_ThenOnlyAConnectionIsScheduled) {
+    service->onHidlClientDisconnected();
+    clock.advance(500);
+    looper.drain();
+    EXPECT_FALSE(log.has("RfSubsysService", "onSubsysConnected enter"));
+    service->onHidlClientConnected();
+    clock.advance(200);
+    EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter"));
+}
+
+TEST_F(SubsysServiceTest, KillProcess_WhenRefusedOrDone_ThenAnswered2Or0) {
+    test::ChildProcess victim;
+    connect(client);
+    EXPECT_TRUE(service->killProcess(1, victim.pid(), "somebody").isOk());
+    EXPECT_TRUE(service->killProcess(2, victim.pid(), "vendor.dpmd").isOk());
+    EXPECT_EQ(victim.awaitSignal(), SIGKILL);
+    const auto responses = client.response->responses.all();
+    ASSERT_EQ(responses.size(), 2u);
+    EXPECT_EQ(responses[0].info.error, SUBSYS_Errno::GENERIC_FAILURE);
+    EXPECT_EQ(responses[1].info.error, SUBSYS_Errno::SUCCESS);
+    EXPECT_EQ(responses[1].info.serial, 2);
+}
+
+TEST_F(SubsysServiceTest, ServiceDied_WhenAnImsClientIsRegistered_ThenThatOneIsKept) {
+    const auto ims = ndk::SharedRefBase::make<test::ImsResponseClient>();
+    looper.drain();
+    log.clear();
+    EXPECT_TRUE(service->setImsOrtcCallback(ims, nullptr).isOk());
+    EXPECT_EQ(texts(log.lines("SubsysService")), Texts{"SubsysService::setImsOrtcCallback"});
+    EXPECT_TRUE(log.lines("SubsysServiceStateTracker").empty());
+    service->serviceDied();
+    (void)ImsOrtcServiceResponse::getInstance()->setCallInfoResponse(9, SUBSYS_Errno::SUCCESS);
+    EXPECT_EQ(ims->calls.count(), 1u);
+}
+
+}  // namespace
