@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+#include <mindroid/Handler.h>
+#include <mindroid/Message.h>
+
+#include "simulator/ScenarioPlayer.h"
+
+namespace simulator {
+
+// Plays the scenario of a simulated component on the component's looper, and answers its requests as the scenario says.
+class ComponentPlayer {
+public:
+    // Changes the component's state and reports events; runs after the answer, where that is a success. Looper.
+    using Effect = std::function<void()>;
+    // Makes the value of a successful answer. Looper.
+    using Result = std::function<mindroid::sp<mindroid::Object>(const ScenarioAnswer& answer)>;
+
+    // The owner is the component that holds the player.
+    ComponentPlayer(const char* tag, const Vocabulary& vocabulary, mindroid::Handler& owner,
+                    ScenarioPlayer::Deliver deliver);
+
+    // Looper.
+    void start();
+    // Counts the request; what it says is for the caller to do, its events included. Looper.
+    [[nodiscard]] Reaction react(size_t request);
+    void play(const Reaction& reaction);
+    // Has the request answered on the looper. Any.
+    void serve(size_t request, const mindroid::sp<mindroid::Message>& reply, Effect effect, Result result = nullptr);
+    // Runs the task on the looper. Any.
+    void post(int64_t delayMillis, ScenarioPlayer::Task task);
+
+private:
+    static void answer(const mindroid::sp<mindroid::Message>& reply, const ScenarioAnswer& answer,
+                       const Result& result);
+
+    const char* const mTag;
+    const Vocabulary& mVocabulary;
+    mindroid::Handler& mOwner;
+    ScenarioPlayer mPlayer;
+};
+
+}  // namespace simulator

@@ -1,0 +1,35 @@
+#include "simulator/EventThread.h"
+
+#include <thread>
+#include <utility>
+
+namespace simulator {
+
+EventThread::EventThread() {
+    std::thread([this] { run(); }).detach();
+}
+
+void EventThread::post(int64_t delayMillis, Task task) {
+    const std::lock_guard lock(mLock);
+    mTasks.emplace(Clock::now() + std::chrono::milliseconds(delayMillis), std::move(task));
+    mWake.notify_one();
+}
+
+void EventThread::run() {
+    for (;;) waitForNext()();
+}
+
+EventThread::Task EventThread::waitForNext() {
+    std::unique_lock lock(mLock);
+    for (;;) {
+        if (mTasks.empty()) {
+            mWake.wait(lock);
+        } else if (mTasks.begin()->first > Clock::now()) {
+            mWake.wait_until(lock, Clock::time_point(mTasks.begin()->first));
+        } else {
+            return std::move(mTasks.extract(mTasks.begin()).mapped());
+        }
+    }
+}
+
+}  // namespace simulator

@@ -1,0 +1,273 @@
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "component/ComponentManager.h"
+#include "component/SubsysInterfaceData.h"
+#include "ims/ImsOrtcComponent.h"
+#include "rf/VsComponent.h"
+#include "tests/simulator/DeviceFolder.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+
+#include <mindroid/Boxes.h>
+#include <mindroid/SystemClock.h>
+
+namespace simulator {
+namespace {
+
+using mindroid::Message;
+using mindroid::MessageCallback;
+using mindroid::Object;
+using mindroid::Runnable;
+using mindroid::sp;
+using testing::ElementsAre;
+
+// What came back to the test: a reply's error or an event's name, and the object.
+struct Came {
+    std::string what;
+    sp<Object> obj;
+};
+
+// A component library, loaded and started as the daemon does it, on a clock that stands still.
+class Loaded {
+public:
+    Loaded(const char* library, const std::string& scenario) : mDevice(scenario) {
+        mLooper.run([library] { ASSERT_NE(dlopen(library, RTLD_NOW), nullptr) << dlerror(); });
+    }
+
+    void start() {
+        mLooper.run([] { hal::ComponentManager::getInstance()->init(0); });
+    }
+    // Runs what is due in so many milliseconds, and what that causes.
+    void advance(uint64_t millis) {
+        mClock.advance(millis);
+        for (int hop = 0; hop < 8; ++hop) mLooper.drain();
+    }
+    [[nodiscard]] std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const Came& one : came.all()) names.push_back(one.what);
+        return names;
+    }
+    template <typename T>
+    T record(size_t index) const {
+        return static_cast<hal::SubsysInterfaceData<T>*>(came.all().at(index).obj.get())->mData;
+    }
+
+    const sp<mindroid::Handler>& handler() { return mLooper.handler(); }
+    sp<MessageCallback> listener(const std::string& name) {
+        return new MessageCallback([this, name](const sp<Message>& message) { came.add({name, message->obj}); });
+    }
+    // The closure does not own its message, so that one that is never answered is no leak.
+    sp<Message> reply() {
+        const sp<Message> message = handler()->obtainMessage();
+        message->setCallback(new Runnable([this, raw = message.get()] {
+            came.add({"reply " + std::to_string(raw->arg2), raw->obj});
+        }));
+        return message;
+    }
+
+    test::Recorder<Came> came;
+
+private:
+    test::DeviceFolder mDevice;
+    mindroid::ManualClock mClock;
+    test::LooperThread mLooper;
+};
+
+class Vs : public Loaded {
+public:
+    explicit Vs(const std::string& scenario) : Loaded(SIMVS_LIBRARY, scenario) {
+        component = hal::getComponent<hal::VsComponent>(0);
+        component->mStateRegistrants->add(new mindroid::Registrant(handler(), listener("state"), nullptr));
+        component->mScreenStateRegistrants->add(new mindroid::Registrant(handler(), listener("screen"), nullptr));
+        component->registerClatStateInd(handler(), listener("clat"), nullptr);
+        component->registerTxSharingInd(handler(), listener("txSharing"), nullptr);
+        component->registerIccEventInd(handler(), listener("iccEvent"), nullptr);
+        start();
+    }
+    template <typename T>
+    const T& object(size_t index) {
+        return *static_cast<T*>(came.all().at(index).obj.get());
+    }
+
+    sp<hal::VsComponent> component;
+};
+
+TEST(SimVsComponent, Start_WhenTheScenarioSaysNothing_ThenReadyOnceAfter100Millis) {
+    Vs vs("");
+    vs.advance(99);
+    EXPECT_EQ(vs.came.count(), 0u);
+    vs.advance(1);
+    vs.advance(100'000);
+    ASSERT_THAT(vs.names(), ElementsAre("state"));
+    EXPECT_EQ(vs.object<mindroid::Integer>(0).value(), 1);
+}
+
+TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
+    Vs vs(
+        "vs on start delay 70 twice\nvs on getRfIccInfo 2 version=3 blacklist=0xabcd brindle=1 delay 70\n"
+        "vs on getRfIccInfo 3 answer 5\nvs on getRfIccInfo 4 silent\nvs on getRfIccInfo 5 null\n"
+        "vs on getRfIccInfo 6 twice\n");
+    for (int i = 0; i < 6; ++i) {
+        vs.component->getRfIccInfo(vs.reply());
+        vs.advance(0);
+    }
+    EXPECT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0"));
+    EXPECT_EQ(vs.object<hal::VsRfIccInfo>(0).version, 1);
+    const auto came = vs.came.all();
+    EXPECT_TRUE(came[1].obj == nullptr && came[2].obj == nullptr && came[3].obj != nullptr);
+    vs.advance(70);
+    ASSERT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0", "state", "state", "reply 0"));
+    const auto& info = vs.object<hal::VsRfIccInfo>(6);
+    EXPECT_TRUE(info.version == 3 && info.blacklist == 0xabcd && info.brindle == 1);
+}
+
+TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
+    Vs vs(
+        "vs on start silent\nvs at 10 event clat enable=1 freq=1800 cc=2 ant=3\n"
+        "vs at 20 event txSharing enable=1 band=1,2 param1=3,4 param2=5,6\nvs at 30 event screen on=0\n"
+        "vs at 40 event iccEvent event=9 length=3 data=0102\nvs at 50 event iccEvent length=65535\n"
+        "vs at 60 event clat null\n");
+    for (int i = 0; i < 6; ++i) vs.advance(10);
+    ASSERT_THAT(vs.names(), ElementsAre("clat", "txSharing", "screen", "iccEvent", "iccEvent", "clat"));
+    const auto& clat = vs.object<hal::VsClatState>(0);
+    EXPECT_TRUE(clat.enable == 1 && clat.freq == 1800 && clat.cc == 2 && clat.ant == 3);
+    const auto& sharing = vs.object<hal::VsTxSharingState>(1);
+    EXPECT_EQ(sharing.enable, 1);
+    EXPECT_THAT(sharing.band, ElementsAre(1, 2));
+    EXPECT_THAT(sharing.param1, ElementsAre(3, 4));
+    EXPECT_THAT(sharing.param2, ElementsAre(5, 6));
+    EXPECT_EQ(vs.object<mindroid::Integer>(2).value(), 0);
+    EXPECT_EQ(vs.object<hal::VsIccEvent>(3).event, 9u);
+    EXPECT_THAT(vs.object<hal::VsIccEvent>(3).data, ElementsAre(1, 2, 0));
+    EXPECT_EQ(vs.object<hal::VsIccEvent>(4).length, 256);
+    EXPECT_EQ(vs.came.all()[5].obj, nullptr);
+}
+
+class Ims : public Loaded {
+public:
+    explicit Ims(const std::string& scenario) : Loaded(SIMIMS_LIBRARY, scenario) {
+        component = hal::getComponent<hal::ImsOrtcComponent>(21);
+        component->registerLocalPubIpAddrChangedInd(handler(), listener("address"), nullptr);
+        component->registerRecvImsRtpDataInd(handler(), listener("rtp"), nullptr);
+        component->registerNotifyOrtcStatusInd(handler(), listener("status"), nullptr);
+        component->registerNotifyConnectInfoInd(handler(), listener("connect"), nullptr);
+        component->registerRecvImsRtpRedunSignalMsgInd(handler(), listener("signal"), nullptr);
+        component->registerNotifyImsRtpRedunDataLinkStateInd(handler(), listener("link"), nullptr);
+        start();
+    }
+
+    sp<hal::ImsOrtcComponent> component;
+};
+
+TEST(SimImsOrtcComponent, SetCallAndRoom_WhenAnswered_ThenStatusConnectionAndLink) {
+    Ims ims("");
+    hal::CallInfoType call{};
+    call.slotId = 1;
+    call.callId = 2;
+    call.callState = 4;
+    ims.component->setCallInfo(call, ims.reply());
+    ims.advance(0);
+    ims.component->setOrtcRoomInfo({1, 2, 0x107, 8, 9}, ims.reply());
+    ims.advance(0);
+    ims.component->setCallInfo(call, ims.reply());
+    ims.advance(0);
+    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "status", "reply 0", "connect", "link", "reply 0", "status"));
+    EXPECT_EQ(ims.record<hal::OrtcStatusType>(1).roomId, 0);
+    const auto connect = ims.record<hal::OrtcConnectInfoType>(3);
+    EXPECT_EQ(connect.connectState, 9);
+    EXPECT_STREQ(connect.connectInfo, "room 263");
+    const auto link = ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(4);
+    EXPECT_TRUE(link.linkField3 == 7 && link.linkField5 == 9);
+    const auto status = ims.record<hal::OrtcStatusType>(6);
+    EXPECT_TRUE(status.callId == 2 && status.roomId == 0x107 && status.status == 4);
+}
+
+TEST(SimImsOrtcComponent, SetRemoteAddress_WhenOfAnyFamily_ThenTheLocalOneAndNoRest) {
+    Ims ims("");
+    hal::ImsRtpPubIpAddrInfoType remote{1, 2, 3, 4, 5, 6, "198.51.100.7"};
+    ims.component->setImsRtpRemotePubIpAddr(remote, ims.reply());
+    ims.advance(0);
+    std::memset(remote.ipAddr, ':', sizeof(remote.ipAddr));  // and no NUL
+    ims.component->setImsRtpRemotePubIpAddr(remote, ims.reply());
+    ims.advance(0);
+    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "address", "reply 0", "address"));
+    EXPECT_STREQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).ipAddr, "192.0.2.1");
+    EXPECT_EQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).rtpPort, 5);
+    const auto second = ims.record<hal::ImsRtpPubIpAddrInfoType>(3);
+    EXPECT_STREQ(second.ipAddr, "2001:db8::1");
+    EXPECT_EQ(std::count(std::begin(second.ipAddr), std::end(second.ipAddr), ':'), 3);
+}
+
+TEST(SimImsOrtcComponent, SendSignal_WhenAnswered_ThenItsFieldsAndTheEcho) {
+    Ims ims("ims on sendImsRtpRedunSignalMsg 2 rspField1=7 rspField5=-8\nims on sendImsRtpRedunSignalMsg 3 null\n");
+    for (int i = 0; i < 3; ++i) {
+        ims.component->sendImsRtpRedunSignalMsg({1, 2, 3, 0, 4, 5, "hello"}, ims.reply());
+        ims.advance(0);
+    }
+    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "signal", "reply 0", "signal", "reply 0", "signal"));
+    const auto first = ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(0);
+    EXPECT_THAT((std::array{int{first.rspField1}, first.rspField4, first.rspField5}), ElementsAre(1, 4, 5));
+    EXPECT_STREQ(ims.record<hal::ImsRtpRedunSignalMsgType>(1).msg, "hello");
+    const auto second = ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(2);
+    EXPECT_THAT((std::array{int{second.rspField1}, int{second.rspField2}, second.rspField5}), ElementsAre(7, 2, -8));
+    EXPECT_EQ(ims.came.all()[4].obj, nullptr);
+}
+
+TEST(SimImsOrtcComponent, Request_WhenTheScenarioMisbehaves_ThenSo) {
+    Ims ims(
+        "ims on sendImsRtpData 1 answer 3\nims on sendImsRtpData 2 silent\nims on sendImsRtpData 3 delay 200\n"
+        "ims on sendImsRtpData 4 twice\nims on sendImsRtpData 2 event link linkField1=9\n");
+    hal::ImsRtpDataInfoType data{1, 2, 3, {4, 5}, -6};
+    data.data[255] = 7;
+    for (int i = 0; i < 4; ++i) {
+        ims.component->sendImsRtpData(data, ims.reply());
+        ims.advance(0);
+    }
+    ASSERT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp"));
+    EXPECT_EQ(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(1).linkField1, 9);
+    const auto echo = ims.record<hal::ImsRtpDataInfoType>(3);
+    EXPECT_EQ(std::memcmp(&echo, &data, sizeof(data)), 0);
+    ims.advance(200);
+    EXPECT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp", "reply 0", "rtp"));
+}
+
+TEST(SimImsOrtcComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
+    const test::LogCapture log;
+    Ims ims(
+        "ims every 10 event rtp data=0102 dataLen=300\nims at 15 event status reason=5 null\n"
+        "ims at 16 event address ipAddr=10.0.0.1\nims at 17 event signal msg=hi\nims at 18 event connect roomId=3\n"
+        "ims at 19 event status status=7\n");
+    ims.advance(10);
+    for (int i = 0; i < 10; ++i) ims.advance(1);
+    ASSERT_THAT(ims.names(), ElementsAre("rtp", "status", "address", "signal", "connect", "status", "rtp"));
+    EXPECT_EQ(ims.record<hal::ImsRtpDataInfoType>(0).dataLen, 300);
+    EXPECT_EQ(ims.came.all()[1].obj, nullptr);
+    EXPECT_STREQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(2).ipAddr, "10.0.0.1");
+    EXPECT_STREQ(ims.record<hal::ImsRtpRedunSignalMsgType>(3).msg, "hi");
+    EXPECT_EQ(ims.record<hal::OrtcConnectInfoType>(4).roomId, 3);
+    EXPECT_EQ(ims.record<hal::OrtcStatusType>(5).status, 7);
+    EXPECT_TRUE(log.has("SimImsOrtcComponent", "event connect", ANDROID_LOG_DEBUG));
+}
+
+TEST(SimComponents, Scenario_WhenTheShippedExamplesAreUsed_ThenNoBadLine) {
+    for (const auto& [subject, library] : {std::pair("vs", SIMVS_LIBRARY), std::pair("ims", SIMIMS_LIBRARY)}) {
+        const std::string scenario = test::shippedScenario(subject);
+        ASSERT_THAT(scenario, testing::HasSubstr('\n' + std::string(subject) + " on"));
+        const test::LogCapture log;
+        const Loaded loaded(library, scenario);
+        EXPECT_THAT(log.lines("Simulator"), testing::IsEmpty());
+    }
+}
+
+}  // namespace
+}  // namespace simulator

@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/Process.h"
+
+// The program itself, against a service in another process.
+namespace {
+
+using Json = nlohmann::ordered_json;
+using test::Process;
+
+struct Result {
+    int code;
+    std::string text;
+};
+
+// The output of one channel: "2>/dev/null", or "2>&1 >/dev/null" for the errors.
+Result run(const std::string& arguments, const std::string& channels = "2>/dev/null") {
+    Process process({"/bin/sh", "-c", std::string(SUBSYSCTL) + " " + arguments + " " + channels});
+    const int code = process.wait();
+    return {code, process.output()};
+}
+
+Result errors(const std::string& arguments) {
+    return run(arguments, "2>&1 >/dev/null");
+}
+
+class Subsysctl : public testing::Test {
+protected:
+    Subsysctl() {
+        std::string folder = testing::TempDir() + "subsysctl-XXXXXX";
+        mFolder = mkdtemp(folder.data());
+        setenv("SUBSYS_BINDER_DIR", mFolder.c_str(), 1);
+    }
+    ~Subsysctl() override { std::filesystem::remove_all(mFolder); }
+
+private:
+    std::string mFolder;
+};
+
+class SubsysctlServed : public Subsysctl {
+protected:
+    SubsysctlServed() : mServer({FAKE_SERVER}) { EXPECT_TRUE(mServer.awaitOutput("\n")); }
+    Process mServer;
+};
+
+TEST_F(Subsysctl, AnyVerb_WhenThereIsNoService_Then69) {
+    for (const char* verb : {"status", "get-swtp-status", "watch"}) {
+        EXPECT_EQ(69, run(verb).code);
+        EXPECT_EQ("subsysctl: no such service: vendor.nuvex.hardware.subsys_interface.subsys.ISubsys/default\n",
+                  errors(verb).text);
+    }
+}
+
+TEST_F(SubsysctlServed, Request_WhenAnswered_ThenItsLineAndCode) {
+    struct Case {
+        std::string arguments;
+        int code;
+        std::string text;
+    };
+    const Case cases[] = {
+        {"get-swtp-status", 0, "getSwtpStatusResponse #1 SUCCESS status=-1\n"},
+        {"--serial 41 get-lcd-info", 0, "getLcdInfoResponse #41 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
+        {"get-lcd-info --type 1", 1, "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\n"},
+        {"get-lcd-info --type 4", 0, "getLcdInfoResponse #1 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
+        {"get-lcd-info --type 5", 0, "getLcdInfoResponse #1 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
+        {"get-lcd-info --type 1 get-swtp-status", 1,
+         "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\ngetSwtpStatusResponse #2 SUCCESS status=-1\n"},
+        {"--json get-lcd-info get-swtp-status", 0,
+         R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0},"lcdInfo":"panel \"1\""})"
+         "\n"
+         R"({"response":"getSwtpStatusResponse","info":{"type":0,"serial":2,"error":0},"status":-1})"
+         "\n"},
+        {"--json send-icc-meta-cmd --id 3 --token 9 --req-id 1 --data 0aff", 0,
+         R"({"callback":"onIccMetaResp","info":{"id":3,"token":9,"type":2,"result":true,"data":"0aff"}})"
+         "\n"},
+        {"send-icc-meta-cmd --token 9", 1, "onIccMetaResp FAILED id=0 token=9 type=2 result=false data=\"\"\n"},
+        {"--json send-ims-rtp-data --data 01", 0,
+         R"({"response":"sendImsRtpDataResponse","info":{"type":0,"serial":1,"error":0}})"
+         "\n"},
+        {"set-callback set-ims-ortc-callback", 0, ""},
+    };
+    for (const auto& [arguments, code, text] : cases) {
+        const Result result = run(arguments);
+        EXPECT_EQ(code, result.code) << arguments;
+        EXPECT_EQ(text, result.text) << arguments;
+    }
+}
+
+TEST_F(SubsysctlServed, Request_WhenUnanswered_Then124AndWhy) {
+    const Result rf = errors("--timeout 0.1 get-lcd-info --type 2");
+    EXPECT_EQ(124, rf.code);
+    EXPECT_EQ(
+        "subsysctl: getLcdInfo: no answer in 0.1 s; is the component missing, or has another client taken over the "
+        "callback?\n",
+        rf.text);
+    const Result ims = errors("--timeout 0.1 set-call-info");
+    EXPECT_EQ(124, ims.code);
+    EXPECT_NE(std::string::npos, ims.text.find("IMS ORTC component missing")) << ims.text;
+    const Result both = run("--timeout 0.1 get-lcd-info --type 2 get-swtp-status");
+    EXPECT_EQ(124, both.code);
+    EXPECT_EQ("getSwtpStatusResponse #2 SUCCESS status=-1\n", both.text);
+}
+
+TEST_F(SubsysctlServed, Request_WhenTheServerDies_Then69AndNoFurtherVerb) {
+    const Result result = run("get-lcd-info --type 3 get-swtp-status");
+    EXPECT_EQ(69, result.code);
+    EXPECT_EQ("", result.text);
+}
+
+TEST_F(SubsysctlServed, Request_WhenTheCallFails_Then1AndTheStatus) {
+    const Result result = errors("get-lcd-info --type 7");
+    EXPECT_EQ(1, result.code);
+    EXPECT_EQ("subsysctl: getLcdInfo: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n", result.text);
+}
+
+TEST_F(SubsysctlServed, Request_WhenTheServerIsStopped_Then124) {
+    mServer.signal(SIGSTOP);
+    for (const char* command : {"--timeout 0.2 get-swtp-status", "get-swtp-status"}) {
+        const Result result = errors(command);
+        EXPECT_EQ(124, result.code);
+        EXPECT_NE(std::string::npos, result.text.find("is its process stopped?")) << result.text;
+    }
+    mServer.signal(SIGCONT);
+}
+
+TEST_F(SubsysctlServed, Watch_WhenCounted_ThenIndicationsInOrderAlsoThoseOfEarlierVerbs) {
+    const Result result = run("--json get-lcd-info --type 5 watch --count 3");
+    EXPECT_EQ(0, result.code);
+    EXPECT_EQ(
+        R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0},"lcdInfo":"panel \"1\""})"
+        "\n"
+        R"({"indication":"sendSubsysStateChanged","state":true})"
+        "\n"
+        R"({"indication":"sendiccStateChanged","info":{"state":1,"bypass":0,"modeNum":1,"modeTypes":"07","modeValues":"ab"}})"
+        "\n"
+        R"({"indication":"notifyIccPercStateChangedInd","info":{"percTypes":[{"value0":1,"value1":2,"value2":3},{"value0":-1,"value1":0,"value2":0}]}})"
+        "\n",
+        result.text);
+}
+
+TEST_F(SubsysctlServed, Watch_WhenOfIms_ThenItsIndications) {
+    const Result result = run("--json send-ims-rtp-data --data 0102 --data-len 2 watch --ims --no-rf --count 1");
+    EXPECT_EQ(0, result.code);
+    EXPECT_NE(std::string::npos,
+              result.text.find(R"({"indication":"recvImsRtpData","info":{"slotId":0,"callId":0,"dataType":0,)"
+                               R"("data":"0102","dataLen":2}})"))
+        << result.text;
+}
+
+TEST_F(SubsysctlServed, Watch_WhenTimeIsUp_ThenSummaryAnd0Or124) {
+    const Result enough = errors("watch --for 0.05");
+    EXPECT_EQ(0, enough.code);
+    EXPECT_NE(std::string::npos, enough.text.find(" indication in 0.1 s")) << enough.text;
+    EXPECT_EQ(124, run("watch --for 0.05 --count 9").code);
+}
+
+TEST_F(SubsysctlServed, Watch_WhenInterrupted_ThenSummaryAnd0) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Process watch({SUBSYSCTL, "watch"});
+        ASSERT_TRUE(watch.awaitOutput("sendSubsysStateChanged state=true"));  // written at once
+        watch.signal(signal);
+        EXPECT_EQ(0, watch.wait());
+        EXPECT_NE(std::string::npos, watch.output().find("subsysctl: 1 indication in ")) << watch.output();
+    }
+}
+
+TEST_F(SubsysctlServed, Watch_WhenTheServerDies_Then69) {
+    Process watch({SUBSYSCTL, "watch", "--for", "30"});
+    ASSERT_TRUE(watch.awaitOutput("sendSubsysStateChanged"));
+    mServer.signal(SIGKILL);
+    EXPECT_EQ(69, watch.wait());
+}
+
+TEST_F(SubsysctlServed, Status_WhenServed_ThenWhatItIs) {
+    const Result result = run("--json status");
+    EXPECT_EQ(0, result.code);
+    const Json status = Json::parse(result.text);
+    EXPECT_EQ("served", status["status"]);
+    EXPECT_EQ("vendor.nuvex.hardware.subsys_interface.subsys.ISubsys/default", status["service"]);
+    EXPECT_EQ(5, status["version"]);
+    EXPECT_EQ("eb915a9f55f7590d55c29b64a7be1f4f97a18f37", status["hash"]);
+    EXPECT_EQ("serving " + status["pid"].dump() + "\n", mServer.output());
+    EXPECT_LT(0, status["roundTripMicros"]);
+}
+
+TEST_F(SubsysctlServed, Output_WhenNotATerminal_ThenNoColour) {
+    EXPECT_EQ(std::string::npos, run("get-lcd-info --type 1").text.find('\033'));
+}
+
+}  // namespace

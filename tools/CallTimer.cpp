@@ -1,0 +1,45 @@
+#include "tools/CallTimer.h"
+
+#include <signal.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <string_view>
+
+namespace subsysctl {
+
+namespace {
+
+constexpr int kNoAnswer = 124;
+
+// Only what is allowed in a signal handler.
+void onAlarm(int) {
+    constexpr std::string_view kText =
+        "subsysctl: the service did not take the call in time; is its process stopped?\n";
+    const ssize_t written = write(STDERR_FILENO, kText.data(), kText.size());
+    static_cast<void>(written);
+    _exit(kNoAnswer);
+}
+
+void setTimer(std::chrono::microseconds time) {
+    constexpr int kMicros = 1000000;
+    itimerval value{};
+    value.it_value.tv_sec = time.count() / kMicros;
+    value.it_value.tv_usec = time.count() % kMicros;
+    setitimer(ITIMER_REAL, &value, nullptr);
+}
+
+}  // namespace
+
+CallTimer::CallTimer(std::chrono::milliseconds timeout) {
+    struct sigaction action {};
+    action.sa_handler = onAlarm;
+    sigaction(SIGALRM, &action, nullptr);
+    setTimer(timeout);
+}
+
+CallTimer::~CallTimer() {
+    setTimer(std::chrono::microseconds(0));
+}
+
+}  // namespace subsysctl

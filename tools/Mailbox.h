@@ -1,0 +1,60 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+
+#include "tools/Json.h"
+
+namespace subsysctl {
+
+// Carries what arrives on binder threads to the thread that waits for it. What nobody takes is kept, up to a limit,
+// for a later taker: of indications the first, of answers (a watch gets those of other clients' requests) the latest.
+class Mailbox {
+public:
+    using Clock = std::chrono::steady_clock;
+    using Matches = std::function<bool(const Json&)>;
+    static constexpr size_t kMaxKept = 10000;
+
+    Mailbox();
+    ~Mailbox();
+    Mailbox(const Mailbox&) = delete;
+    Mailbox& operator=(const Mailbox&) = delete;
+
+    void putAnswer(Json answer);          // any
+    void putIndication(Json indication);  // any
+    void putDeath();                      // any
+    // Ends the present and every later takeIndication. Allowed in a signal handler. (any)
+    void interrupt() noexcept;
+
+    // The first answer that matches; others are dropped, since their requests are over. Empty when the server died or
+    // `until` has passed. One thread at a time takes.
+    std::optional<Json> takeAnswer(const Matches& matches, Clock::time_point until);
+    // Empty also after interrupt().
+    std::optional<Json> takeIndication(Clock::time_point until);
+
+    [[nodiscard]] bool serverDied() const;
+    [[nodiscard]] bool interrupted() const { return mInterrupted; }
+    // Indications lost because too many were waiting.
+    [[nodiscard]] size_t lost() const;
+
+private:
+    // False when `until` has passed.
+    bool waitUntil(Clock::time_point until) const;
+    std::optional<Json> popAnswer(const Matches& matches);
+    std::optional<Json> popIndication();
+
+    const int mEvent;  // an eventfd, readable when something has come
+    std::atomic<bool> mInterrupted = false;
+    mutable std::mutex mMutex;
+    std::deque<Json> mAnswers;  // guarded by mMutex, as are all below
+    std::deque<Json> mIndications;
+    size_t mLost = 0;
+    bool mDied = false;
+};
+
+}  // namespace subsysctl

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "tools/Json.h"
+
+namespace subsysctl {
+
+// The callback objects that a request needs.
+enum class Needs { NOTHING, RF, IMS };
+
+// One request with its arguments, ready to be sent with any serial, and what its answer looks like.
+struct Request {
+    using Service = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
+    using MetaCallback = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsysIccMetaCallback;
+
+    std::string method;
+    Needs needs = Needs::NOTHING;
+    std::function<ndk::ScopedAStatus(Service&, int32_t serial, const std::shared_ptr<MetaCallback>&)> send;
+    std::function<bool(const Json&, int32_t serial)> isAnswer;
+};
+
+}  // namespace subsysctl

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tools/Request.h"
+
+namespace subsysctl {
+
+// An option of a verb: a field or an argument of its method.
+struct RequestOption {
+    std::string name;  // `--freq-clk`
+    const char* type;  // N, TEXT or HEX
+    bool required;
+    // Keeps the value for the next take(). False when the text can't be one.
+    std::function<bool(const std::string& text)> store;
+};
+
+// Whether the command line has the option.
+using IsGiven = std::function<bool(const char* option)>;
+
+// A request of the interface as the command line knows it: its name and its options are the method's, in kebab case.
+struct RequestVerb {
+    std::string name;
+    const char* group;
+    std::string help;
+    std::vector<RequestOption> options;
+    // The request with the stored values, which are then forgotten.
+    std::function<Request(const IsGiven&)> take;
+};
+
+[[nodiscard]] std::vector<RequestVerb> requestVerbs();
+
+}  // namespace subsysctl
