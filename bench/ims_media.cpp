@@ -1,0 +1,126 @@
+// RTP payloads through the IMS ORTC path, across processes: a payload out and echoed back to two clients, beside the
+// plainest request; and payloads in one direction to two clients, beside sd-bus signals with the same payload.
+
+#include "bench/support/Shape.h"
+#include "bench/support/Stats.h"
+#include "bench/support/System.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+using namespace bench;
+
+constexpr int kRounds = 9;
+constexpr uint32_t kCalls = 3000;
+constexpr int32_t kPayload = 255;
+constexpr int32_t kBurst = 100;
+constexpr int kBursts = 100;
+
+void getSwtpStatus(subsys_interface::ISubsys& service, int32_t) {
+    service.getSwtpStatus(1);
+}
+
+void sendRtp(subsys_interface::ISubsys& service, int32_t) {
+    subsys_interface::ImsRtpDataInfo info;
+    info.data.assign(kPayload, 0x5a);
+    info.dataLen = kPayload;
+    service.sendImsRtpData(1, info);
+}
+
+// The bench component sends as many payloads as the call's value32 says.
+void requestRtp(subsys_interface::ISubsys& service, int32_t count) {
+    subsys_interface::CallInfo info;
+    info.value32 = count;
+    service.setCallInfo(1, info);
+}
+
+// Two clients, the second in a process of its own; the arrivals of both count.
+class TwoClients final : public Shape {
+public:
+    explicit TwoClients(const SystemShape::Request& request)
+        : mSecond(startProcess([&] {
+              const SystemShape second(SystemShape::Counted::kRtpData, request, &arrivals);
+              arrivals.note();
+              pause();
+          })) {
+        arrivals.await(1);
+        mFirst = std::make_unique<SystemShape>(SystemShape::Counted::kRtpData, request, &arrivals);
+    }
+
+    ~TwoClients() override { stopProcess(mSecond); }
+
+    void call(int32_t count) override { mFirst->call(count); }
+
+private:
+    const pid_t mSecond;
+    std::unique_ptr<SystemShape> mFirst;
+};
+
+// Nanoseconds for each payload that reached both peers; on one CPU that is the CPU time of everyone involved.
+double perPayload(Shape& shape) {
+    shape.arrivals.reset();
+    const int64_t start = nowNanos();
+    for (uint32_t i = 1; i <= kBursts; ++i) {
+        shape.call(kBurst);
+        shape.arrivals.await(i * 2 * kBurst);
+    }
+    return static_cast<double>(nowNanos() - start) / (kBursts * kBurst);
+}
+
+void compareEcho() {
+    Daemon daemon;
+    TwoClients echo(sendRtp);
+    SystemShape status(SystemShape::Counted::kResponses, getSwtpStatus);
+    Ratio ratio;
+    for (int round = 0; round < kRounds; ++round) {
+        const double floor = measureLatency(status, kCalls).medianNanos;
+        const double ours = measureLatency(echo, kCalls, 2).medianNanos;
+        ratio.add(ours, floor);
+        if (round == kRounds - 1) {
+            std::printf("  getSwtpStatus %.1f us, 255 bytes echoed to two clients %.1f us\n", floor / 1000,
+                        ours / 1000);
+        }
+    }
+    ratio.print("sendImsRtpData echoed to two clients / getSwtpStatus", "1.5");
+}
+
+void compareOneDirection() {
+    const auto sdBus = makeSdBusShape({.peers = 2, .payload = kPayload, .hops = 1});
+    Daemon daemon;
+    TwoClients ours(requestRtp);
+    Ratio ratio;
+    for (int round = 0; round < kRounds; ++round) {
+        const double theirs = perPayload(*sdBus);
+        const double mine = perPayload(ours);
+        ratio.add(theirs, mine);
+        if (round == kRounds - 1) {
+            std::printf("  to two peers, for a second of CPU: sd-bus %.0f payloads, IMS ORTC %.0f payloads\n",
+                        1e9 / theirs, 1e9 / mine);
+        }
+    }
+    ratio.print("payloads for a second of CPU, IMS ORTC / sd-bus", "at least 2");
+}
+
+void inProcess(void (*compare)()) {
+    const pid_t pid = startProcess([compare] {
+        compare();
+        std::fflush(stdout);
+    });
+    waitpid(pid, nullptr, 0);
+}
+
+}  // namespace
+
+int main() {
+    pinToOneCpu();
+    std::printf("RTP payloads of 255 bytes, all processes on one CPU\n");
+    std::fflush(stdout);
+    // Each in a process of its own, since the second client is forked and must find no binder threads yet.
+    inProcess(compareEcho);
+    inProcess(compareOneDirection);
+}
