@@ -207,6 +207,8 @@ TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGe
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     const rlimit fewer{static_cast<rlim_t>(dup(0)) + 20, limit.rlim_max};
+    // UBSan needs a pipe to look at a class for the first time; without descriptors it calls a sound object invalid.
+    inThreads(1, 1, [&](size_t i) { EXPECT_EQ(STATUS_OK, echo(mService, i)); });
     for (const rlimit& each : {fewer, limit}) {
         setrlimit(RLIMIT_NOFILE, &each);
         inThreads(100, 20, [&](size_t i) { EXPECT_EQ(STATUS_OK, echo(mService, 10 + i)); });
