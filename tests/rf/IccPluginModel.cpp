@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <sstream>
-#include <thread>
 
 namespace test {
 
@@ -14,16 +13,14 @@ IccPluginModel& iccPlugin() {
 }
 
 void IccPluginModel::emit(IccEventType type, const void* data, int size) {
-    std::thread([=, this] {
-        std::unique_lock guard(lock);
-        const Registration registration = registrations[type];
-        guard.unlock();
-        // The buffer is the plugin's: what it holds is gone when the callback returns.
-        std::vector<uint8_t> buffer(static_cast<const uint8_t*>(data), static_cast<const uint8_t*>(data) + size);
-        if (registration.callback == nullptr) return;
-        registration.callback(type, registration.context, data == nullptr ? nullptr : buffer.data(), size);
-        std::memset(buffer.data(), 0xEE, buffer.size());
-    }).join();
+    std::unique_lock guard(lock);
+    const Registration registration = registrations[type];
+    guard.unlock();
+    if (registration.callback == nullptr) return;
+    // The buffer is the plugin's: what it holds is gone when the callback returns.
+    std::vector<uint8_t> buffer(static_cast<const uint8_t*>(data), static_cast<const uint8_t*>(data) + size);
+    registration.callback(type, registration.context, data == nullptr ? nullptr : buffer.data(), size);
+    std::memset(buffer.data(), 0xEE, buffer.size());
 }
 
 namespace {

@@ -20,7 +20,7 @@ struct IccPluginModel {
     std::function<void()> onCall;
     spi_cmd_err_code_e code = SPI_CMD_SUCCESS;
 
-    // Delivers an event on a thread of its own, to what registered for it last.
+    // Delivers an event on the calling thread, to what registered for it last.
     void emit(IccEventType type, const void* data, int size);
     template <typename Record>
     void emit(IccEventType type, const Record& record) {
