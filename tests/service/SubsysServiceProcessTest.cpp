@@ -13,6 +13,7 @@
 
 #include <cstdlib>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -84,8 +85,18 @@ protected:
     ~SubsysServiceSuccessionTest() override {
         looper.run([&] { service.reset(); });
     }
+    // The service logs on several threads.
     void at(const std::string& when) {
-        if (when == moment) std::exchange(action, [] {})();
+        std::unique_lock guard(lock);
+        if (when != moment) return;
+        const auto once = std::exchange(action, [] {});
+        guard.unlock();
+        once();
+    }
+    void doAt(const std::string& when, const std::function<void()>& what) {
+        const std::lock_guard guard(lock);
+        moment = when;
+        action = what;
     }
     void connectSuccessor() { EXPECT_TRUE(service->setCallback(successor, successorsIndication).isOk()); }
     // A message may post another one.
@@ -102,6 +113,7 @@ protected:
 
     const NamesFolder names;
     test::ClientProcess<test::SubsysResponseClient> client{"first"};
+    std::mutex lock;  // guards the two below
     std::string moment;
     std::function<void()> action = [] {};
     const test::LogCapture log{[this](const std::string& text) { at(text); }};
@@ -120,8 +132,7 @@ TEST_P(SubsysServiceSuccessionTest, ClientDeath_WhenASuccessorComesMeanwhile_The
     drain();
     looper.run([&] {  // The death is told while nothing is handled.
         (void)service->setCallback(dead, deadsIndication);
-        moment = GetParam();
-        action = [&] { connectSuccessor(); };
+        doAt(GetParam(), [&] { connectSuccessor(); });
         dead->whenAsked = [&] { at(""); };
     });
     const bool cleanedUp = !GetParam().empty();
@@ -134,9 +145,7 @@ INSTANTIATE_TEST_SUITE_P(Moments, SubsysServiceSuccessionTest,
                          [](const auto& test) { return "Moment" + std::to_string(test.index); });
 
 TEST_F(SubsysServiceSuccessionTest, ClientDeath_WhenItComesDuringTheClientsSetCallback_ThenTheNextIsToldTheState) {
-    drain();  // The looper logs nothing while the moment is set.
-    moment = "setHidlState state 1";
-    action = [&] { drain(); };
+    doAt("setHidlState state 1", [&] { drain(); });
     (void)service->setCallback(dead, deadsIndication);
     drain();
     EXPECT_EQ(deadsIndication.use_count(), 1);
