@@ -1,9 +1,9 @@
 #include "ims/ImsOrtcConversions.h"
 
+#include "component/Utf8.h"
 #include "ims/ImsOrtcService.h"
 
 #include <mindroid/Log.h>
-#include <utils/Utf8.h>
 
 #include <algorithm>
 #include <cstring>
@@ -34,7 +34,7 @@ template <size_t N>
 void readText(const char (&field)[N], std::string& text) {
     const size_t length = strnlen(field, N);
     text.assign(field, length);
-    if (!subsys_utils::dropCutSequence(text)) return;
+    if (!dropCutSequence(text)) return;
     mindroid::Log::e(TAG, "received text ends inside a UTF-8 sequence, kept %zu of %zu bytes", text.size(), length);
 }
 

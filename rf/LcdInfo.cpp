@@ -1,8 +1,9 @@
 #include "rf/LcdInfo.h"
 
+#include "component/Utf8.h"
+
 #include <device/DevicePath.h>
 #include <mindroid/Log.h>
-#include <utils/Utf8.h>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -55,7 +56,7 @@ std::optional<std::string> readLcdInfo(const char* tag) {
     const int matched = std::sscanf(text.data(), "Device version: %99s", version.data());
     Log::d(tag, "read lcd_info_tmp: %s, num: %d ", version.data(), matched);
     std::string info = version.data();
-    subsys_utils::dropCutSequence(info);
+    dropCutSequence(info);
     return info;
 }
 

@@ -1,8 +1,9 @@
 #include "service/SubsysServiceResponse.h"
 
+#include "component/Utf8.h"
+
 #include <mindroid/Log.h>
 #include <utils/ByteVector.h>
-#include <utils/Utf8.h>
 
 using ::mindroid::Log;
 using ::mindroid::sp;
@@ -54,7 +55,7 @@ ScopedAStatus SubsysServiceResponse::getNvramDataResponse(int32_t serial, SUBSYS
     if (!callback || callback->getNvramDataResponse(info, data).getStatus() != STATUS_BAD_VALUE)
         return ScopedAStatus::ok();
     // Refused before it was sent, since it is no string to the binder.
-    if (::subsys_utils::dropCutSequence(data)) {
+    if (::hal::dropCutSequence(data)) {
         Log::e(TAG, "getNvramDataResponse ends inside a UTF-8 sequence, sent %zu of %u bytes", data.size(), length);
         (void)callback->getNvramDataResponse(info, data);
     }

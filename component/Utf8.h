@@ -2,10 +2,10 @@
 
 #include <string>
 
-namespace subsys_utils {
+namespace hal {
 
 // The binder refuses a string that ends inside a UTF-8 sequence, and with it the whole call; any other byte that is no
 // UTF-8 travels as U+FFFD. This takes such an ending off; true when there was one. Any thread.
 bool dropCutSequence(std::string& text);
 
-}  // namespace subsys_utils
+}  // namespace hal

@@ -1,9 +1,9 @@
-#include <utils/Utf8.h>
+#include "component/Utf8.h"
 
 #include <cstddef>
 #include <cstdint>
 
-namespace subsys_utils {
+namespace hal {
 
 namespace {
 
@@ -33,4 +33,4 @@ bool dropCutSequence(std::string& text) {
     return text.size() < size;
 }
 
-}  // namespace subsys_utils
+}  // namespace hal

@@ -1,4 +1,4 @@
-#include <utils/Utf8.h>
+#include "component/Utf8.h"
 
 #include <android/binder_parcel.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 
 namespace {
 
-using subsys_utils::dropCutSequence;
+using hal::dropCutSequence;
 
 bool binderTakes(const std::string& text) {
     const std::unique_ptr<AParcel, decltype(&AParcel_delete)> parcel(AParcel_create(), AParcel_delete);
