@@ -15,6 +15,8 @@ namespace {
 
 constexpr size_t kReadBuffer = 4096;
 constexpr size_t kGrowth = 4;
+// The largest frame: one that is half read never needs more.
+constexpr size_t kMaxReadBuffer = sizeof(FrameHeader) + kMaxCall;
 // A larger buffer is given back as soon as its frames are taken.
 constexpr size_t kMaxKept = 64 * 1024;
 
@@ -39,10 +41,12 @@ Connection::ReadResult Connection::read(FrameHeader& header, AParcel& parcel, st
     for (;;) {
         const ReadResult taken = takeFrame(header, parcel, offsets);
         if (taken != ReadResult::Again) return taken;
-        if (!makeRoom()) return ReadResult::TooMuch;
+        makeRoom();
         const ssize_t received = recv(mFd.get(), mIn.get() + mEnd, mInCapacity - mEnd, flags);
         if (received > 0) {
             mEnd += static_cast<size_t>(received);
+            // A peer that drips holds no thread: the poller waits for the rest.
+            if (mRole != Role::Call) flags = MSG_DONTWAIT;
         } else if (received == 0) {
             return ReadResult::Closed;
         } else if (wouldBlock(errno)) {
@@ -69,19 +73,17 @@ Connection::ReadResult Connection::takeFrame(FrameHeader& header, AParcel& parce
 }
 
 // A frame longer than the buffer makes it grow as its bytes arrive, not as its header claims.
-bool Connection::makeRoom() {
-    if (mIn != nullptr && mEnd < mInCapacity) return true;
+void Connection::makeRoom() {
+    if (mIn != nullptr && mEnd < mInCapacity) return;
     const bool full = mBegin == 0 && mEnd == mInCapacity;
-    const size_t capacity = full ? std::max(kReadBuffer, kGrowth * mInCapacity) : std::max(kReadBuffer, mInCapacity);
-    // Replies are not the peer's doing: a caller here waits for each.
-    if (mRole != Role::Call && !mSession->claim(capacity - mInCapacity)) return false;
+    const size_t wanted = full ? kGrowth * mInCapacity : mInCapacity;
+    const size_t capacity = std::clamp(wanted, kReadBuffer, kMaxReadBuffer);
     std::unique_ptr<uint8_t[]> buffer(new uint8_t[capacity]);
     if (mEnd != mBegin) memcpy(buffer.get(), mIn.get() + mBegin, mEnd - mBegin);
     mEnd -= mBegin;
     mBegin = 0;
     mIn = std::move(buffer);
     mInCapacity = capacity;
-    return true;
 }
 
 void Connection::shrink() {
@@ -89,7 +91,6 @@ void Connection::shrink() {
 }
 
 void Connection::dropBuffer() {
-    if (mRole != Role::Call) mSession->unclaim(mInCapacity);
     mIn.reset();
     mInCapacity = 0;
 }

@@ -21,12 +21,11 @@ class Session;
 class Connection final : public Pollable {
 public:
     enum class Role { Control, Call, Serve };
-    enum class ReadResult { Frame, Again, Closed, Malformed, TooMuch };
+    enum class ReadResult { Frame, Again, Closed, Malformed };
     enum class WriteResult { Done, Queued, Full, Closed };
 
     Connection(UniqueFd fd, Role role, std::shared_ptr<Session> session)
         : mFd(std::move(fd)), mRole(role), mSession(std::move(session)) {}
-    ~Connection() override { dropBuffer(); }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -34,7 +33,8 @@ public:
     [[nodiscard]] Role role() const { return mRole; }
     [[nodiscard]] const std::shared_ptr<Session>& session() const { return mSession; }
 
-    // The next frame, its data and offsets put into `parcel` and `offsets`. Waits unless `flags` is MSG_DONTWAIT.
+    // The next frame, its data and offsets put into `parcel` and `offsets`. Waits for its beginning unless
+    // `flags` is MSG_DONTWAIT, but for its rest only when it is a reply.
     [[nodiscard]] ReadResult read(FrameHeader& header, AParcel& parcel, std::vector<uint32_t>& offsets, int flags);
     [[nodiscard]] bool isMidFrame() const { return mBegin != mEnd; }
     // Gives the read buffer back while the connection is quiet.
@@ -57,8 +57,7 @@ public:
 
 private:
     [[nodiscard]] ReadResult takeFrame(FrameHeader& header, AParcel& parcel, std::vector<uint32_t>& offsets);
-    // False when the peer has claimed too much already.
-    [[nodiscard]] bool makeRoom();
+    void makeRoom();
     void dropBuffer();
 
     const UniqueFd mFd;

@@ -35,15 +35,6 @@ binder_status_t LocalBinder::dispatch(Session* caller, uint32_t code, const APar
     return mClass->onTransact(this, code, &in, &out);
 }
 
-void LocalBinder::receiveOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in) {
-    if (!enterOneway(session, code, in)) return;
-    runOneway(*session, code, in);
-    while (std::optional<OnewayCall> next = nextOneway()) {
-        next->session->unqueue(next->size());
-        runOneway(*next->session, next->code, next->in);
-    }
-}
-
 bool LocalBinder::enterOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in) {
     std::lock_guard lock(mOnewayLock);
     if (!mOnewayRunning) {
@@ -53,6 +44,14 @@ bool LocalBinder::enterOneway(const std::shared_ptr<Session>& session, uint32_t 
     mOneway.push_back({session, code, std::move(in)});
     session->queue(mOneway.back().size());
     return false;
+}
+
+void LocalBinder::runOneways(Session& session, uint32_t code, const AParcel& in) {
+    runOneway(session, code, in);
+    while (std::optional<OnewayCall> next = nextOneway()) {
+        next->session->unqueue(next->size());
+        runOneway(*next->session, next->code, next->in);
+    }
 }
 
 std::optional<LocalBinder::OnewayCall> LocalBinder::nextOneway() {

@@ -26,9 +26,11 @@ public:
     // Runs a call, from this process when `caller` is null; `in` begins with the token. Thread: binder, or any.
     binder_status_t dispatch(Session* caller, uint32_t code, const AParcel& in, AParcel& out);
 
-    // Runs a oneway call here, and those that come meanwhile, or leaves it to the thread that is at it already: one at
-    // a time, in the order received. Thread: binder.
-    void receiveOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in);
+    // Oneway calls run one at a time, in the order in which they entered. True when the caller is to run this one with
+    // runOneways(); otherwise it is left to the thread that is at it already. Thread: binder.
+    [[nodiscard]] bool enterOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in);
+    // Runs the call, and those that enter meanwhile.
+    void runOneways(Session& session, uint32_t code, const AParcel& in);
 
 protected:
     ~LocalBinder() override = default;
@@ -43,8 +45,6 @@ private:
         [[nodiscard]] size_t size() const { return sizeof(OnewayCall) + in.size(); }
     };
 
-    // True when the caller is to run it; queued otherwise.
-    [[nodiscard]] bool enterOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in);
     [[nodiscard]] std::optional<OnewayCall> nextOneway();
     void runOneway(Session& session, uint32_t code, const AParcel& in);
 

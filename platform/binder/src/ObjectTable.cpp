@@ -37,7 +37,8 @@ void ObjectTable::unpack(AParcel& parcel) {
             const auto found = mIds.find(object.binder.get());
             if (found != mIds.end()) id = found->second;
         }
-        if (id != 0) (void)release(id, 1);
+        ndk::SpAIBinder dropped;
+        if (id != 0) (void)release(id, 1, dropped);
     }
 }
 
@@ -94,8 +95,7 @@ ndk::SpAIBinder ObjectTable::exported(uint32_t id) {
     return found == mExports.end() ? nullptr : found->second.binder;
 }
 
-bool ObjectTable::release(uint32_t id, uint64_t count) {
-    ndk::SpAIBinder dropped;  // without the lock: its owner's code may run
+bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped) {
     std::lock_guard lock(mLock);
     const auto found = mExports.find(id);
     if (found == mExports.end()) return mClosed;

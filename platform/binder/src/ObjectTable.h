@@ -35,8 +35,9 @@ public:
     [[nodiscard]] ndk::SpAIBinder import(uint32_t id, uint64_t descriptorHash, const std::shared_ptr<Session>& session);
     // One of ours that the peer holds, or null.
     [[nodiscard]] ndk::SpAIBinder exported(uint32_t id);
-    // The peer gives `count` references back; false when it does not have them.
-    [[nodiscard]] bool release(uint32_t id, uint64_t count);
+    // The peer gives `count` references back; false when it does not have them. After the last one `dropped` is the
+    // object, whose owner's code may run when the caller lets go of it.
+    [[nodiscard]] bool release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped);
     // Forgets a proxy; the number of times it came in.
     [[nodiscard]] uint64_t forget(RemoteBinder& proxy);
 

@@ -56,34 +56,45 @@ public:
 
 private:
     bool handleControl(const FrameHeader& header, AParcel& in) {
-        mServing.lend(mConnection);
-        const char* const mistake = runControl(header, in);
-        in.reset();
-        if (!mServing.reclaim()) return false;
-        if (mistake != nullptr) return refuse(mistake);
-        return !mSession.park(mConnection);
-    }
-
-    const char* runControl(const FrameHeader& header, AParcel& in) {
         switch (header.kind) {
             case FrameKind::Oneway:
-                return runOneway(header, in);
+                return handleOneway(header, in);
             case FrameKind::Release:
-                return mSession.objects().release(header.target, header.code)
-                           ? nullptr
-                           : "gives back references it does not have";
+                return handleRelease(header);
             case FrameKind::OpenReverse:
-                return mSession.openReverse() ? nullptr : "asked the wrong side for a connection";
+                if (!mSession.isOpener()) return refuse("asked the wrong side for a connection");
+                return runLent([&] { mSession.openReverse(); });
             default:
-                return "sent a call on its control connection";
+                return refuse("sent a call on its control connection");
         }
     }
 
-    const char* runOneway(const FrameHeader& header, AParcel& in) {
-        const ndk::SpAIBinder target = mSession.objects().exported(header.target);
-        if (target.get() == nullptr) return "called an object it does not have";
-        target.get()->local()->receiveOneway(mConnection->session(), header.code, in);
-        return nullptr;
+    bool handleOneway(const FrameHeader& header, AParcel& in) {
+        ndk::SpAIBinder target = mSession.objects().exported(header.target);
+        if (target.get() == nullptr) return refuse("called an object it does not have");
+        LocalBinder& object = *target.get()->local();
+        const bool isMine = object.enterOneway(mConnection->session(), header.code, in);
+        return runLent([&] {
+            if (isMine) object.runOneways(mSession, header.code, in);
+            in.reset();
+            target.set(nullptr);
+        });
+    }
+
+    bool handleRelease(const FrameHeader& header) {
+        ndk::SpAIBinder dropped;
+        if (!mSession.objects().release(header.target, header.code, dropped))
+            return refuse("gives back references it does not have");
+        return runLent([&] { dropped.set(nullptr); });
+    }
+
+    // For what may block: users' code, destructors included, and the way to another process. Another thread may read
+    // the next frame meanwhile, so everything that the order of frames decides is done before.
+    template <typename Action>
+    bool runLent(Action action) {
+        mServing.lend(mConnection);
+        action();
+        return mServing.reclaim() && !mSession.park(mConnection);
     }
 
     bool handleCall(const FrameHeader& header, const AParcel& in) {
@@ -137,9 +148,6 @@ void serve(std::shared_ptr<Connection> connection, Serving& serving) {
                 return Poller::instance().arm(*connection, EPOLLIN);
             case Connection::ReadResult::Closed:
                 receiver.close();
-                return;
-            case Connection::ReadResult::TooMuch:
-                receiver.refuse("has too many large frames under way");
                 return;
             case Connection::ReadResult::Malformed:
                 receiver.refuse("sent a frame that makes no sense");

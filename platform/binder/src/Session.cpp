@@ -22,12 +22,11 @@
 namespace binder {
 namespace {
 
-// Connections for calls in one direction: one for each thread that waits for a reply.
+// Connections for calls in one direction: one for each thread that waits for a reply. Each may hold a frame half read,
+// so this bounds the memory for those, too.
 constexpr size_t kMaxConnections = 64;
 // How long a caller waits for a connection that may never come.
 constexpr std::chrono::seconds kConnectionTime{5};
-// Of one peer, half received: seven of the largest frames.
-constexpr size_t kMaxClaimed = 8 * 1024 * 1024;
 
 // What may wait for a peer that does not read: this much here, the rest of half a megabyte in the socket.
 constexpr int kSocketBuffer = 64 * 1024;
@@ -267,12 +266,10 @@ bool Session::addReverse(UniqueFd&& fd) {
     return true;
 }
 
-bool Session::openReverse() {
-    if (mAddress.empty()) return false;
+void Session::openReverse() {
     UniqueFd fd = connectHello(HelloKind::Reverse);
     const bool isOpen = fd.isValid() && addServed(std::move(fd));
     if (!isOpen && isFirst(Trouble::Connection)) warn("process %d cannot call back: no connection", mPeer.pid);
-    return true;
 }
 
 void Session::remove(const std::shared_ptr<Connection>& connection) {
@@ -327,10 +324,6 @@ bool Session::isControlLost() {
     if (mControl == nullptr) return true;
     pollfd control{mControl->fd(), 0, 0};
     return poll(&control, 1, 0) > 0;
-}
-
-bool Session::claim(size_t size) {
-    return mClaimed.fetch_add(size, std::memory_order_relaxed) + size <= kMaxClaimed;
 }
 
 void Session::end() {

@@ -38,6 +38,7 @@ public:
     [[nodiscard]] const Key& key() const { return mKey; }
     [[nodiscard]] const Peer& peer() const { return mPeer; }
     [[nodiscard]] ObjectTable& objects() { return mObjects; }
+    [[nodiscard]] bool isOpener() const { return !mAddress.empty(); }
     [[nodiscard]] bool isAlive() const { return mAlive.load(std::memory_order_acquire); }
 
     // Makes the session known and its control connection watched. False when the system refuses.
@@ -59,16 +60,12 @@ public:
     [[nodiscard]] bool addServed(UniqueFd&& fd);
     // A connection that the peer opened for calls from here; false, as above, when none was asked for.
     [[nodiscard]] bool addReverse(UniqueFd&& fd);
-    // Opens one for the peer, who asked for it; false when the peer must do that itself.
-    [[nodiscard]] bool openReverse();
+    // Opens one for the peer, who asked for it. Only the opener of the session can.
+    void openReverse();
     // A served connection is at its end.
     void remove(const std::shared_ptr<Connection>& connection);
 
     void flushControl();
-
-    // Memory for frames that are not whole yet; false when the peer claims too much of it.
-    [[nodiscard]] bool claim(size_t size);
-    void unclaim(size_t size) { mClaimed.fetch_sub(size, std::memory_order_relaxed); }
 
     // Oneway calls that came in and wait for their object.
     void queue(size_t size) { mQueued.fetch_add(size, std::memory_order_relaxed); }
@@ -111,7 +108,6 @@ private:
     std::atomic<bool> mFailed{false};
     std::atomic<bool> mEnded{false};
     std::array<std::atomic<bool>, 2> mTold{};
-    std::atomic<size_t> mClaimed{0};
 
     std::mutex mSendLock;
     std::shared_ptr<Connection> mControl;  // whose writing side the lock guards too

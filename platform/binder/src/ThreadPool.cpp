@@ -13,6 +13,8 @@ using namespace std::chrono_literals;
 
 // How long a handler may hold its peer's control connection before another thread goes on with it.
 constexpr auto kStuck = 20ms;
+// How long a connection waits for a thread before the log says so.
+constexpr auto kPatience = 1s;
 constexpr size_t kStack = 512 * 1024;
 
 }  // namespace
@@ -60,7 +62,7 @@ void ThreadPool::start() {
         std::lock_guard lock(mLock);
         if (mStarted) return;
         mStarted = true;
-        mThreads += mMax;
+        mThreads = mJoined + mMax;
         for (size_t i = 0; i < mReady.size() && mSpawned < mMax; ++i) spawn();
     }
     Poller::instance().wake();
@@ -69,6 +71,7 @@ void ThreadPool::start() {
 void ThreadPool::join() {
     {
         std::lock_guard lock(mLock);
+        ++mJoined;
         ++mThreads;
     }
     run();
@@ -81,17 +84,19 @@ void ThreadPool::spawn() {
     pthread_attr_setstacksize(&attributes, kStack);
     pthread_t thread{};
     const auto body = [](void* pool) -> void* { static_cast<ThreadPool*>(pool)->run(); };
-    if (pthread_create(&thread, &attributes, body, this) == 0) {
+    const bool isSpawned = pthread_create(&thread, &attributes, body, this) == 0;
+    if (isSpawned) {
         ++mSpawned;
     } else if (mSpawned == 0) {
         warn("no binder thread could be started; calls to this process wait");
     }
+    mThreads = mJoined + (isSpawned ? mMax : mSpawned);
     pthread_attr_destroy(&attributes);
 }
 
 void ThreadPool::enqueue(std::shared_ptr<Connection> connection) {
     std::lock_guard lock(mLock);
-    mReady.push_back(std::move(connection));
+    mReady.push_back({std::move(connection), std::chrono::steady_clock::now()});
     mWaiting.store(static_cast<uint32_t>(mReady.size()), std::memory_order_relaxed);
     if (mReady.size() <= mIdle) {
         mWork.notify_one();
@@ -115,8 +120,9 @@ std::shared_ptr<Connection> ThreadPool::next(std::unique_lock<std::mutex>& lock)
     ++mIdle;
     mWork.wait(lock, [this] { return !mReady.empty(); });
     --mIdle;
-    auto connection = std::move(mReady.front());
+    auto connection = std::move(mReady.front().connection);
     mReady.pop_front();
+    if (mReady.empty()) mStallTold = false;
     mBusy.fetch_add(1, std::memory_order_relaxed);
     mWaiting.store(static_cast<uint32_t>(mReady.size()), std::memory_order_relaxed);
     return connection;
@@ -152,7 +158,18 @@ int ThreadPool::tick() {
     for (Serving* each : all) {
         if (auto stuck = each->takeStuck()) enqueue(std::move(stuck));
     }
+    warnOfStall(now);
     return static_cast<int>(kStuck.count());
+}
+
+void ThreadPool::warnOfStall(std::chrono::steady_clock::time_point now) {
+    const uint32_t threads = mThreads;
+    {
+        std::lock_guard lock(mLock);
+        if (mStallTold || mReady.empty() || mBusy < threads || now - mReady.front().since < kPatience) return;
+        mStallTold = true;
+    }
+    warn("all %u binder threads are busy: calls wait", threads);
 }
 
 }  // namespace binder
