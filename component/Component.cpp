@@ -11,10 +11,6 @@ using mindroid::sp;
 
 namespace hal {
 
-namespace {
-constexpr int32_t VOTE_MODE_TICKET = 1;
-}
-
 Component* Component::mHandler = nullptr;
 
 Component::Component(int32_t voteMode, int32_t type)

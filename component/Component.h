@@ -28,7 +28,9 @@ public:
     // A proxy reports its state; obj is an Integer, non-zero meaning up.
     static constexpr int32_t MSG_PROXY_STATE_CHANGED = 2000;
 
-    // A vote mode of 1 gives the component a ticket in the readiness vote. The type is what lookups ask for.
+    static constexpr int32_t VOTE_MODE_TICKET = 1;
+
+    // VOTE_MODE_TICKET gives the component a ticket in the readiness vote. The type is what lookups ask for.
     Component(int32_t voteMode, int32_t type);
     ~Component() override;
 

@@ -3,7 +3,6 @@
 #include <mindroid/Log.h>
 
 #include <algorithm>
-#include <iterator>
 
 using mindroid::Log;
 using mindroid::Object;
@@ -49,17 +48,26 @@ void ComponentManager::init(int32_t instanceId) {
 }
 
 void ComponentManager::initComponents(int32_t instanceId) {
-    const std::vector<sp<Component>> components = liveComponents();
-    for (const sp<Component>& component : components) component->setInstanceId(instanceId);
-    for (const sp<Component>& component : components) initComponent(*component);
+    forEachComponent([=](Component& component) { component.setInstanceId(instanceId); });
+    forEachComponent([=, this](Component& component) {
+        component.setInstanceId(instanceId);  // of one that another's init has added; no effect on the rest
+        initComponent(component);
+    });
     // The constant 0, not the instance id: on purpose.
-    for (const sp<Component>& component : components) component->postInit(0);
+    forEachComponent([](Component& component) { component.postInit(0); });
+}
+
+// By index: a component may add others while it starts.
+void ComponentManager::forEachComponent(const std::function<void(Component&)>& action) {
+    for (size_t i = 0; i < mComponents.size(); ++i) {
+        if (const sp<Component> component = mComponents[i]) action(*component);
+    }
 }
 
 void ComponentManager::initComponent(Component& component) {
     component.init(component.getInstanceId());
     component.loadModules();
-    if (component.getVoteMode() != 1 || !component.getTicket() || !mVoteBox) return;
+    if (component.getVoteMode() != Component::VOTE_MODE_TICKET || !component.getTicket() || !mVoteBox) return;
     Log::d(TAG, "initComponents add tick for type %d", component.getType());
     mVoteBox->AddTicket(component.getTicket());
 }
@@ -78,13 +86,6 @@ sp<Component> ComponentManager::find(int32_t typeId, int32_t instanceId) const {
     return findFirst(mComponents, [&](const Component& component) {
         return component.getType() == typeId && component.getInstanceId() == instanceId;
     });
-}
-
-std::vector<sp<Component>> ComponentManager::liveComponents() const {
-    std::vector<sp<Component>> components;
-    std::copy_if(mComponents.begin(), mComponents.end(), std::back_inserter(components),
-                 [](const auto& component) { return bool(component); });
-    return components;
 }
 
 }  // namespace hal

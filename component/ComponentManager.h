@@ -9,6 +9,7 @@
 #include <mindroid/VoteBox.h>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace hal {
@@ -26,7 +27,8 @@ public:
     ComponentManager(const ComponentManager&) = delete;
     ComponentManager& operator=(const ComponentManager&) = delete;
 
-    // A component that is listed already is not listed again. Looper.
+    // A component that is listed already is not listed again. One that comes while others start is started as well.
+    // Looper.
     void add(const mindroid::sp<Component>& component);
     // Starts all components and then the readiness vote. Once in a process. Looper.
     void init(int32_t instanceId);
@@ -42,7 +44,7 @@ public:
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId, int32_t instanceId) const;
 
 private:
-    [[nodiscard]] std::vector<mindroid::sp<Component>> liveComponents() const;
+    void forEachComponent(const std::function<void(Component&)>& action);
     void initComponent(Component& component);
 
     std::vector<mindroid::sp<Component>> mComponents;

@@ -16,7 +16,8 @@ public:
         sInstance = new T(id, thread);
     }
 
-    static inline mindroid::sp<T> sInstance;
+    // Never destroyed: threads may still use the T while the process ends.
+    static inline mindroid::sp<T>& sInstance = *new mindroid::sp<T>();
 };
 
 }  // namespace hal

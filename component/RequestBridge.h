@@ -7,6 +7,7 @@
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -45,25 +46,44 @@ template <typename Box>
     return reply.arg2 == 0 ? mindroid::object_cast<Box>(reply.obj) : mindroid::sp<Box>();
 }
 
+// The place of one more request among those of the process that still wait, or null when 64 MiB of payload or 65,536
+// requests do.
+[[nodiscard]] mindroid::sp<mindroid::Object> enterRequests(size_t payloadSize);
+
+// componentCall(message), onReply(const mindroid::Message&). While too many requests wait the component is not asked,
+// and onReply gets a GENERIC_FAILURE at once, on the calling thread.
+template <typename ComponentCall, typename OnReply>
+ndk::ScopedAStatus callComponent(const mindroid::sp<mindroid::Handler>& handler, size_t payloadSize,
+                                 const ComponentCall& componentCall, OnReply onReply) {
+    if (auto place = enterRequests(payloadSize)) {
+        componentCall(obtainReplyMessage(
+            handler, [place = std::move(place), onReply = std::move(onReply)](const auto& reply) { onReply(reply); }));
+    } else {
+        const mindroid::sp<mindroid::Message> refusal = mindroid::Message::obtain();
+        refusal->arg2 = static_cast<int32_t>(
+            ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno::GENERIC_FAILURE);
+        onReply(*refusal);
+    }
+    return ndk::ScopedAStatus::ok();
+}
+
 // componentCall(message), response(serial, error).
 template <typename ComponentCall, typename ResponseCall>
-ndk::ScopedAStatus callComponentRspVoid(uint32_t serial, mindroid::sp<mindroid::Handler> handler,
+ndk::ScopedAStatus callComponentRspVoid(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
                                         const ComponentCall& componentCall, ResponseCall response) {
-    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
+    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
         (void)response(static_cast<int32_t>(serial), replyError(reply));
-    }));
-    return ndk::ScopedAStatus::ok();
+    });
 }
 
 // componentCall(message), response(serial, error, value); the value of a reply without one is 0.
 template <typename Box, typename Value, typename ComponentCall, typename ResponseCall>
 ndk::ScopedAStatus callComponentRspValue(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
                                          const ComponentCall& componentCall, ResponseCall response) {
-    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
+    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
         const mindroid::sp<Box> value = replyValue<Box>(reply);
         (void)response(static_cast<int32_t>(serial), replyError(reply), value ? Value(value->value()) : Value());
-    }));
-    return ndk::ScopedAStatus::ok();
+    });
 }
 
 // componentCall(message), response(serial, error, data, length); null and 0 for a reply without bytes. The bytes live
@@ -71,13 +91,12 @@ ndk::ScopedAStatus callComponentRspValue(uint32_t serial, const mindroid::sp<min
 template <typename ComponentCall, typename ResponseCall>
 ndk::ScopedAStatus callComponentRspByteArray(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
                                              const ComponentCall& componentCall, ResponseCall response) {
-    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
+    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
         const mindroid::sp<mindroid::ByteArray> bytes = replyValue<mindroid::ByteArray>(reply);
         const uint8_t* data = bytes ? bytes->data() : nullptr;
         const auto length = static_cast<uint32_t>(bytes ? bytes->size() : 0);
         (void)response(static_cast<int32_t>(serial), replyError(reply), data, length);
-    }));
-    return ndk::ScopedAStatus::ok();
+    });
 }
 
 }  // namespace hal

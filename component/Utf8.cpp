@@ -7,19 +7,16 @@ namespace hal {
 
 namespace {
 
-// Bytes of the sequence that `lead` begins; 0 when it begins none.
-size_t sequenceLength(uint8_t lead) {
-    if (lead < 0x80) return 1;
-    if (lead < 0xc2 || lead > 0xf4) return 0;
-    return lead < 0xe0 ? 2 : lead < 0xf0 ? 3 : 4;
+// Bytes of the sequence that the byte announces, whether or not it may begin one: binders differ in what they check.
+size_t announcedLength(uint8_t byte) {
+    return byte < 0xc0 ? 1 : byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
 }
 
-// Where the sequence begins that the text ends inside of; its size when there is none.
+// Where the last sequence begins that is announced and not whole; the text's size when there is none.
 size_t findCut(const std::string& text) {
     for (size_t present = 1; present < 4 && present <= text.size(); ++present) {
         const auto byte = static_cast<uint8_t>(text[text.size() - present]);
-        if ((byte & 0xc0) == 0x80) continue;
-        return text.size() - (present < sequenceLength(byte) ? present : 0);
+        if (present < announcedLength(byte)) return text.size() - present;
     }
     return text.size();
 }
@@ -28,7 +25,7 @@ size_t findCut(const std::string& text) {
 
 bool dropCutSequence(std::string& text) {
     const size_t size = text.size();
-    // Without it the text may end inside the one before: a sequence that is cut by another is merely invalid.
+    // Without it the text may end inside the one before.
     for (size_t cut = findCut(text); cut < text.size(); cut = findCut(text)) text.resize(cut);
     return text.size() < size;
 }

@@ -10,8 +10,8 @@
 // Requests are handed to the component by reference. Its events and its answer to a signalling message reach this
 // library as carriers: the message's `obj` is an object derived from mindroid::Object alone, whose first data member is
 // the record. hal::SubsysInterfaceData<T> (component/SubsysInterfaceData.h) is such a class; use it where you can. The
-// object is known by the event that carries it, never by its class, so a carrier of another record is a fault that
-// nobody detects.
+// object is known by the event that carries it, never by its class, so a box or a carrier of another record is a fault
+// that nobody detects, and may be read beyond its end.
 //
 // Text is NUL-terminated and the rest of its field is zero. Text that does not fit (its length is not below the size of
 // the field) arrives empty. In a carrier it ends at its first NUL or at the end of its field.

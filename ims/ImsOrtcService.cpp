@@ -125,10 +125,12 @@ void ImsOrtcService::init() {
     // Without a component this request, unlike the others, is dropped without a line; meant.
     const auto component = ::hal::getImsOrtcComponent();
     if (component == nullptr) return ::ndk::ScopedAStatus::ok();
-    const auto reply =
-        ::hal::obtainReplyMessage(this, [serial](const Message& answer) { answerSignalMsg(serial, answer); });
-    component->sendImsRtpRedunSignalMsg(::hal::packImsRtpRedunSignalMsg(msg), reply);
-    return ::ndk::ScopedAStatus::ok();
+    return ::hal::callComponent(
+        this, 0,
+        [&](const sp<Message>& reply) {
+            component->sendImsRtpRedunSignalMsg(::hal::packImsRtpRedunSignalMsg(msg), reply);
+        },
+        [serial](const Message& reply) { answerSignalMsg(serial, reply); });
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

@@ -12,10 +12,12 @@ namespace hal {
 
 namespace {
 
+constexpr off_t MAX_SIZE = 16 << 20;
+
 // Opening a FIFO would wait for a writer for ever, and the size of a directory is no number to allocate by.
-bool isRegularFile(const std::string& path) {
+bool isReadable(const std::string& path) {
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= MAX_SIZE;
 }
 
 // The item's attribute, or null where it has none. Both lines have no tag, and an end of line of their own, on purpose.
@@ -34,7 +36,7 @@ PluginConfig::PluginConfig(std::string configPath) : mConfigPath(std::move(confi
 const std::vector<PluginPathInfo>& PluginConfig::loadConfig() {
     const std::string file = device::path(DEFAULT_PATH);
     tinyxml2::XMLDocument document;
-    if (!isRegularFile(file) || document.LoadFile(file.c_str()) != tinyxml2::XML_SUCCESS) return mPluginPathInfos;
+    if (!isReadable(file) || document.LoadFile(file.c_str()) != tinyxml2::XML_SUCCESS) return mPluginPathInfos;
     __android_log_print(ANDROID_LOG_INFO, nullptr, "The file of plugin_config.xml is loaded.");
 
     const tinyxml2::XMLElement* root = document.FirstChildElement("plugin_config");

@@ -21,7 +21,7 @@ public:
     explicit PluginConfig(std::string configPath);
 
     // Appends what the configuration file lists to what earlier calls found, and answers the whole list. A file that is
-    // missing or malformed adds nothing.
+    // missing, malformed or longer than 16 MiB adds nothing.
     const std::vector<PluginPathInfo>& loadConfig();
 
 private:

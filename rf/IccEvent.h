@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace hal {
@@ -14,7 +15,8 @@ namespace hal {
 class IccEvent : public mindroid::Object {
 public:
     // Without data, or with a size below 1, the event carries none.
-    IccEvent(IccEventType eventType, const void* payload, int payloadSize) : type(eventType), size(payloadSize) {
+    IccEvent(IccEventType eventType, const void* payload, int payloadSize, mindroid::sp<mindroid::Object> backlogPlace)
+        : type(eventType), size(payloadSize), place(std::move(backlogPlace)) {
         if (payload == nullptr || payloadSize < 1) return;
         const auto* bytes = static_cast<const uint8_t*>(payload);
         data.assign(bytes, bytes + std::min(payloadSize, MAX_RECORD_SIZE));
@@ -25,6 +27,7 @@ public:
     std::vector<uint8_t> data;
     // As the plugin gave it; says nothing about data.
     const int size;
+    const mindroid::sp<mindroid::Object> place;
 
 private:
     static constexpr int MAX_RECORD_SIZE = 36;

@@ -6,7 +6,10 @@
 //
 // The service opens the library that the plugin configuration names "libiccapis", once, and never closes it. It enters
 // the plugin from one thread only and calls one function at a time; a function that takes long delays what queues
-// behind it. A function that the library does not export is skipped: where it has a result, it counts as 0.
+// behind it. A function that the library does not export is skipped: where it has a result, it counts as 0. One that
+// throws ends the process.
+//
+// A std::vector is handed over by value: build the plugin with the service's C++ library and ABI.
 //
 // Records are little-endian and have the sizes asserted here. The service reads the named fields; all other bytes
 // travel to its listeners unchanged.
@@ -16,7 +19,8 @@
 #include <type_traits>
 #include <vector>
 
-// What a plugin may report, see registerIccEvent.
+// What a plugin may report, see registerIccEvent. The service asks for types 1, 4 and 5 when a client connects, for 2
+// and 3 only if a component of the device listens to them.
 enum IccEventType : uint32_t {
     ICC_EVENT_STATE_CHANGED = 1,     // IccStateInfoType
     ICC_EVENT_CLAT_STATE = 2,        // IccAclStatusRspMsgType

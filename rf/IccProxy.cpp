@@ -26,6 +26,7 @@ using mindroid::Registrant;
 using mindroid::RegistrantList;
 using mindroid::Runnable;
 using mindroid::sp;
+using mindroid::static_object_cast;
 
 extern "C" void iccStateEventCallback(IccEventType type, void* context, void* data, int size) {
     if (context == nullptr) {
@@ -52,10 +53,6 @@ constexpr int32_t FIRST_EXT_REQ_ID = 1000;
 constexpr size_t SYNC_RESPONSE_SIZE = 256;
 constexpr uint32_t MAX_SYNC_TIMEOUT_MS = 4000;
 
-// What may wait for the proxy's thread while the plugin holds it up. A request counts with its payload, but as a KiB at
-// least: 4 MiB or 4,096 requests.
-constexpr size_t MAX_WAITING_REQUEST_BYTES = 4 << 20;
-constexpr size_t MIN_REQUEST_BYTES = 1024;
 constexpr size_t MAX_WAITING_EVENTS = 16384;
 
 // Outside the range of the interface: it reaches the client as a generic failure.
@@ -78,9 +75,20 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
     return ByteArray(bytes.data(), bytes.size()).toString();
 }
 
+// What the listeners get. It takes its event's place in the backlog over, until the last of them is done with it.
 template <typename Record>
-void notifyRecord(const RegistrantList& listeners, const Record& record) {
-    listeners.notify(new SubsysInterfaceData<Record>(record));
+class ReportedRecord : public SubsysInterfaceData<Record> {
+public:
+    ReportedRecord(const Record& record, sp<Object> place)
+        : SubsysInterfaceData<Record>(record), mPlace(std::move(place)) {}
+
+private:
+    const sp<Object> mPlace;
+};
+
+template <typename Record>
+void notifyRecord(const RegistrantList& listeners, const Record& record, const sp<Message>& message) {
+    listeners.notify(new ReportedRecord<Record>(record, static_object_cast<IccEvent>(message->obj)->place));
 }
 
 }  // namespace
@@ -113,8 +121,7 @@ IccProxy::IccProxy(int32_t instance, const sp<HandlerThread>& thread)
     : Handler(thread ? thread->getLooper() : Looper::myLooper()),
       mThread(thread),
       mExecutor(thread ? new ExecutorProxy(thread) : nullptr),
-      mRequests(MAX_WAITING_REQUEST_BYTES, "too many requests wait for the plugin, refused"),
-      mEvents(MAX_WAITING_EVENTS, "too many events wait, dropped") {
+      mEvents(new Backlog(MAX_WAITING_EVENTS, TAG, "too many events wait, dropped")) {
     Log::d(TAG, "new IccProxy %d", instance);
 }
 
@@ -131,24 +138,12 @@ void IccProxy::post(Task task) {
     }
 }
 
-template <typename Task>
-void IccProxy::postRequest(const sp<Message>& reply, size_t payloadSize, Task task) {
-    const size_t size = std::max(payloadSize, MIN_REQUEST_BYTES);
-    if (!mRequests.enter(size)) {
-        SubsysComponent::sendResponse(reply, SUBSYS_Errno::GENERIC_FAILURE);
-        return;
-    }
-    post([size, task = std::move(task)](IccProxy& proxy) mutable {
-        proxy.mRequests.leave(size);
-        task(proxy);
-    });
-}
-
 // ---- Calling the plugin
 
 bool IccProxy::loadIccApisPlugin() {
     if (sIccApisLoaded) return true;
-    PluginManager* manager = getPluginManager();
+    // Asked for once: the component that gives it goes with the static objects, the manager stays.
+    static PluginManager* const manager = getPluginManager();
     if (!manager->loadPlugin(PLUGIN_NAME)) {
         Log::e(TAG, "loadIccApisPlugin failed");
         return false;
@@ -293,10 +288,11 @@ void IccProxy::keepForPlugin() {
 // ---- Events
 
 void IccProxy::processIccStateEvent(IccEventType type, const void* data, int size) {
-    if (!mEvents.enter(1)) return;
+    auto place = mEvents->enter(1);
+    if (!place) return;
     // Unsigned, since the plugin may choose any type.
     const auto what = static_cast<int32_t>(uint32_t{type} + EVENT_MESSAGE_BASE);
-    obtainMessage(what, new IccEvent(type, data, size))->sendToTarget();
+    obtainMessage(what, new IccEvent(type, data, size, std::move(place)))->sendToTarget();
 }
 
 void IccProxy::handleMessage(const sp<Message>& message) {
@@ -305,7 +301,6 @@ void IccProxy::handleMessage(const sp<Message>& message) {
         return;
     }
     Log::d(TAG, "handleMessage %d", message->what);
-    if (mindroid::object_cast<IccEvent>(message->obj)) mEvents.leave(1);
     if (const EventKind* kind = findKind(static_cast<uint32_t>(message->what) - EVENT_MESSAGE_BASE)) {
         (this->*kind->handle)(message);
     } else {
@@ -332,7 +327,7 @@ void IccProxy::handleIccStateChangedInd(const sp<Message>& message) {
     const auto record = readEvent<IccStateInfoType>(message);
     if (!record) return;
     Log::d(TAG, "handleIccStateChangedInd iccState %d, bypass %d", static_cast<int>(record->iccState), record->bypass);
-    notifyRecord(*mIccStateRegistrants, *record);
+    notifyRecord(*mIccStateRegistrants, *record, message);
 }
 
 void IccProxy::handleClatStateInd(const sp<Message>& message) {
@@ -340,21 +335,21 @@ void IccProxy::handleClatStateInd(const sp<Message>& message) {
     if (!record) return;
     Log::d(TAG, "handleClatStateInd freq %d ant %d ui %d gamma%d", record->freq, record->ant, record->ui,
            record->gamma);
-    notifyRecord(*mIccClatInfoRegistrants, *record);
+    notifyRecord(*mIccClatInfoRegistrants, *record, message);
 }
 
 void IccProxy::handleDeviceErrInd(const sp<Message>& message) {
     const auto record = readEvent<IccDeviceErrType>(message);
     if (!record) return;
     Log::d(TAG, "handleDeviceErrInd dev num %d id %d err %d", record->devNum, record->id, record->err);
-    notifyRecord(*mIccDeviceErrRegistrants, *record);
+    notifyRecord(*mIccDeviceErrRegistrants, *record, message);
 }
 
 void IccProxy::handleIccPercChangedInd(const sp<Message>& message) {
     const auto record = readEvent<IccPercStateType>(message);
     if (!record) return;
     Log::d(TAG, "handleIccPercChangedInd size %d", record->size);
-    notifyRecord(*mIccPercChangeRegistrants, *record);
+    notifyRecord(*mIccPercChangeRegistrants, *record, message);
 }
 
 void IccProxy::handleIccCoexAntChangedInd(const sp<Message>& message) {
@@ -366,7 +361,7 @@ void IccProxy::handleIccCoexAntChangedInd(const sp<Message>& message) {
     info.type = ICC_EVENT_COEX_ANT_CHANGED;
     std::memcpy(info.data, &*record, sizeof(*record));
     info.length = sizeof(*record);
-    notifyRecord(*mIccInfoChangedRegistrants, info);
+    notifyRecord(*mIccInfoChangedRegistrants, info, message);
 }
 
 // ---- Settings
@@ -397,7 +392,7 @@ void IccProxy::sendIccEventInd(uint32_t event, const sp<ByteArray>& data) {
 // ---- Requests
 
 void IccProxy::setIccWifiAntState(int32_t antenna, int32_t state, const sp<Message>& reply) {
-    postRequest(reply, 0, [antenna, state, reply](IccProxy& proxy) {
+    post([antenna, state, reply](IccProxy& proxy) {
         std::array<uint8_t, WIFI_ANT_REQUEST_SIZE> request = {static_cast<uint8_t>(antenna),
                                                               static_cast<uint8_t>(state)};
         uint8_t status = SPI_CMD_FAILURE;
@@ -413,7 +408,7 @@ void IccProxy::setIccWifiAntState(int32_t antenna, int32_t state, const sp<Messa
 }
 
 void IccProxy::setIccSatelliteAntState(int32_t technology, int32_t antenna, int32_t state, const sp<Message>& reply) {
-    postRequest(reply, 0, [=](IccProxy& proxy) {
+    post([=](IccProxy& proxy) {
         const SUBSYS_Errno error = shortError(proxy.iccSetSatelliteAntState(technology, antenna, state));
         Log::d(TAG, "setIccSatelliteAntState ret: %d", static_cast<int>(error));
         SubsysComponent::sendResponse(reply, error);
@@ -421,7 +416,7 @@ void IccProxy::setIccSatelliteAntState(int32_t technology, int32_t antenna, int3
 }
 
 void IccProxy::getIccState(const sp<Message>& reply) {
-    postRequest(reply, 0, [reply](IccProxy& proxy) {
+    post([reply](IccProxy& proxy) {
         // The plugin gets a copy, so the answer is all zero, on purpose.
         const IccStateInfoType state = {};
         const auto code = proxy.callOr(SPI_CMD_FAILURE, PluginFunctions::getState, state);
@@ -441,8 +436,7 @@ void IccProxy::sendIccCmd(int32_t reqId, std::vector<uint8_t> data, int32_t time
 void IccProxy::sendIccCmdSync(int32_t reqId, std::vector<uint8_t> data, int32_t timeoutMs, const sp<Message>& reply) {
     // Unsigned, so that a negative timeout is the longest.
     const uint32_t timeout = std::min(static_cast<uint32_t>(timeoutMs), MAX_SYNC_TIMEOUT_MS);
-    const size_t size = data.size();
-    postRequest(reply, size, [=, data = std::move(data)](IccProxy& proxy) mutable {
+    post([=, data = std::move(data)](IccProxy& proxy) mutable {
         if (logsDebug()) Log::d(TAG, "sendIccCmd req id %d data %s", reqId, hexText(data).c_str());
         std::vector<uint8_t> response(SYNC_RESPONSE_SIZE);
         if (!proxy.iccSendReqSync(static_cast<uint32_t>(reqId), data.data(), static_cast<uint32_t>(data.size()),
@@ -458,8 +452,7 @@ void IccProxy::sendIccCmdSync(int32_t reqId, std::vector<uint8_t> data, int32_t 
 }
 
 void IccProxy::sendIccCmdExt(int32_t reqId, std::vector<uint8_t> data, const sp<Message>& reply) {
-    const size_t size = data.size();
-    postRequest(reply, size, [reqId, reply, data = std::move(data)](IccProxy& proxy) {
+    post([reqId, reply, data = std::move(data)](IccProxy& proxy) {
         Log::d(TAG, "sendIccCmdExt req id %d", reqId);
         const ExtResult result = proxy.runExtCommand(reqId, data);
         Log::d(TAG, "sendIccCmdExt req id %d ret %d", reqId, static_cast<int>(result.error));

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "component/Backlog.h"
 #include "component/ExecutorProxy.h"
 #include "component/SubsysComponent.h"
-#include "rf/Backlog.h"
 #include "rf/IccPluginApi.h"
 
 #include <mindroid/Boxes.h>
@@ -65,7 +65,7 @@ public:
     void sendIccEventInd(uint32_t event, const mindroid::sp<mindroid::ByteArray>& data);
 
     // Requests: the outcome goes to the reply message, see SubsysComponent::sendResponse. GENERIC_FAILURE when the
-    // plugin can't be loaded, and at once while 4 MiB of payload or 4,096 requests wait behind a slow plugin call.
+    // plugin can't be loaded.
 
     // Always NOT_SUPPORTED, although the plugin gets the request.
     void setIccWifiAntState(int32_t antenna, int32_t state, const mindroid::sp<mindroid::Message>& reply);
@@ -83,7 +83,7 @@ public:
     // The outcome of a command as the commands above 254 report it. Any.
     [[nodiscard]] static SUBSYS_Errno getIccStateError(spi_cmd_err_code_e code);
 
-    // Takes an event over from the plugin. Dropped while 16,384 events wait. Any.
+    // Takes an event over from the plugin. Dropped while 16,384 events wait for the proxy or for a listener. Any.
     void processIccStateEvent(IccEventType type, const void* data, int size);
     // Tells the listeners of an event. Proxy.
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
@@ -108,9 +108,6 @@ private:
 
     template <typename Task>
     void post(Task task);
-    // For what a client waits for: fails the reply at once where too much waits already.
-    template <typename Task>
-    void postRequest(const mindroid::sp<mindroid::Message>& reply, size_t payloadSize, Task task);
 
     // R() where the plugin lacks the function.
     template <typename R, typename... Args>
@@ -159,8 +156,8 @@ private:
 
     const mindroid::sp<mindroid::HandlerThread> mThread;
     const mindroid::sp<mindroid::Executor> mExecutor;
-    Backlog mRequests;
-    Backlog mEvents;
+    // Those that the plugin reported and some listener still has to handle.
+    const mindroid::sp<Backlog> mEvents;
     // The proxy's thread alone. Null until the plugin is loaded, and then never freed.
     Plugin* mPlugin = nullptr;
     // The reference of the plugin, which is never given back.

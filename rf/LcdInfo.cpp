@@ -32,7 +32,7 @@ std::pair<LcdText, ssize_t> readLcdFile(int fd) {
     ssize_t total = 0;
     for (ssize_t count = 1; count > 0 && total < static_cast<ssize_t>(TEXT_SIZE); total += count) {
         count = TEMP_FAILURE_RETRY(read(fd, text.data() + total, TEXT_SIZE - static_cast<size_t>(total)));
-        if (count < 0) return {text, count};
+        if (count < 0) return {text, total > 0 ? total : count};
     }
     return {text, total};
 }
@@ -56,7 +56,7 @@ std::optional<std::string> readLcdInfo(const char* tag) {
     const int matched = std::sscanf(text.data(), "Device version: %99s", version.data());
     Log::d(tag, "read lcd_info_tmp: %s, num: %d ", version.data(), matched);
     std::string info = version.data();
-    dropCutSequence(info);
+    if (dropCutSequence(info)) Log::e(tag, "LCD info ends inside a UTF-8 sequence, cut to %zu bytes", info.size());
     return info;
 }
 

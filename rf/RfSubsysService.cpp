@@ -137,7 +137,10 @@ void RfSubsysService::postInit() {
 // ---- Events
 
 void RfSubsysService::setSubsysState(bool connected) {
-    if (connected) sendEmptyMessageDelayed(MSG_CONNECT, CONNECT_DELAY_MS);
+    if (!connected) return;
+    // One will do, for the latest client: a client that connects over and over must not fill the queue.
+    removeMessages(MSG_CONNECT);
+    sendEmptyMessageDelayed(MSG_CONNECT, CONNECT_DELAY_MS);
 }
 
 void RfSubsysService::handleMessage(const sp<Message>& message) {
@@ -240,18 +243,18 @@ ScopedAStatus RfSubsysService::getLcdInfo(int32_t serial, int32_t /*type*/) {
 ScopedAStatus RfSubsysService::getIccState(int32_t serial) {
     const auto component = findComponent("getIccState");
     if (!component) return ScopedAStatus::ok();
-    component->getIccState(
-        ::hal::obtainReplyMessage(this, [serial](const Message& reply) { answerIccState(serial, reply); }));
-    return ScopedAStatus::ok();
+    return ::hal::callComponent(
+        this, 0, [&](const sp<Message>& reply) { component->getIccState(reply); },
+        [serial](const Message& reply) { answerIccState(serial, reply); });
 }
 
 ScopedAStatus RfSubsysService::sendIccCmd(int32_t serial, const IccReqInfo& info) {
     const auto component = findComponent("sendIccCmd");
     if (!component) return ScopedAStatus::ok();
-    component->sendIccCmd(
-        info.reqId, info.data, info.timeout,
-        ::hal::obtainReplyMessage(this, [serial](const Message& reply) { answerIccCmd(serial, reply); }));
-    return ScopedAStatus::ok();
+    return ::hal::callComponent(
+        this, info.data.size(),
+        [&](const sp<Message>& reply) { component->sendIccCmd(info.reqId, info.data, info.timeout, reply); },
+        [serial](const Message& reply) { answerIccCmd(serial, reply); });
 }
 
 ScopedAStatus RfSubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
@@ -265,12 +268,12 @@ ScopedAStatus RfSubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
     IccMetaRespInfo answer;
     answer.id = info.id;
     answer.token = info.token;
-    auto onReply = [answer, type = info.type, callback](const Message& reply) {
-        answerIccMetaCmd(answer, type, callback, reply);
-    };
-    component->sendIccCmd(info.reqId, info.data, META_CMD_TIMEOUT_MS,
-                          ::hal::obtainReplyMessage(this, std::move(onReply)));
-    return ScopedAStatus::ok();
+    return ::hal::callComponent(
+        this, info.data.size(),
+        [&](const sp<Message>& reply) { component->sendIccCmd(info.reqId, info.data, META_CMD_TIMEOUT_MS, reply); },
+        [answer, type = info.type, callback](const Message& reply) {
+            answerIccMetaCmd(answer, type, callback, reply);
+        });
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

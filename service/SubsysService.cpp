@@ -127,13 +127,19 @@ void SubsysService::forget(const Client& client) {
 ScopedAStatus SubsysService::setCallback(const std::shared_ptr<ISubsysResponse>& response,
                                          const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::setCallbacks");
+    const auto before = mSubsysResponse->getCallback();
     mSubsysResponse->setCallback(response);
     if (response) mDeathMonitor->init(response);
     mSubsysIndication->setCallback(indication);
+    // Nobody hears of the death of the one before any more, and a client after a death is told the state.
+    if (before && isDead(before)) mStateTracker->setHidlState(0);
     mStateTracker->setHidlState(1);
     mRfSubsysService->setSubsysState(true);
     // One that died meanwhile may have been forgotten before all of it was stored: its death is looked at once more.
     if (response && isDead(response)) mHandler->sendEmptyMessage(MSG_CLIENT_DEATH);
+    // Another client came meanwhile, and the two may have begun their watches in the other order.
+    const auto now = mSubsysResponse->getCallback();
+    if (now && now != response) mDeathMonitor->init(now);
     return ScopedAStatus::ok();
 }
 

@@ -1,4 +1,5 @@
 #include <android/binder_process.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -14,13 +15,8 @@
 
 namespace {
 
+using namespace binder;
 using namespace test;
-using binder::FrameHeader;
-using binder::FrameKind;
-using binder::Hello;
-using binder::HelloKind;
-using binder::HelloReply;
-using binder::UniqueFd;
 using Bytes = std::vector<uint8_t>;
 
 template <typename T>
@@ -79,12 +75,18 @@ public:
         EXPECT_EQ(static_cast<ssize_t>(sizeof(T)), recv(fd.get(), &value, sizeof(T), MSG_WAITALL));
         return value;
     }
+    /** Of a reply. */
+    static Bytes receiveData(const UniqueFd& fd) {
+        Bytes data(receive<FrameHeader>(fd).dataSize());
+        EXPECT_EQ(static_cast<ssize_t>(data.size()), recv(fd.get(), data.data(), data.size(), MSG_WAITALL));
+        return data;
+    }
     static bool isClosed(const UniqueFd& fd) {
         char byte = 0;
         const ssize_t received = recv(fd.get(), &byte, 1, 0);
         return received == 0 || (received < 0 && errno == ECONNRESET);
     }
-    [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{binder::kProtocol, kind, mKey}); }
+    [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{kProtocol, kind, mKey}); }
 
     /** A session: the control connection, one for calls, and the id of the service's object. */
     void open() {
@@ -123,23 +125,19 @@ public:
 
 private:
     const std::filesystem::path mFolder;
-    binder::Key mKey{1};
+    Key mKey{1};
 };
 
 class HostilePeerTest : public NamesFixture {
 protected:
-    HostilePeerTest() {
-        ABinderProcess_setThreadPoolMaxThreadCount(2);
+    explicit HostilePeerTest(uint32_t threads = 2) {
+        ABinderProcess_setThreadPoolMaxThreadCount(threads);
         ABinderProcess_startThreadPool();
         EXPECT_EQ(EX_NONE, AServiceManager_addService(mObject.get(), "name"));
         mGood.open();
     }
 
-    [[nodiscard]] std::vector<std::string> warnings() const {
-        std::vector<std::string> texts;
-        for (const LogLine& line : mLog.lines("Binder")) texts.push_back(line.text);
-        return texts;
-    }
+    [[nodiscard]] std::vector<std::string> warnings() const { return mLog.texts("Binder"); }
     static std::string told(const char* what) { return "process " + std::to_string(getpid()) + " " + what; }
 
     const LogCapture mLog;
@@ -149,17 +147,22 @@ protected:
     RawPeer mBad{mFolder};
 };
 
+class OneThreadTest : public HostilePeerTest {
+protected:
+    OneThreadTest() : HostilePeerTest(1) {}
+};
+
 TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithOneLineForEachReason) {
-    binder::Key unknown{9};
+    Key unknown{9};
     const struct {
         Bytes hello;
         const char* reason;
     } cases[] = {
-        {bytesOf(Hello{binder::kProtocol + 1, HelloKind::Control, unknown}), "speaks another protocol"},
-        {bytesOf(Hello{binder::kProtocol, static_cast<HelloKind>(99), unknown}), "said a hello that makes no sense"},
-        {bytesOf(Hello{binder::kProtocol, HelloKind::Call, unknown}), "has no session"},
-        {bytesOf(Hello{binder::kProtocol, HelloKind::Reverse, unknown}), "has no session"},
-        {bytesOf(Hello{binder::kProtocol, HelloKind::Root, unknown}), "has no session"},
+        {bytesOf(Hello{kProtocol + 1, HelloKind::Control, unknown}), "speaks another protocol"},
+        {bytesOf(Hello{kProtocol, static_cast<HelloKind>(99), unknown}), "said a hello that makes no sense"},
+        {bytesOf(Hello{kProtocol, HelloKind::Call, unknown}), "has no session"},
+        {bytesOf(Hello{kProtocol, HelloKind::Reverse, unknown}), "has no session"},
+        {bytesOf(Hello{kProtocol, HelloKind::Root, unknown}), "has no session"},
         {mGood.hello(HelloKind::Reverse), "opened a connection that nobody asked for"},
         {Bytes(24, 0xff), "speaks another protocol"},
     };
@@ -174,7 +177,7 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithOneLin
     const UniqueFd endless = mBad.connect();
     for (int i = 0; i < 4; ++i) {
         ASSERT_TRUE(RawPeer::send(endless, mBad.hello(HelloKind::Identify)));
-        EXPECT_EQ(binder::kProtocol, RawPeer::receive<HelloReply>(endless).protocol);
+        EXPECT_EQ(kProtocol, RawPeer::receive<HelloReply>(endless).protocol);
     }
     EXPECT_TRUE(RawPeer::isClosed(endless));
     EXPECT_TRUE(mGood.isServed());
@@ -184,10 +187,10 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     const auto header = [](uint32_t size, uint16_t objects) {
         return bytesOf(FrameHeader{size, FrameKind::Call, objects, 1, ECHO});
     };
-    const auto object = [](binder::ObjectKind kind, uint32_t id, uint32_t offset) {
-        return frame(FrameKind::Call, 1, ECHO, bytesOf(binder::FlatObject{kind, id, 0}) + bytesOf(offset), 1);
+    const auto object = [](ObjectKind kind, uint32_t id, uint32_t offset) {
+        return frame(FrameKind::Call, 1, ECHO, bytesOf(FlatObject{kind, id, 0}) + bytesOf(offset), 1);
     };
-    using enum binder::ObjectKind;
+    using enum ObjectKind;
     struct Case {
         const char* name;
         bool onControl;
@@ -196,7 +199,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     const Case cases[] = {
         {"size below the header", false, header(15, 0)},
         {"size of all bits", false, header(UINT32_MAX, 0)},
-        {"a byte over the limit", false, header(static_cast<uint32_t>(binder::kMaxCall) + 17, 0)},
+        {"a byte over the limit", false, header(static_cast<uint32_t>(kMaxCall) + 17, 0)},
         {"more offsets than bytes", false, header(16 + 8, 3)},
         {"too many objects", false, header(1 << 19, UINT16_MAX)},
         {"an unknown kind", false, frame(static_cast<FrameKind>(77), 1, ECHO)},
@@ -206,7 +209,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         {"an offset past the end", false, object(Senders, 5, 4)},
         {"an offset of all bits", false, object(Senders, 5, UINT32_MAX)},
         {"an odd offset", false, object(Senders, 5, 1)},
-        {"an object without a kind", false, object(static_cast<binder::ObjectKind>(7), 5, 0)},
+        {"an object without a kind", false, object(static_cast<ObjectKind>(7), 5, 0)},
         {"a null object with an offset", false, object(Null, 0, 0)},
         {"an object of ours that it never had", false, object(Receivers, 99, 0)},
         {"overlapping objects", false,
@@ -268,22 +271,63 @@ TEST_F(HostilePeerTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThre
     for (const UniqueFd& each : slow) EXPECT_EQ(28u, RawPeer::receive<FrameHeader>(each).size);
 }
 
-TEST_F(HostilePeerTest, Frame_WhenTooManyLargeOnesStayHalf_ThenThePeersConnectionsAreClosedWithOneLine) {
+TEST_F(HostilePeerTest, Frame_WhenEveryConnectionHoldsHalfALargeOne_ThenOthersAreServedAndNoneIsLost) {
     mBad.open();
-    const Bytes half(300'000, 1);
+    const Bytes call = mBad.echoCall(900'000);
+    const auto middle = call.begin() + 700'000;
     std::vector<UniqueFd> connections;
-    for (int i = 0; i < 40; ++i) {
+    for (int i = 0; i < 63; ++i) {
         connections.push_back(mBad.openCalls());
-        RawPeer::send(connections.back(), bytesOf(FrameHeader{1'000'000, FrameKind::Call, 0, 1, ECHO}) + half);
+        ASSERT_TRUE(RawPeer::send(connections.back(), Bytes(call.begin(), middle)));
     }
-    EXPECT_TRUE(mLog.await("Binder", told("has too many large frames under way: its connections are closed")));
-    EXPECT_TRUE(RawPeer::isClosed(mBad.control));
     EXPECT_TRUE(mGood.isServed());
+    for (const UniqueFd& each : connections) {
+        ASSERT_TRUE(RawPeer::send(each, Bytes(middle, call.end())));
+        EXPECT_EQ(900'004u, RawPeer::receiveData(each).size());
+    }
+}
+
+TEST_F(OneThreadTest, Frame_WhenItDrips_ThenOthersAreServedMeanwhile) {
+    mBad.open();
+    ASSERT_TRUE(RawPeer::send(mBad.calls, bytesOf(FrameHeader{1'000'000, FrameKind::Call, 0, mBad.root, ECHO})));
+    pollfd reply{mGood.calls.get(), POLLIN, 0};
+    int drips = 0;
+    for (; drips < 1000 && poll(&reply, 1, 8) == 0; ++drips) {
+        ASSERT_TRUE(RawPeer::send(mBad.calls, {1}));
+        if (drips == 10) {
+            ASSERT_TRUE(RawPeer::send(mGood.calls, mGood.echoCall(8)));
+        }
+    }
+    EXPECT_LT(drips, 1000);
+}
+
+TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
+    const char* const line = "all 1 binder threads are busy: calls wait";
+    mBad.open();
+    Event begin;
+    Event end;
+    mEcho->onNote = [&](int32_t time) {
+        begin.signal();
+        EXPECT_TRUE(end.await(static_cast<size_t>(time)));
+    };
+    for (int32_t time = 1; time <= 2; ++time) {
+        ASSERT_TRUE(RawPeer::send(mBad.calls, frame(FrameKind::Call, mBad.root, NOTE, token() + bytesOf(time))));
+        ASSERT_TRUE(begin.await(static_cast<size_t>(time)));
+        ASSERT_TRUE(RawPeer::send(mGood.calls, mGood.echoCall(8)));
+        EXPECT_TRUE(mLog.await("Binder", line, static_cast<size_t>(time)));
+        pollfd reply{mGood.calls.get(), POLLIN, 0};
+        EXPECT_EQ(0, poll(&reply, 1, 100)) << "it waits on";
+        end.signal();
+        EXPECT_EQ(12u, RawPeer::receiveData(mGood.calls).size());
+        EXPECT_EQ(16u, RawPeer::receive<FrameHeader>(mBad.calls).size);
+        EXPECT_TRUE(mGood.isServed());
+    }
+    EXPECT_EQ(2u, mLog.count("Binder", line, ANDROID_LOG_WARN));
 }
 
 TEST_F(HostilePeerTest, Transact_WhenThePeerOpensNoConnectionForIt_ThenFailedTransactionAfterAWhile) {
     mBad.open();
-    const Bytes object = bytesOf(binder::FlatObject{binder::ObjectKind::Senders, 5, 0});
+    const Bytes object = bytesOf(FlatObject{ObjectKind::Senders, 5, 0});
     const auto offset = static_cast<uint32_t>(token().size());
     ASSERT_TRUE(
         RawPeer::send(mBad.calls, frame(FrameKind::Call, mBad.root, KEEP, token() + object + bytesOf(offset), 1)));
@@ -302,10 +346,7 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     }
     EXPECT_TRUE(mGood.isServed());
     for (const UniqueFd& each : calls) {
-        const auto header = RawPeer::receive<FrameHeader>(each);
-        Bytes data(header.dataSize());
-        ASSERT_EQ(static_cast<ssize_t>(data.size()), recv(each.get(), data.data(), data.size(), MSG_WAITALL));
-        EXPECT_EQ(900'004u, data.size());
+        EXPECT_EQ(900'004u, RawPeer::receiveData(each).size());
     }
 }
 
@@ -352,7 +393,7 @@ TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothi
     EXPECT_TRUE(mGood.isServed());
     setrlimit(RLIMIT_NOFILE, &limit);
     ASSERT_TRUE(RawPeer::send(fd, late.hello(HelloKind::Identify)));
-    EXPECT_EQ(binder::kProtocol, RawPeer::receive<HelloReply>(fd).protocol);
+    EXPECT_EQ(kProtocol, RawPeer::receive<HelloReply>(fd).protocol);
     EXPECT_LE(mLog.count("Binder", "no connection can be taken for name: Too many open files"), 20u);
 }
 

@@ -136,7 +136,8 @@ TEST(ParcelTest, WriteString_WhenItIsNoUtf8_ThenReplacedAndACutEndIsRefused) {
         return ndk::AParcel_readString(parcel.get(), &back) == STATUS_OK ? back : "?"s;
     };
     const std::string mark = "\xef\xbf\xbd";
-    for (const std::string& valid : {"\xc2\x80"s, "\xef\xbf\xbf"s, "\xf4\x8f\xbf\xbf"s, "\x7f"s, "\xee\x80\x80"s}) {
+    for (const std::string& valid :
+         {"\xc2\x80"s, "\xef\xbf\xbf"s, "\xf4\x8f\xbf\xbf"s, "\x7f"s, "\xee\x80\x80"s, std::string(100'000, 'x')}) {
         EXPECT_EQ(valid, there(valid));
     }
     EXPECT_EQ(mark + "a", there("\xff"

@@ -1,6 +1,8 @@
 // The other process of the tests. `serve NAME`: publishes an Echo. `lend NAME`: hands one to the service and waits.
 
 #include <android/binder_process.h>
+#include <signal.h>
+#include <sys/prctl.h>
 
 #include <cstdio>
 #include <cstring>
@@ -9,6 +11,7 @@
 
 int main(int count, char** arguments) {
     if (count != 3) return 2;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     ABinderProcess_setThreadPoolMaxThreadCount(4);
     ABinderProcess_startThreadPool();
     const ndk::SpAIBinder own = test::newEcho(new test::Echo);

@@ -2,11 +2,11 @@
 #include <sys/resource.h>
 
 #include <future>
-#include <thread>
 
 #include "tests/binder/Peer.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -44,13 +44,9 @@ binder_status_t note(const ndk::SpAIBinder& target, int32_t value, size_t ballas
 
 /** In each of so many threads, so many times. */
 void inThreads(size_t count, int times, const std::function<void(size_t)>& action) {
-    std::vector<std::thread> threads;
-    for (size_t i = 0; i < count; ++i) {
-        threads.emplace_back([=, &action] {
-            for (int n = 0; n < times; ++n) action(i);
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    test::inThreads(count, [&](size_t i) {
+        for (int n = 0; n < times; ++n) action(i);
+    });
 }
 
 binder_status_t post(const ndk::SpAIBinder& target, int32_t count) {
@@ -213,6 +209,10 @@ TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGe
         setrlimit(RLIMIT_NOFILE, &each);
         inThreads(100, 20, [&](size_t i) { EXPECT_EQ(STATUS_OK, echo(mService, 10 + i)); });
     }
+}
+
+TEST_F(ProcessesTest, Transact_WhenManyThreadsSendLargeCallsAtOnce_ThenEachGetsItsReply) {
+    inThreads(24, 2, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 900'000)); });
 }
 
 TEST_F(ProcessesTest, Transact_WhenTheNameIsGoneFromTheFolder_ThenTheServiceIsNotTakenForDead) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,11 @@ public:
     void init(int32_t instanceId) override {
         Component::init(instanceId);
         mCalls.push_back(mName + ".init " + std::to_string(instanceId));
+        atInit();
     }
     void postInit(int32_t phase) override { mCalls.push_back(mName + ".postInit " + std::to_string(phase)); }
+
+    std::function<void()> atInit = [] {};
 
 private:
     const std::string mName;
@@ -63,6 +67,14 @@ TEST_F(ComponentManagerTest, Init_WhenSeveralComponents_ThenThreePassesInOrderOf
     manager.add(preset);
     init(2);
     EXPECT_EQ(calls, (Calls{"first.init 2", "preset.init 5", "first.postInit 0", "preset.postInit 0"}));
+}
+
+TEST_F(ComponentManagerTest, Init_WhenAComponentAddsAnother_ThenThatIsStartedToo) {
+    const sp<RecordingComponent> early = new RecordingComponent("early", calls);
+    early->atInit = [&] { manager.add(make("late")); };
+    manager.add(early);
+    init(2);
+    EXPECT_EQ(calls, (Calls{"early.init 2", "late.init 2", "early.postInit 0", "late.postInit 0"}));
 }
 
 TEST_F(ComponentManagerTest, Init_WhenNobodyVotes_ThenListenersAreToldOnce) {

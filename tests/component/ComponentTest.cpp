@@ -4,13 +4,13 @@
 #include "component/SubsysComponent.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
+#include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
 
 #include <functional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -42,30 +42,26 @@ public:
     void handleMessage(const sp<Message>& message) override { replies.add({message->arg2, message->obj}); }
 };
 
-class RecordingModule : public Module {
-public:
-    RecordingModule(std::string name, std::vector<std::string>& calls) : mName(std::move(name)), mCalls(calls) {}
-    ~RecordingModule() override { mCalls.push_back("~" + mName); }
-    void onInit() override {
-        mCalls.push_back(mName + std::to_string(mInstanceId));
-        if (onInitAction) onInitAction();
-    }
-    std::function<void()> onInitAction;
-
-private:
-    const std::string mName;
-    std::vector<std::string>& mCalls;
-};
-
+// Tells of its death.
 template <typename Base>
 class Obituary : public Base {
 public:
     Obituary(std::string name, std::vector<std::string>& calls) : mName(std::move(name)), mCalls(calls) {}
     ~Obituary() override { mCalls.push_back("~" + mName); }
 
-private:
+protected:
     const std::string mName;
     std::vector<std::string>& mCalls;
+};
+
+class RecordingModule : public Obituary<Module> {
+public:
+    using Obituary::Obituary;
+    void onInit() override {
+        mCalls.push_back(mName + std::to_string(mInstanceId));
+        if (onInitAction) onInitAction();
+    }
+    std::function<void()> onInitAction;
 };
 
 class ComponentTest : public testing::Test {
@@ -187,11 +183,7 @@ TEST_F(ComponentTest, SendResponse_WhenWithoutValue_ThenObjectIsLeftAsItWas) {
 
 TEST_F(ComponentTest, SendResponse_WhenManyThreadsReplyToOneMessage_ThenItIsAnsweredOnce) {
     const sp<Message> message = reply();
-    std::vector<std::thread> threads;
-    for (uint8_t i = 0; i < 8; ++i) {
-        threads.emplace_back([&, i] { SubsysComponent::sendResponse(message, SUBSYS_Errno::SUCCESS, i); });
-    }
-    for (std::thread& thread : threads) thread.join();
+    test::inThreads(8, [&](size_t) { SubsysComponent::sendResponse(message, SUBSYS_Errno::SUCCESS, uint8_t{1}); });
     (void)onlyReply();
     component->sendErrorResponse(message, 1);  // Dispatched already.
     component->sendErrorResponse(nullptr, 1);

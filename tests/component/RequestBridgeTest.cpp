@@ -86,6 +86,43 @@ TEST_F(RequestBridgeTest, Void_WhenAnsweredLateTwiceAndOutOfOrder_ThenEachSerial
     EXPECT_EQ(serials, (std::vector<int32_t>{2, 0, 1}));
 }
 
+TEST_F(RequestBridgeTest, Void_WhenSentByHandAndThenAnswered_ThenTheFirstCounts) {
+    const test::LogCapture log;
+    looper.run([&] {
+        (void)callVoid(1, [](const sp<Message>& reply) {
+            answer(3, new Integer(1))(reply);
+            SubsysComponent::sendResponse(reply, SUBSYS_Errno::SUCCESS, uint8_t{9});
+            SubsysComponent::sendResponse(reply, SUBSYS_Errno::GENERIC_FAILURE);
+        });
+    });
+    EXPECT_EQ(onlyResponse().error, SUBSYS_Errno(3));
+    EXPECT_EQ(log.count("Component", "second reply to a message refused", ANDROID_LOG_WARN), 2u);
+}
+
+TEST_F(RequestBridgeTest, Request_WhenTooManyWait_ThenRefusedAtOnceUntilOneIsDropped) {
+    const test::LogCapture log;
+    const struct {
+        size_t payload;
+        size_t accepted;
+    } cases[] = {{0, 65'536}, {1 << 20, 64}};
+    for (const auto& [payload, accepted] : cases) {
+        std::vector<sp<Message>> unanswered;
+        std::vector<int32_t> refused;
+        const auto request = [&, size = payload] {
+            (void)callComponent(
+                handler, size, [&](const sp<Message>& reply) { unanswered.push_back(reply); },
+                [&](const Message& reply) { refused.push_back(reply.arg2); });
+        };
+        for (size_t i = 0; i < accepted + 2; ++i) request();
+        EXPECT_EQ(unanswered.size(), accepted);
+        EXPECT_EQ(refused, (std::vector<int32_t>{2, 2}));
+        unanswered.pop_back();
+        request();
+        EXPECT_EQ(unanswered.size(), accepted);
+    }
+    EXPECT_EQ(log.count("RequestBridge", "too many requests are unanswered, refused", ANDROID_LOG_ERROR), 2u);
+}
+
 TEST_F(RequestBridgeTest, Void_WhenNeverAnsweredOrAnswered_ThenNothingOfTheRequestStaysBehind) {
     const auto token = std::make_shared<int>();
     const auto response = [token](int32_t, SUBSYS_Errno) { return ndk::ScopedAStatus::ok(); };

@@ -1,41 +1,28 @@
 #include <cutils/properties.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <atomic>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/support/DeviceFolder.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A device folder with these properties, named by the environment. The process reads properties once, so that each test
-// makes one.
+// The process reads properties once, so that each test makes a device.
 class Properties : public testing::Test {
 protected:
-    Properties()
-        : mRoot(testing::TempDir() + "properties-" + std::to_string(getpid())), mFile(mRoot / "vendor/build.prop") {
-        std::filesystem::create_directories(mFile.parent_path());
-        setenv("SUBSYS_DEVICE_ROOT", mRoot.c_str(), 1);
-    }
-    ~Properties() override { std::filesystem::remove_all(mRoot); }
+    void write(const std::string& text) const { mDevice.write(BUILD_PROP, text); }
 
-    void write(const std::string& text) const { std::ofstream(mFile) << text; }
-
-    const std::filesystem::path mRoot;
-    const std::filesystem::path mFile;
+    static constexpr const char* BUILD_PROP = "/vendor/build.prop";
+    const test::DeviceFolder mDevice;
+    const std::filesystem::path mFile = mDevice.place(BUILD_PROP);
 };
 
 TEST_F(Properties, GetBool_WhenTheValueIsOneOfTheTen_ThenItsMeaningElseTheDefault) {
@@ -88,9 +75,9 @@ TEST_F(Properties, GetBool_WhenThereIsNoFile_ThenTheDefaultInSilence) {
 class NoProperties : public Properties, public testing::WithParamInterface<std::string> {
 protected:
     void make() const {
-        if (GetParam() == "fifo") mkfifo(mFile.c_str(), 0600);
+        if (GetParam() == "fifo") mDevice.makeFifo(BUILD_PROP);
         if (GetParam() == "endless") std::filesystem::create_symlink("/dev/zero", mFile);
-        if (GetParam() == "folder") std::filesystem::create_directory(mFile);
+        if (GetParam() == "folder") mDevice.makeDirectory(BUILD_PROP);
         if (GetParam() != "huge") return;
         write("key=true\n");
         std::filesystem::resize_file(mFile, (1 << 20) + 1);
@@ -119,10 +106,8 @@ TEST_F(Properties, GetBool_WhenManyThreadsCallFirst_ThenAllSeeTheFile) {
     std::string text;
     for (int i = 0; i < 1000; ++i) text += "key." + std::to_string(i) + "=true\n";
     write(text);
-    std::vector<std::thread> threads;
     std::atomic<int> seen = 0;
-    for (int i = 0; i < 8; ++i) threads.emplace_back([&seen] { seen += property_get_bool("key.999", 0); });
-    for (auto& thread : threads) thread.join();
+    test::inThreads(8, [&seen](size_t) { seen += property_get_bool("key.999", 0); });
     EXPECT_EQ(seen, 8);
 }
 

@@ -26,6 +26,24 @@ using testing::Not;
 const std::string NAME = std::string(ISubsys::descriptor) + "/default";
 const std::string SERVING = "subsysd: serving " + NAME + ", pid ";
 
+std::vector<std::string> command(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), SUBSYSD);
+    return arguments;
+}
+
+class Daemon : public test::Process {
+public:
+    // Returns when the output holds the text.
+    explicit Daemon(const std::vector<std::string>& arguments = {}, const std::string& text = SERVING)
+        : Process(command(arguments)) {
+        EXPECT_TRUE(awaitOutput(text)) << output();
+    }
+    void expectEnd(int signalNumber, int code) {
+        signal(signalNumber);
+        EXPECT_EQ(wait(), code) << output();
+    }
+};
+
 // Runs daemons with a folder of names, a device folder and nothing else of the environment.
 class Subsysd : public testing::Test {
 protected:
@@ -38,10 +56,6 @@ protected:
 
     [[nodiscard]] std::string device() const { return folder / "device"; }
 
-    static std::vector<std::string> command(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), SUBSYSD);
-        return arguments;
-    }
     // Runs to its end.
     static void expectEnd(const std::vector<std::string>& arguments, int code, const std::string& text) {
         test::Process daemon(command(arguments));
@@ -51,45 +65,29 @@ protected:
     }
     // Serves, is asked to end, and gives its output.
     static std::string serveAndEnd(const std::vector<std::string>& arguments) {
-        test::Process daemon(command(arguments));
-        EXPECT_TRUE(daemon.awaitOutput(SERVING)) << daemon.output();
-        daemon.signal(SIGTERM);
-        EXPECT_EQ(daemon.wait(), 0) << daemon.output();
+        Daemon daemon(arguments);
+        daemon.expectEnd(SIGTERM, 0);
         return daemon.output();
     }
 
     const std::filesystem::path folder;
 };
 
-TEST_F(Subsysd, Signal_WhenServing_ThenItEndsWithZero) {
-    for (const int number : {SIGTERM, SIGINT}) {
-        test::Process daemon(command({}));
-        ASSERT_TRUE(daemon.awaitOutput(SERVING)) << daemon.output();
-        daemon.signal(number);
-        EXPECT_EQ(daemon.wait(), 0) << daemon.output();
-    }
-}
-
-TEST_F(Subsysd, Signal_WhenStarting_ThenItEndsWithZero) {
-    test::Process daemon(command({"--log-level", "debug"}));
-    ASSERT_TRUE(daemon.awaitOutput("create PluginManagerComponent")) << daemon.output();
-    daemon.signal(SIGTERM);
-    EXPECT_EQ(daemon.wait(), 0) << daemon.output();
+TEST_F(Subsysd, Signal_WhenStartingOrServing_ThenItEndsWithZero) {
+    for (const int number : {SIGTERM, SIGINT}) Daemon().expectEnd(number, 0);
+    Daemon({"--log-level", "debug"}, "create PluginManagerComponent").expectEnd(SIGTERM, 0);
 }
 
 TEST_F(Subsysd, Signal_WhenAComponentNeverReturns_ThenItEndsByForce) {
     setenv("HOST_TEST_HANGS", "1", 1);
-    test::Process daemon(command({"--load", COMPONENT_LIBRARY}));
-    ASSERT_TRUE(daemon.awaitOutput("HostTestComponent: init 0")) << daemon.output();
-    daemon.signal(SIGTERM);
-    EXPECT_EQ(daemon.wait(), 3);
+    Daemon daemon({"--load", COMPONENT_LIBRARY}, "HostTestComponent: init 0");
+    daemon.expectEnd(SIGTERM, 3);
     EXPECT_THAT(daemon.output(),
                 HasSubstr(" E subsysd: the main thread is stuck: ended by force 3 s after the signal\n"));
 }
 
 TEST_F(Subsysd, Log_WhenNobodyReads_ThenRequestsAreServedAndLinesAreDropped) {
-    test::Process daemon(command({"--log-level", "debug"}));
-    ASSERT_TRUE(daemon.awaitOutput(SERVING)) << daemon.output();
+    Daemon daemon({"--log-level", "debug"});
     const auto service = ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(NAME.c_str())));
     ASSERT_NE(service, nullptr);
     constexpr int MORE_LINES_THAN_A_PIPE_HOLDS = 2000;
@@ -104,8 +102,7 @@ TEST_F(Subsysd, Log_WhenNobodyReads_ThenRequestsAreServedAndLinesAreDropped) {
 }
 
 TEST_F(Subsysd, Start_WhenItSaysThatItServes_ThenAClientReachesIt) {
-    test::Process daemon(command({}));
-    ASSERT_TRUE(daemon.awaitOutput(SERVING)) << daemon.output();
+    const Daemon daemon;
     const auto service = ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(NAME.c_str())));
     ASSERT_NE(service, nullptr);
     int32_t version = 0;
@@ -115,8 +112,7 @@ TEST_F(Subsysd, Start_WhenItSaysThatItServes_ThenAClientReachesIt) {
 }
 
 TEST_F(Subsysd, Start_WhenALiveDaemonHoldsTheName_ThenItFailsAndTheFirstStays) {
-    test::Process first(command({}));
-    ASSERT_TRUE(first.awaitOutput(SERVING)) << first.output();
+    const Daemon first;
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": another process serves it");
     const ndk::SpAIBinder service(AServiceManager_checkService(NAME.c_str()));
     EXPECT_EQ(AIBinder_ping(service.get()), STATUS_OK);
@@ -126,10 +122,7 @@ TEST_F(Subsysd, Start_WhenALiveDaemonHoldsTheName_ThenItFailsAndTheFirstStays) {
 }
 
 TEST_F(Subsysd, Start_WhenTheHolderWasKilled_ThenTheNameIsTakenOver) {
-    test::Process first(command({}));
-    ASSERT_TRUE(first.awaitOutput(SERVING)) << first.output();
-    first.signal(SIGKILL);
-    first.wait();
+    Daemon().end();
     serveAndEnd({});
 }
 

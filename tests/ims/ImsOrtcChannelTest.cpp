@@ -2,7 +2,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -12,6 +12,7 @@
 #include "tests/ims/ImsOrtcClient.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -204,17 +205,13 @@ TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenAClientRegistersMeanwhile_ThenI
 TYPED_TEST(ImsOrtcChannelTest, Channel_WhenRegistrationDeathAndDeliveryRace_ThenALiveClientMissesNothing) {
     constexpr size_t ROUNDS = 500;
     const auto live = this->addClient();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([&] {
-            for (size_t round = 0; round < ROUNDS; ++round) this->mChannel->setCallback(this->deadClient());
-        });
-    }
-    threads.emplace_back([&] {
-        for (size_t round = 0; round < ROUNDS; ++round) this->mChannel->sendEmptyMessage(0);
+    const std::function<void()> actions[] = {[&] { this->mChannel->setCallback(this->deadClient()); },
+                                             [&] { this->mChannel->setCallback(this->deadClient()); },
+                                             [&] { this->mChannel->sendEmptyMessage(0); },
+                                             [&] { TypeParam::deliver(*this->mChannel); }};
+    test::inThreads(std::size(actions), [&](size_t i) {
+        for (size_t round = 0; round < ROUNDS; ++round) actions[i]();
     });
-    for (size_t round = 0; round < ROUNDS; ++round) TypeParam::deliver(*this->mChannel);
-    for (auto& thread : threads) thread.join();
     this->mLooper.drain();
     EXPECT_EQ(live->calls.count(), ROUNDS);
 }

@@ -24,15 +24,10 @@
 namespace {
 
 using namespace ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
-using mindroid::Handler;
-using mindroid::Message;
-using mindroid::MessageCallback;
-using mindroid::Object;
-using mindroid::sp;
+using namespace mindroid;
 using ndk::SharedRefBase;
 using test::Bytes;
 using test::bytesOf;
-using test::make;
 
 // A carrier class that this library does not know.
 template <typename Record>
@@ -126,16 +121,16 @@ Request request(const char* name, ndk::ScopedAStatus (ImsOrtcService::*send)(int
 }
 
 const std::vector<Request> REQUESTS = {
-    request("setCallInfo", &ImsOrtcService::setCallInfo, hal::packCallInfo, make<CallInfo>(1, 2, 3, 4, "text"),
-            "update call component is null!"),
-    request("setOrtcRoomInfo", &ImsOrtcService::setOrtcRoomInfo, hal::packOrtcRoomInfo, make<OrtcRoomInfo>(1, 2),
+    request("setCallInfo", &ImsOrtcService::setCallInfo, hal::packCallInfo,
+            CallInfo{1, 2, 3, 4, "text", "", "", "", "", "", 0, 0}, "update call component is null!"),
+    request("setOrtcRoomInfo", &ImsOrtcService::setOrtcRoomInfo, hal::packOrtcRoomInfo, OrtcRoomInfo{1, 2},
             "control component is null!"),
     request("sendImsRtpData", &ImsOrtcService::sendImsRtpData, hal::packImsRtpDataInfo,
-            make<ImsRtpDataInfo>(1, 2, 3, Bytes{4, 5}, 2), "send data component is null!"),
+            ImsRtpDataInfo{1, 2, 3, Bytes{4, 5}, 2}, "send data component is null!"),
     request("setImsRtpRemotePubIpAddr", &ImsOrtcService::setImsRtpRemotePubIpAddr, hal::packImsRtpPubIpAddrInfo,
-            make<ImsRtpPubIpAddrInfo>(1, 2, 3, 4, 5, 6, "::1"), "update ip component is null!"),
+            ImsRtpPubIpAddrInfo{1, 2, 3, 4, 5, 6, "::1"}, "update ip component is null!"),
     request("sendImsRtpRedunSignalMsg", &ImsOrtcService::sendImsRtpRedunSignalMsg, hal::packImsRtpRedunSignalMsg,
-            make<ImsRtpRedunSignalMsg>(1, 2, 3, 4, 5, "hello")),
+            ImsRtpRedunSignalMsg{1, 2, 3, 4, 5, "hello"}),
 };
 
 class ImsOrtcServiceTest : public testing::Test {
@@ -161,7 +156,7 @@ protected:
     // What the clients get for a request; with a record where it is a signalling message.
     static Responses::Call response(const std::string& request, int32_t serial, SUBSYS_Errno error,
                                     const ImsRtpRedunSignalMsgRspInfo& rspInfo = {}) {
-        const auto info = make<SubsysResponseInfo>(0, serial, error);
+        const SubsysResponseInfo info{0, serial, error};
         if (request == "sendImsRtpRedunSignalMsg") return {request + "Response", std::pair(info, rspInfo)};
         return {request + "Response", info};
     }
@@ -228,7 +223,7 @@ TEST_F(ImsOrtcServiceTest, Requests_WhenTheComponentComesAfterInit_ThenReachItAn
 
 TEST_F(ImsOrtcServiceTest, SignalMsg_WhenAnsweredInEveryWay_ThenARecordComesWithSuccessAlone) {
     const hal::ImsRtpRedunSignalMsgRspInfoType record{200, 2, 3, 0, 4, -5};
-    const auto full = make<ImsRtpRedunSignalMsgRspInfo>(200, 2, 3, 4, -5);
+    const ImsRtpRedunSignalMsgRspInfo full{200, 2, 3, 4, -5};
     struct {
         int32_t code;
         bool hasRecord;
@@ -253,50 +248,36 @@ TEST_F(ImsOrtcServiceTest, SignalMsg_WhenAnsweredInEveryWay_ThenARecordComesWith
     expectEachClientGets(expected);
 }
 
-TEST_F(ImsOrtcServiceTest, Init_WhenThereIsAComponent_ThenSubscribesInOrderWithoutThePublicKeys) {
+TEST_F(ImsOrtcServiceTest, Events_WhenSubscribedToAtInit_ThenInOrderWithoutThePublicKeysAndBothClientsGetEachRecord) {
     const auto component = addComponent();
     init();
-    const std::vector<std::string> expected = {"LocalPubIpAddrChanged",
-                                               "recvImsRtpData",
-                                               "notifyOrtcStatus",
-                                               "notifyConnectInfo",
-                                               "recvImsRtpRedunSignalMsgInd",
-                                               "notifyImsRtpRedunDataLinkStateInd"};
-    ASSERT_EQ(component->subscriptions.size(), expected.size());
-    for (size_t i = 0; i < expected.size(); ++i) {
-        const auto& subscription = component->subscriptions[i];
-        EXPECT_EQ(subscription.operation, expected[i]);
-        EXPECT_EQ(subscription.handler, mService);
-        EXPECT_EQ(subscription.obj, nullptr);
-    }
-}
-
-TEST_F(ImsOrtcServiceTest, Events_WhenTheyCarryARecord_ThenBothClientsGetIt) {
-    const auto component = addComponent();
-    init();
-    const auto address = make<ImsRtpPubIpAddrInfo>(1, 2, 3, 4, 5, 6, "198.51.100.7");
-    const auto data = make<ImsRtpDataInfo>(1, 2, 3, Bytes{9, 8}, 2);
-    const auto msg = make<ImsRtpRedunSignalMsg>(1, 2, 3, 4, 5, "ping");
+    const ImsRtpPubIpAddrInfo address{1, 2, 3, 4, 5, 6, "198.51.100.7"};
+    const ImsRtpDataInfo data{1, 2, 3, Bytes{9, 8}, 2};
+    const ImsRtpRedunSignalMsg msg{1, 2, 3, 4, 5, "ping"};
     const std::vector<sp<Object>> carriers = {carry(hal::packImsRtpPubIpAddrInfo(address)),
                                               carry(hal::packImsRtpDataInfo(data)),
                                               new hal::SubsysInterfaceData(hal::OrtcStatusType{1, 2, 3, 4, 5}),
                                               carry(hal::OrtcConnectInfoType{1, 2, 3, 4, "peer"}),
                                               carry(hal::packImsRtpRedunSignalMsg(msg)),
                                               carry(hal::ImsRtpRedunDataLinkStateInfoType{1, 2, 3, 4, 255})};
+    const std::vector<Indications::Call> expected = {
+        {"LocalPubIpAddrChanged", address},
+        {"recvImsRtpData", data},
+        {"notifyOrtcStatus", OrtcStatus{1, 2, 3, 4, 5}},
+        {"notifyConnectInfo", OrtcConnectInfo{1, 2, 3, 4, "peer"}},
+        {"recvImsRtpRedunSignalMsgInd", msg},
+        {"notifyImsRtpRedunDataLinkStateInd", ImsRtpRedunDataLinkStateInfo{1, 2, 3, 4, 255}}};
+    ASSERT_EQ(component->subscriptions.size(), carriers.size());
     for (size_t i = 0; i < carriers.size(); ++i) {
-        const auto& subscription = component->subscriptions.at(i);
-        const mindroid::Registrant registrant(subscription.handler, subscription.callback, subscription.obj);
+        const auto& [operation, handler, callback, obj] = component->subscriptions[i];
+        EXPECT_EQ(operation, expected[i].method);
+        EXPECT_EQ(handler, mService);
+        EXPECT_EQ(obj, nullptr);
+        const mindroid::Registrant registrant(handler, callback, obj);
         registrant.notify(nullptr);  // no record, no indication
         registrant.notify(carriers[i]);
     }
     mLooper.drain();
-    const std::vector<Indications::Call> expected = {
-        {"LocalPubIpAddrChanged", address},
-        {"recvImsRtpData", data},
-        {"notifyOrtcStatus", make<OrtcStatus>(1, 2, 3, 4, 5)},
-        {"notifyConnectInfo", make<OrtcConnectInfo>(1, 2, 3, 4, "peer")},
-        {"recvImsRtpRedunSignalMsgInd", msg},
-        {"notifyImsRtpRedunDataLinkStateInd", make<ImsRtpRedunDataLinkStateInfo>(1, 2, 3, 4, 255)}};
     for (const auto& client : mIndications) EXPECT_EQ(client->calls.all(), expected);
 }
 

@@ -7,30 +7,11 @@
 #include <memory>
 #include <ostream>
 #include <string_view>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace test {
 
 using Bytes = std::vector<uint8_t>;
-
-// An interface record with these values in its fields, in the order of its declaration; the rest are defaults.
-template <typename Info, typename... Values>
-Info make(Values... values) {
-    Info info;
-    std::apply(
-        [&](const auto&... field) {
-            auto members = std::tie(info.*field.member...);
-            auto given = std::tuple(std::move(values)...);
-            [&]<size_t... i>(std::index_sequence<i...>) {
-                ((std::get<i>(members) = std::get<i>(given)), ...);
-            }
-            (std::index_sequence_for<Values...>());
-        },
-        Info::fields());
-    return info;
-}
 
 // A record as the other library sees it: zeros, and little-endian values put at literal offsets.
 class RecordBytes {

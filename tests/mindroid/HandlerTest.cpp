@@ -12,6 +12,7 @@
 #include "LoopFixture.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
 
 namespace mindroid {
 namespace {
@@ -53,70 +54,54 @@ TEST(Handler, SendMessage_WhenItHasAnotherTargetOrACallback_ThenThisHandlerOrThe
 // ---- Order. ----
 
 struct Step {
-    enum { NOW, DELAYED, AT, ADVANCE } kind;
+    enum Kind { NOW, DELAYED, AT, ADVANCE } kind;
     int32_t what;
-    int64_t millis;
+    int64_t millis = 0;
+
+    void perform(const sp<Handler>& handler, ManualClock& clock, uint64_t start) const {
+        const auto later = static_cast<uint64_t>(millis);
+        if (kind == NOW) handler->sendEmptyMessage(what);
+        if (kind == DELAYED) handler->sendEmptyMessageDelayed(what, millis);
+        if (kind == AT) handler->sendMessageAtTime(handler->obtainMessage(what), start + later);
+        if (kind == ADVANCE) clock.advance(later);
+    }
 };
 
-struct OrderCase {
-    const char* name;
-    std::vector<Step> steps;
-    std::vector<int32_t> order;
-};
-
-void perform(const Step& step, const sp<Handler>& handler, ManualClock& clock, uint64_t start) {
-    const auto millis = static_cast<uint64_t>(step.millis);
-    if (step.kind == Step::NOW) handler->sendEmptyMessage(step.what);
-    if (step.kind == Step::DELAYED) handler->sendEmptyMessageDelayed(step.what, step.millis);
-    if (step.kind == Step::AT) handler->sendMessageAtTime(handler->obtainMessage(step.what), start + millis);
-    if (step.kind == Step::ADVANCE) clock.advance(millis);
-}
-
-class HandlerOrder : public testing::TestWithParam<OrderCase> {};
-
-TEST_P(HandlerOrder, Messages_WhenSent_ThenRunByDueTimeThenBySending) {
+std::vector<int32_t> orderOf(const std::vector<Step>& steps) {
     sp<Probe> probe;
     test::runLoop([&] {
         ManualClock clock;
         probe = new Probe();
         const uint64_t start = SystemClock::uptimeMillis();
-        for (const Step& step : GetParam().steps) perform(step, probe, clock, start);
+        for (const Step& step : steps) step.perform(probe, clock, start);
         probe->sendEmptyMessage(QUIT);
         Looper::loop();
     });
-    EXPECT_EQ(probe->seen, GetParam().order);
+    return probe->seen;
 }
 
-constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max();
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, HandlerOrder,
-    testing::Values(
-        OrderCase{
-            "Now", {{Step::NOW, 1, 0}, {Step::NOW, 2, 0}, {Step::DELAYED, 3, -5}, {Step::NOW, 4, 0}}, {1, 2, 3, 4}},
-        OrderCase{"EarlierDueFirst",
-                  {{Step::DELAYED, 1, 9}, {Step::DELAYED, 2, 3}, {Step::AT, 3, 6}, {Step::ADVANCE, 0, 9}},
-                  {2, 3, 1}},
-        OrderCase{"EqualDueFirstSentFirst",
-                  {{Step::DELAYED, 1, 5},
-                   {Step::ADVANCE, 0, 1},
-                   {Step::DELAYED, 2, 4},
-                   {Step::AT, 3, 5},
-                   {Step::ADVANCE, 0, 4}},
-                  {1, 2, 3}},
-        OrderCase{"NowDoesNotOvertakeWhatIsDue",
-                  {{Step::NOW, 1, 0}, {Step::DELAYED, 2, 5}, {Step::ADVANCE, 0, 5}, {Step::NOW, 3, 0}},
-                  {1, 2, 3}},
-        OrderCase{"NowRunsBeforeWhatIsNotDue",
-                  {{Step::DELAYED, 1, 5}, {Step::ADVANCE, 0, 4}, {Step::NOW, 2, 0}, {Step::ADVANCE, 0, 1}},
-                  {2, 1}},
-        OrderCase{"ThePastCountsAsNow",
-                  {{Step::ADVANCE, 0, 9}, {Step::AT, 1, 4}, {Step::AT, 2, 3}, {Step::NOW, 3, 0}, {Step::AT, 4, -9}},
-                  {1, 2, 3, 4}},
-        OrderCase{"TheFarFutureNeverComes",
-                  {{Step::DELAYED, 1, FOREVER}, {Step::AT, 2, FOREVER}, {Step::DELAYED, 3, 7}, {Step::ADVANCE, 0, 7}},
-                  {3}}),
-    [](const auto& tested) { return tested.param.name; });
+TEST(Handler, Messages_WhenSent_ThenRunByDueTimeThenBySending) {
+    using enum Step::Kind;
+    constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max();
+    const struct {
+        const char* rule;
+        std::vector<Step> steps;
+        std::vector<int32_t> order;
+    } cases[] = {
+        {"now", {{NOW, 1}, {NOW, 2}, {DELAYED, 3, -5}, {NOW, 4}}, {1, 2, 3, 4}},
+        {"the earlier due first", {{DELAYED, 1, 9}, {DELAYED, 2, 3}, {AT, 3, 6}, {ADVANCE, 0, 9}}, {2, 3, 1}},
+        {"of those equally due the first sent first",
+         {{DELAYED, 1, 5}, {ADVANCE, 0, 1}, {DELAYED, 2, 4}, {AT, 3, 5}, {ADVANCE, 0, 4}},
+         {1, 2, 3}},
+        {"now does not overtake what is due", {{NOW, 1}, {DELAYED, 2, 5}, {ADVANCE, 0, 5}, {NOW, 3}}, {1, 2, 3}},
+        {"now runs before what is not due", {{DELAYED, 1, 5}, {ADVANCE, 0, 4}, {NOW, 2}, {ADVANCE, 0, 1}}, {2, 1}},
+        {"the past counts as now", {{ADVANCE, 0, 9}, {AT, 1, 4}, {AT, 2, 3}, {NOW, 3}, {AT, 4, -9}}, {1, 2, 3, 4}},
+        {"the far future never comes",
+         {{DELAYED, 1, FOREVER}, {AT, 2, FOREVER}, {DELAYED, 3, 7}, {ADVANCE, 0, 7}},
+         {3}},
+    };
+    for (const auto& [rule, steps, order] : cases) EXPECT_EQ(orderOf(steps), order) << rule;
+}
 
 TEST(Handler, Delayed_WhenManyInAnyOrder_ThenRunByDueTimeThenBySending) {
     constexpr int32_t COUNT = 1000, TIMES = 50;
@@ -142,19 +127,17 @@ TEST(Handler, Delayed_WhenManyInAnyOrder_ThenRunByDueTimeThenBySending) {
 
 TEST(ManualClock, Advance_WhenALooperSleeps_ThenItRunsWhatIsDueAndNoMore) {
     ManualClock clock;
-    const sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
-    const sp<Handler> handler = new Handler(thread->getLooper());
+    const test::LooperThread looper;
     test::Recorder<int> ran;
     for (const int delay : {200, 199, 400}) {
-        handler->postDelayed(new Runnable([&ran, delay] { ran.add(delay); }), delay);
+        looper.handler()->postDelayed(new Runnable([&ran, delay] { ran.add(delay); }), delay);
     }
     clock.advance(198);
-    handler->post(new Runnable([&] { ran.add(0); }));
+    looper.handler()->post(new Runnable([&] { ran.add(0); }));
     ASSERT_TRUE(ran.await(1));
     clock.advance(2);
     ASSERT_TRUE(ran.await(3));
-    handler->removeCallbacksAndMessages();
+    looper.handler()->removeCallbacksAndMessages();
     EXPECT_EQ(ran.all(), (std::vector<int>{0, 199, 200}));
 }
 

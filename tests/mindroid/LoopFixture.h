@@ -11,6 +11,8 @@
 #include <mindroid/Looper.h>
 #include <mindroid/Message.h>
 
+#include "tests/support/Threads.h"
+
 namespace test {
 
 inline constexpr int32_t QUIT = -1;
@@ -56,16 +58,9 @@ inline void runLoop(const std::function<void()>& setUp) {
 }
 
 // Starts the call on `count` threads at once and returns how many answered true.
-inline int countTrue(int count, const std::function<bool()>& call) {
-    std::atomic<int> ready{0}, answers{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back([&] {
-            for (++ready; ready < count;) std::this_thread::yield();
-            answers += call();
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+inline int countTrue(size_t count, const std::function<bool()>& call) {
+    std::atomic<int> answers{0};
+    inThreads(count, [&](size_t) { answers += call(); });
     return answers;
 }
 

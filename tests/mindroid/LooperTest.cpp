@@ -9,6 +9,7 @@
 #include "LoopFixture.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
 
 namespace mindroid {
 namespace {
@@ -125,37 +126,21 @@ TEST(LooperDrop, Drop_WhenADestructorCallsTheLooper_ThenItDoesNotBlock) {
 }
 
 TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOn) {
-    const sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
-    const sp<Handler> handler = new Handler(thread->getLooper());
+    test::LooperThread looper;
     const auto switches = [&] {
-        test::Recorder<long> count;
-        handler->post(new Runnable([&] {
+        return looper.run([] {
             rusage usage{};
             getrusage(RUSAGE_THREAD, &usage);
-            count.add(usage.ru_nvcsw);
-        }));
-        EXPECT_TRUE(count.await());
-        return count.all().front();
+            return usage.ru_nvcsw;
+        });
     };
-    handler->sendEmptyMessageDelayed(1, 60'000);
+    looper.handler()->sendEmptyMessageDelayed(1, 60'000);
     const long before = switches();
-    for (int i = 0; i < 1000; ++i) handler->sendEmptyMessageDelayed(1, 120'000);
+    for (int i = 0; i < 1000; ++i) looper.handler()->sendEmptyMessageDelayed(1, 120'000);
     EXPECT_LT(switches() - before, 100);
 }
 
 // ---- A thread with a looper. ----
-
-std::string nameOf(const sp<HandlerThread>& thread) {
-    test::Recorder<std::string> names;
-    const sp<Handler> handler = new Handler(thread->getLooper());
-    handler->post(new Runnable([&] {
-        char name[16] = {};
-        pthread_getname_np(pthread_self(), name, sizeof name);
-        names.add(name);
-    }));
-    return names.await() ? names.all().front() : "";
-}
 
 TEST(HandlerThread, Name_WhenAnyLength_ThenIsCutTo15) {
     const struct {
@@ -164,7 +149,9 @@ TEST(HandlerThread, Name_WhenAnyLength_ThenIsCutTo15) {
     } cases[] = {{new HandlerThread(), "HandlerThread"}, {new HandlerThread("a-name-of-sixteen"), "a-name-of-sixte"}};
     for (const auto& [thread, name] : cases) {
         ASSERT_TRUE(thread->start());
-        EXPECT_EQ(nameOf(thread), name);
+        char given[16] = {};
+        test::runOn(new Handler(thread->getLooper()), [&] { pthread_getname_np(pthread_self(), given, sizeof given); });
+        EXPECT_STREQ(given, name);
     }
 }
 

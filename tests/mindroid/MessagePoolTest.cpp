@@ -3,13 +3,12 @@
 #include <atomic>
 #include <cstdlib>
 #include <new>
+#include <thread>
+#include <vector>
 
-#include <mindroid/Handler.h>
-#include <mindroid/HandlerThread.h>
-#include <mindroid/Looper.h>
+#include <mindroid/Message.h>
 
-#include "LoopFixture.h"
-#include "tests/support/Await.h"
+#include "tests/support/LooperThread.h"
 
 // Message memory is all that this program asks for with an alignment.
 static std::atomic<int> sAlignedAllocations{0};
@@ -26,21 +25,12 @@ void operator delete(void* memory, std::align_val_t) noexcept {
 namespace mindroid {
 namespace {
 
-// Sends `count` messages to another thread, each burst after the one before has run.
-void exchange(const sp<Handler>& handler, int count, int burst) {
-    for (int sent = 0; sent < count; sent += burst) {
-        test::Event done;
-        for (int i = 1; i < burst; ++i) handler->sendEmptyMessage(i);
-        handler->post(new Runnable([&] { done.signal(); }));
-        ASSERT_TRUE(done.await());
-    }
-}
-
 TEST(MessagePool, Traffic_WhenOneThreadSendsAndAnotherSpends_ThenTheHeapIsLeftAlone) {
-    const sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
-    const sp<Handler> handler = new Handler(thread->getLooper());
-    exchange(handler, 60'000, 100);
+    test::LooperThread looper;
+    for (int burst = 0; burst < 600; ++burst) {
+        for (int i = 1; i < 100; ++i) looper.handler()->sendEmptyMessage(i);
+        looper.drain();  // with a message of its own
+    }
     EXPECT_GT(sAlignedAllocations, 0);
     EXPECT_LE(sAlignedAllocations, 100 + 6 * 64) << "what a burst needs, and what the threads and the pool hold back";
 }

@@ -10,8 +10,8 @@
 #include <mindroid/RegistrantList.h>
 
 #include "LoopFixture.h"
-#include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
 
 namespace mindroid {
 namespace {
@@ -65,24 +65,21 @@ TEST(Stress, Senders_WhenManyAndSomeoneRemovesAndQuits_ThenEachMessageIsSpentOnc
 }
 
 TEST(Stress, TasksAndList_WhenUsedByMany_ThenOnlyATaskUnderWayGoesOnAndTheListStaysWhole) {
-    const sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
+    const test::LooperThread looper;
     const sp<RegistrantList> list = new RegistrantList();
     std::atomic<int> told{0};
     const sp<MessageCallback> callback = new MessageCallback([&](const auto&) { ++told; });
     test::countTrue(SENDERS, [&] {
-        const sp<Handler> handler = new Handler(thread->getLooper());
+        const sp<Handler> handler = new Handler(looper.looper());
         for (int i = 0; i < 200; ++i) {
             std::atomic<int> runs{0};
-            test::Event fence;
             const sp<Runnable> task = new Runnable([&] { ++runs; });
             for (const int delay : {0, 1, 0, 0}) handler->postDelayed(task, delay);
             handler->removeCallbacks(task);
             const int before = runs;
             list->replace(new Registrant(handler, callback, nullptr));
             list->notify(new Integer(i));
-            handler->post(new Runnable([&] { fence.signal(); }));
-            EXPECT_TRUE(fence.await());
+            test::runOn(handler, [] {});
             EXPECT_LE(runs - before, 1);
             EXPECT_EQ(task->strongCount(), 1);
         }

@@ -2,6 +2,7 @@
 
 #include "tests/support/LogCapture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,28 +13,16 @@ namespace {
 
 using namespace ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
-using Bytes = std::vector<uint8_t>;
+using testing::ElementsAre;
+using testing::FieldsAre;
 
 TEST(FromRecord, WhenFieldsAreGiven_ThenEachIsCarriedInItsLayout) {
     const IccStateInfoType record = {0x102, 0xFF, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}};
-    const IccStateInfo event = fromStateEvent(record);
-    EXPECT_EQ(event.state, 2);
-    EXPECT_EQ(event.bypass, -1);
-    EXPECT_EQ(event.modeNum, 2);
-    EXPECT_EQ(event.modeTypes, (Bytes{1, 3}));
-    EXPECT_EQ(event.modeValues, (Bytes{2, 4}));
-    const IccStateInfo answer = fromStateAnswer(record);
-    EXPECT_EQ(answer.modeTypes, (Bytes{1, 2}));
-    EXPECT_EQ(answer.modeValues, (Bytes{8, 9}));
-    const IccPerceptionInfo perception = fromPerception({2, {{1, 2, 3}, {4, 5, 255}}, {}});
-    ASSERT_EQ(perception.percTypes.size(), 2U);
-    EXPECT_EQ(perception.percTypes[0].value2, 3);
-    EXPECT_EQ(perception.percTypes[1].value0, 4);
-    EXPECT_EQ(perception.percTypes[1].value1, 5);
-    EXPECT_EQ(perception.percTypes[1].value2, -1);
-    const IccIndInfo info = fromInformation({5, {1, 2, 253, 4}, 4});
-    EXPECT_EQ(info.id, 5);
-    EXPECT_EQ(info.data, (Bytes{1, 2, 253, 4}));
+    EXPECT_THAT(fromStateEvent(record), FieldsAre(2, -1, 2, ElementsAre(1, 3), ElementsAre(2, 4)));
+    EXPECT_THAT(fromStateAnswer(record), FieldsAre(2, -1, 2, ElementsAre(1, 2), ElementsAre(8, 9)));
+    EXPECT_THAT(fromPerception({2, {{1, 2, 3}, {4, 5, 255}}, {}}),
+                FieldsAre(ElementsAre(FieldsAre(1, 2, 3), FieldsAre(4, 5, -1))));
+    EXPECT_THAT(fromInformation({5, {1, 2, 253, 4}, 4}), FieldsAre(5, ElementsAre(1, 2, 253, 4)));
 }
 
 TEST(FromRecord, WhenCountVaries_ThenCutToTheRecordWithOneLine) {

@@ -9,14 +9,9 @@
 
 namespace {
 
+using namespace mindroid;
+using namespace test;
 using hal::RfSubsysComponent;
-using mindroid::ByteArray;
-using mindroid::Integer;
-using mindroid::Message;
-using mindroid::sp;
-using test::FakeVsComponent;
-using test::iccPlugin;
-using test::Recorder;
 
 using Calls = std::vector<std::string>;
 

@@ -7,57 +7,18 @@
 #include "tests/rf/RfFixture.h"
 #include "tests/support/SubsysClient.h"
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIccMetaCallback.h>
+#include <gmock/gmock.h>
 #include <mindroid/SystemClock.h>
 
 #include <functional>
 
 namespace {
 
-using hal::RfSubsysComponent;
-using mindroid::ByteArray;
-using mindroid::sp;
-using test::iccPlugin;
-using test::Indication;
-using test::Response;
+using namespace test;
 using namespace test::pkg;
+using hal::RfSubsysComponent;
 
 constexpr const char* TAG = "RfSubsysService";
-using Bytes = std::vector<uint8_t>;
-
-class MetaCallback : public BnSubsysIccMetaCallback {
-public:
-    ndk::ScopedAStatus onIccMetaResp(const IccMetaRespInfo& info) override {
-        answers.add(info);
-        return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
-    }
-    test::Recorder<IccMetaRespInfo> answers;
-};
-
-SubsysResponseInfo info(int32_t serial, SUBSYS_Errno error) {
-    SubsysResponseInfo header;
-    header.serial = serial;
-    header.error = error;
-    return header;
-}
-
-IccReqInfo command(int32_t reqId, Bytes data, int32_t timeout) {
-    IccReqInfo request;
-    request.reqId = reqId;
-    request.data = std::move(data);
-    request.timeout = timeout;
-    return request;
-}
-
-IccMetaReqInfo metaCommand(int32_t reqId) {
-    IccMetaReqInfo request;
-    request.id = 1;
-    request.token = -2;
-    request.type = 0x1FF;
-    request.reqId = reqId;
-    request.data = {9};
-    return request;
-}
 
 class RfSubsysServiceTest : public test::RfFixture {
 protected:
@@ -91,8 +52,8 @@ protected:
     const std::shared_ptr<test::SubsysResponseClient> mClient = ndk::SharedRefBase::make<test::SubsysResponseClient>();
     const std::shared_ptr<test::SubsysIndicationClient> mListener =
         ndk::SharedRefBase::make<test::SubsysIndicationClient>();
-    const std::shared_ptr<MetaCallback> mMeta = ndk::SharedRefBase::make<MetaCallback>();
-    sp<RfSubsysService> mService;
+    const std::shared_ptr<IccMetaClient> mMeta = ndk::SharedRefBase::make<IccMetaClient>();
+    mindroid::sp<RfSubsysService> mService;
 };
 
 TEST_F(RfSubsysServiceTest, Requests_WhenComponentComes_ThenAnsweredWithTheirSerial) {
@@ -101,18 +62,18 @@ TEST_F(RfSubsysServiceTest, Requests_WhenComponentComes_ThenAnsweredWithTheirSer
         std::function<ndk::ScopedAStatus(RfSubsysService&)> request;
         Response expected;
     } cases[] = {
-        {[](auto& rf) { return rf.getSwtpStatus(1); }, {"getSwtpStatusResponse", info(1, UNSUPPORTED), int8_t{0}}},
-        {[](auto& rf) { return rf.setMipiFreqClk(2, 0, -1); }, {"setMipiFreqClkResponse", info(2, UNSUPPORTED)}},
-        {[](auto& rf) { return rf.setOscFreqClk(3, 0, 0); }, {"setOscFreqClkResponse", info(3, UNSUPPORTED)}},
+        {[](auto& rf) { return rf.getSwtpStatus(1); }, {"getSwtpStatusResponse", {0, 1, UNSUPPORTED}, int8_t{0}}},
+        {[](auto& rf) { return rf.setMipiFreqClk(2, 0, -1); }, {"setMipiFreqClkResponse", {0, 2, UNSUPPORTED}}},
+        {[](auto& rf) { return rf.setOscFreqClk(3, 0, 0); }, {"setOscFreqClkResponse", {0, 3, UNSUPPORTED}}},
         {[](auto& rf) { return rf.getNvramData(4, 0, INT32_MIN); },
-         {"getNvramDataResponse", info(4, UNSUPPORTED), std::string()}},
+         {"getNvramDataResponse", {0, 4, UNSUPPORTED}, std::string()}},
         {[](auto& rf) { return rf.setIccTuningState(-5, 0, 0, 0, 0); },
-         {"setIccTuningStateResponse", info(-5, UNSUPPORTED)}},
-        {[](auto& rf) { return rf.setIccWifiAntState(6, 1, 2); }, {"setIccWifiAntStateResponse", info(6, UNSUPPORTED)}},
+         {"setIccTuningStateResponse", {0, -5, UNSUPPORTED}}},
+        {[](auto& rf) { return rf.setIccWifiAntState(6, 1, 2); }, {"setIccWifiAntStateResponse", {0, 6, UNSUPPORTED}}},
         {[](auto& rf) { return rf.setIccSatelliteAntState(7, 1, 2, 3); },
-         {"setIccSatelliteAntStateResponse", info(7, SUBSYS_Errno::SUCCESS)}},
+         {"setIccSatelliteAntStateResponse", {0, 7, SUBSYS_Errno::SUCCESS}}},
         {[](auto& rf) { return rf.getIccState(8); },
-         {"getIccStateResponse", info(8, SUBSYS_Errno::SUCCESS), IccStateInfo()}},
+         {"getIccStateResponse", {0, 8, SUBSYS_Errno::SUCCESS}, IccStateInfo()}},
     };
     for (const auto& [request, expected] : cases) EXPECT_TRUE(request(*mService).isOk());
     EXPECT_TRUE(mService->sendIccMetaCmd(IccMetaReqInfo(), mMeta).isOk());
@@ -126,23 +87,23 @@ TEST_F(RfSubsysServiceTest, Requests_WhenComponentComes_ThenAnsweredWithTheirSer
     expectLogged(TAG, ANDROID_LOG_DEBUG, {"getIccState state = 0, bypass = 0, modeNum=0!"});
     iccPlugin().code = SPI_CMD_NOT_SUPPORT;
     EXPECT_EQ(ask([](auto& rf) { return rf.getIccState(9); }),
-              (Response{"getIccStateResponse", info(9, UNSUPPORTED), IccStateInfo()}));
+              (Response{"getIccStateResponse", {0, 9, UNSUPPORTED}, IccStateInfo()}));
 }
 
 TEST_F(RfSubsysServiceTest, SendIccCmd_WhenAnswered_ThenReqIdIsZeroAndErrorHasNoData) {
     start();
-    const Response ok = ask([](auto& rf) { return rf.sendIccCmd(3, command(200, {1, 2}, 999)); });
+    const Response ok = ask([](auto& rf) { return rf.sendIccCmd(3, {200, {1, 2}, 999}); });
     const auto& answer = std::get<IccRespInfo>(ok.value);
-    EXPECT_EQ(ok.info, info(3, SUBSYS_Errno::SUCCESS));
+    EXPECT_EQ(ok.info, (SubsysResponseInfo{0, 3, SUBSYS_Errno::SUCCESS}));
     EXPECT_EQ(answer.reqId, 0);
     EXPECT_EQ(answer.data.size(), 256U);
     EXPECT_EQ(calls(1).back(), "iccSendReqSync(200,{1 2},2,256,999)");
-    const Response failed = ask([](auto& rf) { return rf.sendIccCmd(4, command(1000, {1}, 0)); });
-    EXPECT_EQ(failed.info, info(4, SUBSYS_Errno::GENERIC_FAILURE));
+    const Response failed = ask([](auto& rf) { return rf.sendIccCmd(4, {1000, {1}, 0}); });
+    EXPECT_EQ(failed.info, (SubsysResponseInfo{0, 4, SUBSYS_Errno::GENERIC_FAILURE}));
     EXPECT_EQ(std::get<IccRespInfo>(failed.value), IccRespInfo());
     iccPlugin().code = SPI_CMD_FAILURE_4;
-    const Response refused = ask([](auto& rf) { return rf.sendIccCmd(5, command(1002, {1, 2, 3}, 0)); });
-    EXPECT_EQ(refused.info, info(5, SUBSYS_Errno::GENERIC_FAILURE));
+    const Response refused = ask([](auto& rf) { return rf.sendIccCmd(5, {1002, {1, 2, 3}, 0}); });
+    EXPECT_EQ(refused.info, (SubsysResponseInfo{0, 5, SUBSYS_Errno::GENERIC_FAILURE}));
     EXPECT_TRUE(mLog.has(TAG, "sendIccCmd respCb errorNo: 11", ANDROID_LOG_DEBUG));
 }
 
@@ -156,29 +117,25 @@ TEST_F(RfSubsysServiceTest, SendIccMetaCmd_WhenAnswered_ThenCallbackGetsEcho) {
     } cases[] = {{5, -1, true, 256}, {1001, -1, true, 0}, {255, 0, false, 0}};
     for (const auto& [reqId, type, result, dataSize] : cases) {
         mMeta->answers.clear();
-        EXPECT_TRUE(mService->sendIccMetaCmd(metaCommand(reqId), mMeta).isOk());
+        EXPECT_TRUE(mService->sendIccMetaCmd({1, -2, 0x1FF, reqId, {9}}, mMeta).isOk());
         ASSERT_TRUE(mMeta->answers.await());
-        const IccMetaRespInfo answer = mMeta->answers.all()[0];
-        EXPECT_EQ(answer.id, 1);
-        EXPECT_EQ(answer.token, -2);
-        EXPECT_EQ(answer.type, type) << reqId;
-        EXPECT_EQ(answer.result, result) << reqId;
-        EXPECT_EQ(answer.data.size(), dataSize) << reqId;
+        const auto fields = testing::FieldsAre(1, -2, type, result, testing::SizeIs(dataSize));
+        EXPECT_THAT(mMeta->answers.all(), testing::ElementsAre(fields)) << reqId;
     }
     EXPECT_EQ(calls(1).front(), "iccSendReqSync(5,{9},1,256,4000)");
     expectLogged(TAG, ANDROID_LOG_DEBUG,
                  {"sendIccMetaCmd id 1, token -2, type 511, reqId 5, size 1", "sendIccMetaCmd respCb errorNo: 1"});
     EXPECT_TRUE(mLog.await(TAG, "sendIccMetaCmd call onIccMetaResp error: Status(-5, EX_ILLEGAL_STATE): ''", 3));
-    EXPECT_TRUE(mService->sendIccMetaCmd(metaCommand(5), nullptr).isOk());
+    EXPECT_TRUE(mService->sendIccMetaCmd({1, -2, 0x1FF, 5, {9}}, nullptr).isOk());
     EXPECT_TRUE(mLog.await(TAG, "sendIccMetaCmd callback is null"));
 }
 
 TEST_F(RfSubsysServiceTest, GetLcdInfo_WhenFileComesAndGoes_ThenAnsweredWithoutComponent) {
     EXPECT_EQ(ask([](auto& rf) { return rf.getLcdInfo(1, 7); }),
-              (Response{"getLcdInfoResponse", info(1, SUBSYS_Errno::GENERIC_FAILURE), std::string()}));
+              (Response{"getLcdInfoResponse", {0, 1, SUBSYS_Errno::GENERIC_FAILURE}, std::string()}));
     mDevice.write("/proc/devinfo/lcd", "Device version: BOE123\n");
     EXPECT_EQ(ask([](auto& rf) { return rf.getLcdInfo(2, 0); }),
-              (Response{"getLcdInfoResponse", info(2, SUBSYS_Errno::SUCCESS), std::string("BOE123")}));
+              (Response{"getLcdInfoResponse", {0, 2, SUBSYS_Errno::SUCCESS}, std::string("BOE123")}));
     EXPECT_EQ(mLog.count(TAG, "lcd_buf getLcdInfoResponse", ANDROID_LOG_ERROR), 2U);
 }
 
@@ -186,7 +143,7 @@ TEST_F(RfSubsysServiceTest, Requests_WhenPluginCallIsSlow_ThenOnlyIccRequestsWai
     start();
     test::Event release;
     iccPlugin().onCall = [&] { EXPECT_TRUE(release.await()); };
-    EXPECT_TRUE(mService->sendIccCmd(1, command(1, {}, 0)).isOk());
+    EXPECT_TRUE(mService->sendIccCmd(1, {1, {}, 0}).isOk());
     EXPECT_TRUE(iccPlugin().calls.await());
     EXPECT_EQ(ask([](auto& rf) { return rf.getSwtpStatus(2); }).info.serial, 2);
     EXPECT_EQ(ask([](auto& rf) { return rf.getLcdInfo(3, 0); }).info.serial, 3);

@@ -17,26 +17,23 @@ namespace {
 
 const std::string ALLOWED = "vendor.dpmd";
 
-TEST(OsUtilsTest, KillProcess_WhenPidOrNameIsInvalid_ThenRefusedWithoutASignal) {
-    const std::vector<std::pair<int32_t, std::string>> rows = {
-        {0, ALLOWED}, {-1, ALLOWED}, {INT_MIN, ALLOWED}, {1234, ""}, {0, ""}};
-    for (const auto& [pid, name] : rows) {
-        const test::LogCapture log;
-        EXPECT_FALSE(OsUtils::killProcess(1, pid, name));
-        EXPECT_EQ(log.lines(), (std::vector<LogLine>{{ANDROID_LOG_ERROR, "OsUtils",
-                                                      "invalid pid [ " + std::to_string(pid) + "] or name is null"}}));
-    }
-}
-
-TEST(OsUtilsTest, KillProcess_WhenNameIsNotListed_ThenRefusedAndTheProcessLives) {
+TEST(OsUtilsTest, KillProcess_WhenPidOrNameIsInvalidOrNotListed_ThenRefusedAndTheProcessLives) {
     test::ChildProcess victim;
+    const std::vector<std::pair<int32_t, std::string>> invalid = {
+        {0, ALLOWED}, {-1, ALLOWED}, {INT_MIN, ALLOWED}, {victim.pid(), ""}, {0, ""}};
+    const test::LogCapture log;
+    std::vector<LogLine> expected;
+    for (const auto& [pid, name] : invalid) {
+        EXPECT_FALSE(OsUtils::killProcess(1, pid, name));
+        expected.push_back(
+            {ANDROID_LOG_ERROR, "OsUtils", "invalid pid [ " + std::to_string(pid) + "] or name is null"});
+    }
     for (const std::string& name : {std::string("vendor.dpmd "), std::string("VENDOR.DPMD"), std::string("vendor.dpm"),
                                     std::string("vendor.dpmd\0", 12), std::string("init")}) {
-        const test::LogCapture log;
         EXPECT_FALSE(OsUtils::killProcess(1, victim.pid(), name));
-        EXPECT_EQ(log.lines(),
-                  (std::vector<LogLine>{{ANDROID_LOG_ERROR, "OsUtils", "not allowed to kill this process"}}));
+        expected.push_back({ANDROID_LOG_ERROR, "OsUtils", "not allowed to kill this process"});
     }
+    EXPECT_EQ(log.lines(), expected);
     EXPECT_TRUE(victim.isAlive());
 }
 

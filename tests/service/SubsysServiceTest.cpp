@@ -41,11 +41,6 @@ protected:
         EXPECT_TRUE(service->setCallback(newcomer.response, newcomer.indication).isOk());
         looper.drain();
     }
-    static std::vector<std::string> texts(const std::vector<LogLine>& lines) {
-        std::vector<std::string> result;
-        for (const LogLine& line : lines) result.push_back(line.text);
-        return result;
-    }
 };
 
 using Texts = std::vector<std::string>;
@@ -57,8 +52,8 @@ TEST_F(SubsysServiceTest, Lifecycle_WhenConstructedAndInitialised_ThenHandlersFo
     });
     const std::vector<LogLine> lines = log.lines();
     EXPECT_EQ(lines.at(0), (LogLine{ANDROID_LOG_DEBUG, "SubsysService", "SubsysService create"}));
-    EXPECT_EQ(texts(log.lines("RfSubsysService")), (Texts{"init done", "postInit done"}));
-    EXPECT_EQ(texts(log.lines("ImsOrtcService")), (Texts{"start", "init done"}));
+    EXPECT_EQ(log.texts("RfSubsysService"), (Texts{"init done", "postInit done"}));
+    EXPECT_EQ(log.texts("ImsOrtcService"), (Texts{"start", "init done"}));
     const auto position = [&](const LogLine& line) { return std::find(lines.begin(), lines.end(), line); };
     EXPECT_LT(position({ANDROID_LOG_DEBUG, "RfSubsysService", "init done"}),
               position({ANDROID_LOG_DEBUG, "ImsOrtcService", "init done"}));
@@ -88,7 +83,7 @@ TEST_F(SubsysServiceTest, Requests_WhenNoComponentExists_ThenEachReachesItsHandl
     for (const auto& [call, line] : rows) {
         log.clear();
         EXPECT_TRUE(call(*service).isOk());
-        EXPECT_EQ(texts(log.lines()).back(), line);
+        EXPECT_EQ(log.lines().back().text, line);
         const bool toRf = line.ends_with("rfSubsysComponent is null!");
         EXPECT_EQ(toRf, log.has("RfSubsysService", line, ANDROID_LOG_DEBUG)) << line;
     }
@@ -126,9 +121,8 @@ TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItIsForgottenA
     connect(client);
     log.clear();
     service->serviceDied();
-    EXPECT_EQ(
-        texts(log.lines("SubsysService")),
-        (Texts{"SubsysService::serviceDied: Client died. Cleaning up callbacks", "SubsysService::clearCallbacks"}));
+    EXPECT_EQ(log.texts("SubsysService"), (Texts{"SubsysService::serviceDied: Client died. Cleaning up callbacks",
+                                                 "SubsysService::clearCallbacks"}));
     (void)service->killProcess(1, 0, "");
     const Client next;
     connect(next);
@@ -165,7 +159,7 @@ TEST_F(SubsysServiceTest, ServiceDied_WhenAnImsClientIsRegistered_ThenThatOneIsK
     looper.drain();
     log.clear();
     EXPECT_TRUE(service->setImsOrtcCallback(ims, nullptr).isOk());
-    EXPECT_EQ(texts(log.lines("SubsysService")), Texts{"SubsysService::setImsOrtcCallback"});
+    EXPECT_EQ(log.texts("SubsysService"), Texts{"SubsysService::setImsOrtcCallback"});
     EXPECT_TRUE(log.lines("SubsysServiceStateTracker").empty());
     service->serviceDied();
     (void)ImsOrtcServiceResponse::getInstance()->setCallInfoResponse(9, SUBSYS_Errno::SUCCESS);

@@ -13,14 +13,16 @@
 
 #include "rf/IccPluginApi.h"
 #include "simulator/IccDevice.h"
-#include "tests/simulator/DeviceFolder.h"
+#include "tests/simulator/ScenarioFolder.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 
 namespace simulator {
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
+using testing::FieldsAre;
 
 // The built plugin, opened as the service opens it.
 void* openPlugin() {
@@ -78,9 +80,7 @@ TEST(IccPlugin, SendReqSync_WhenBuffersAreOfAnySize_ThenStateAndEchoFillThem) {
     PLUGIN(iccApis_init)(3, 4000000, 1);
     PLUGIN(enableIccUartLog)();
     const IccResponse response = send(0x01020304, {9, 8, 7});
-    EXPECT_TRUE(response.status == 0 && response.hwId == PLUGIN(iccGetHwId)());
-    EXPECT_TRUE(response.version == 3 && response.flags == 3);
-    EXPECT_TRUE(response.reqId == 0x01020304u && response.echoLength == 3);
+    EXPECT_THAT(response, FieldsAre(0, PLUGIN(iccGetHwId)(), 3, 3, 0x01020304u, _, 3, _, _, _, _, _, _));
     EXPECT_THAT(std::vector<uint8_t>(response.echo, response.echo + 4), ElementsAre(9, 8, 7, 0));
     EXPECT_EQ(send(1, std::vector<uint8_t>(100'000, 5)).echoLength, sizeof(response.echo));
     std::vector<uint8_t> one(1, 0xee);
@@ -96,12 +96,8 @@ TEST(IccPlugin, SetState_WhenModesOrScreenChange_ThenOneStateEventEach) {
     EXPECT_EQ(PLUGIN(iccSetTxSharingState)(4, {1, 2}, {3}, {5, 6, 7}), SPI_CMD_SUCCESS);
     EXPECT_EQ(PLUGIN(iccSetSatelliteAntState)(1, 2, 7), SPI_CMD_SUCCESS);
     EXPECT_EQ(PLUGIN(iccSetSatelliteAntState)(1, 2, 7), SPI_CMD_SUCCESS);  // no change, no event
-    const IccResponse response = send(42, {1, 9});
-    EXPECT_THAT(response.modes, ElementsAre(0, 4, 7, 9, 0));
-    EXPECT_TRUE(response.satelliteTechnology == 1 && response.satelliteAntenna == 2);
-    EXPECT_THAT(response.txBands, ElementsAre(1, 2));
-    EXPECT_THAT(response.txParam1, ElementsAre(3, 0));
-    EXPECT_THAT(response.txParam2, ElementsAre(5, 6));
+    EXPECT_THAT(send(42, {1, 9}), FieldsAre(_, _, _, _, 42u, ElementsAre(0, 4, 7, 9, 0), _, _, 1, 2, ElementsAre(1, 2),
+                                            ElementsAre(3, 0), ElementsAre(5, 6)));
     PLUGIN(setScreenState)(false);
     PLUGIN(iccReloadConfig)();
     EXPECT_EQ(PLUGIN(getIccState)({}), SPI_CMD_SUCCESS);
@@ -110,10 +106,8 @@ TEST(IccPlugin, SetState_WhenModesOrScreenChange_ThenOneStateEventEach) {
                                              stateEvent(1, {0, 4, 7, 9, 0}), stateEvent(2, {0, 4, 7, 9, 0}),
                                              stateEvent(2, {})};
     for (size_t i = 0; i < 5; ++i) {
-        const Delivered event = events.all()[i];
-        EXPECT_EQ(event.data, expected[i]);
-        EXPECT_EQ(event.type, ICC_EVENT_STATE_CHANGED);
-        EXPECT_NE(event.thread, std::this_thread::get_id());
+        EXPECT_THAT(events.all()[i], FieldsAre(ICC_EVENT_STATE_CHANGED, expected[i], false, sizeof(IccStateInfoType),
+                                               testing::Ne(std::this_thread::get_id())));
     }
 }
 
@@ -130,9 +124,9 @@ TEST(IccPlugin, Command_WhenItHasAnEventOfItsOwn_ThenThatIsDelivered) {
         {ICC_EVENT_COEX_ANT_CHANGED, {1, 2, 0, 0xff}},
         {ICC_EVENT_PERC_CHANGED, {1, 0, 0, 0, 1, 3, 2}}};
     for (size_t i = 0; i < 3; ++i) {
-        const Delivered event = events.all()[i];
-        EXPECT_EQ(event.type, expected[i].first);
-        EXPECT_EQ(std::vector(event.data.begin(), event.data.begin() + expected[i].second.size()), expected[i].second);
+        Delivered event = events.all()[i];
+        event.data.resize(expected[i].second.size());
+        EXPECT_EQ(std::pair(event.type, event.data), expected[i]);
     }
 }
 
@@ -155,7 +149,7 @@ TEST(IccPlugin, RegisterEvent_WhenCalledAgain_ThenTheLatestGoodOneIsCalled) {
 }
 
 TEST(IccPlugin, Answer_WhenTheScenarioSaysOne_ThenThatOne) {
-    const test::DeviceFolder device(
+    const test::ScenarioFolder device(
         "icc on iccSetAclState 1 answer 4\nicc on iccGetHwId answer 9\n"
         "icc on iccSendReqSync 1 silent\nicc on iccSendReqSync 2 short 5\n"
         "icc on iccSendReqSync 3 answer 6 data=a1a2\nicc on registerIccEvent 6 answer 1\n"
@@ -165,10 +159,8 @@ TEST(IccPlugin, Answer_WhenTheScenarioSaysOne_ThenThatOne) {
     EXPECT_EQ(PLUGIN(iccSetSatelliteAntState)(1, 2, 3), SPI_CMD_SUCCESS);
     EXPECT_EQ(PLUGIN(iccGetHwId)(), 9);
     EXPECT_EQ(send(7, {1}).echoLength, 0);
-    const IccResponse cut = send(0x07070707, {1});
-    EXPECT_TRUE(cut.reqId == 7u && cut.echoLength == 0);
-    const IccResponse third = send(7, {1});
-    EXPECT_TRUE(third.status == 0xa1 && third.hwId == 0xa2 && third.echoLength == 1);
+    EXPECT_THAT(send(0x07070707, {1}), FieldsAre(_, _, _, _, 7u, _, 0, _, _, _, _, _, _));
+    EXPECT_THAT(send(7, {1}), FieldsAre(0xa1, 0xa2, _, _, 7u, _, 1, _, _, _, _, _, _));
     EXPECT_EQ(PLUGIN(registerIccEvent)(ICC_EVENT_CLAT_STATE, &events, [](IccEventType, void*, void*, int) {}),
               ICC_APIS_FAILURE);
     const auto before = std::chrono::steady_clock::now();
@@ -181,7 +173,7 @@ TEST(IccPlugin, Answer_WhenTheScenarioSaysOne_ThenThatOne) {
 }
 
 TEST(IccPlugin, Event_WhenOfTheScenario_ThenInOrderAndAsWritten) {
-    const test::DeviceFolder device(
+    const test::ScenarioFolder device(
         "icc on getIccState event state bypass=1\n"
         "icc on getIccState event error devNum=1 id=2 err=3 repeat=2 after=1\n"
         "icc on getIccState event coexAnt bytes=1 tech=8 after=20\n"
@@ -190,12 +182,12 @@ TEST(IccPlugin, Event_WhenOfTheScenario_ThenInOrderAndAsWritten) {
     PLUGIN(getIccState)({});
     ASSERT_TRUE(events.await(5));
     const auto all = events.all();
-    EXPECT_TRUE(all[0].data[4] == 1 && all[0].data[5] == 5);
+    EXPECT_THAT(std::vector(all[0].data.begin() + 4, all[0].data.begin() + 6), ElementsAre(1, 5));
     EXPECT_EQ(all[1].data.size(), sizeof(IccDeviceErrType));
     EXPECT_THAT(std::vector(all[1].data.begin(), all[1].data.begin() + 4), ElementsAre(1, 2, 3, 0));
     EXPECT_EQ(all[2].data, all[1].data);
     EXPECT_THAT(all[3].data, ElementsAre(8));
-    EXPECT_TRUE(all[4].isNull && all[4].size == int{sizeof(IccPercStateType)});
+    EXPECT_THAT(all[4], FieldsAre(ICC_EVENT_PERC_CHANGED, _, true, sizeof(IccPercStateType), _));
 }
 
 TEST(IccPlugin, Log_WhenFunctionsAreCalled_ThenTheirArguments) {
@@ -215,7 +207,7 @@ TEST(IccPlugin, Log_WhenFunctionsAreCalled_ThenTheirArguments) {
 }
 
 TEST(IccPlugin, Scenario_WhenTheShippedExamplesAreUsed_ThenNoBadLine) {
-    const test::DeviceFolder device(test::shippedScenario("icc"));
+    const test::ScenarioFolder device(test::shippedScenario("icc"));
     const test::LogCapture log;
     EXPECT_EQ(PLUGIN(iccSetSatelliteAntState)(1, 2, 3), SPI_CMD_SUCCESS);
     EXPECT_EQ(static_cast<int>(PLUGIN(iccSetSatelliteAntState)(1, 2, 3)), 7);  // an example was used
@@ -225,7 +217,7 @@ TEST(IccPlugin, Scenario_WhenTheShippedExamplesAreUsed_ThenNoBadLine) {
 TEST(IccPluginDeathTest, Exit_WhenEventsAreUnderWay_ThenClean) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto run = [] {
-        const test::DeviceFolder device("icc every 1 event clat repeat=100\n");
+        const test::ScenarioFolder device("icc every 1 event clat repeat=100\n");
         auto& events = listen();
         if (!events.await(200)) std::abort();
         dlclose(openPlugin());

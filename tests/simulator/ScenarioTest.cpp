@@ -1,7 +1,5 @@
 #include "simulator/Scenario.h"
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <random>
 #include <sstream>
@@ -11,14 +9,18 @@
 #include <gtest/gtest.h>
 
 #include "simulator/ScenarioPlayer.h"
-#include "tests/simulator/DeviceFolder.h"
+#include "tests/simulator/ScenarioFolder.h"
 #include "tests/support/LogCapture.h"
 
 namespace simulator {
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
+using testing::FieldsAre;
 using testing::IsEmpty;
+using testing::Optional;
+using testing::SizeIs;
 
 struct Record {
     uint8_t small;
@@ -58,16 +60,14 @@ TEST(ParseScenario, Line_WhenGood_ThenAllItsWordsAreKept) {
         "icc at 1 event record null after=5 repeat=9 bytes=3 small=-1\nicc on whole silent\n");
     EXPECT_THAT(bad, IsEmpty());
     ASSERT_EQ(lines.size(), 6u);
-    EXPECT_TRUE(lines[0].number == 3 && lines[0].trigger == ScenarioLine::AT && lines[0].answer.crash);
-    EXPECT_TRUE(lines[1].trigger == ScenarioLine::EVERY && lines[1].millis == 16 && lines[1].event->kind == 1u);
-    const ScenarioAnswer& answer = lines[2].answer;
-    EXPECT_TRUE(lines[2].nth == 3 && answer.code == -7 && answer.delayMillis == 20 && answer.shortTo == 4u);
-    EXPECT_TRUE(answer.twice && answer.null && !answer.silent && !answer.crash);
-    EXPECT_TRUE(lines[3].request == 1u && lines[3].answer.code == 255);
-    const ScenarioEvent& event = *lines[4].event;
-    EXPECT_TRUE(event.null && event.afterMillis == 5 && event.repeat == 9 && event.bytes == 3u);
-    EXPECT_THAT(event.fields.at(0).bytes, ElementsAre(0xff));
-    EXPECT_TRUE(lines[5].answer.silent && lines[5].nth == 0);
+    const auto crash = FieldsAre(_, _, _, _, false, false, false, true);
+    EXPECT_THAT(lines[0], FieldsAre(3, ScenarioLine::AT, 0, _, _, _, crash));
+    EXPECT_THAT(lines[1], FieldsAre(4, ScenarioLine::EVERY, 16, _, _, Optional(FieldsAre(1, _, _, _, _, false)), _));
+    const auto full = FieldsAre(-7, 20, 4, SizeIs(1), false, true, true, false);
+    EXPECT_THAT(lines[2], FieldsAre(7, ScenarioLine::ON, _, 0, 3, _, full));
+    EXPECT_THAT(lines[3], FieldsAre(8, ScenarioLine::ON, _, 1, 0, _, FieldsAre(255, _, _, _, _, _, _, _)));
+    EXPECT_THAT(lines[4].event, Optional(FieldsAre(0, ElementsAre(FieldsAre(_, ElementsAre(0xff))), 5, 9, 3, true)));
+    EXPECT_THAT(lines[5], FieldsAre(10, ScenarioLine::ON, _, 0, 0, _, FieldsAre(_, _, _, _, true, _, _, _)));
 }
 
 TEST(ParseScenario, Fields_WhenOfAllKinds_ThenTheRecordHasThem) {
@@ -142,7 +142,7 @@ TEST(ParseScenario, Content_WhenHostile_ThenSafe) {
 }
 
 TEST(LoadScenario, BadLine_WhenTwoPartsRead_ThenLoggedOnce) {
-    const test::DeviceFolder device("icc at 1 crash\nmodem\nicc no\nvs no\n");
+    const test::ScenarioFolder device("icc at 1 crash\nmodem\nicc no\nvs no\n");
     const test::LogCapture log;
     EXPECT_EQ(loadScenario(VOCABULARY).size(), 1u);
     EXPECT_TRUE(loadScenario({"vs", REQUESTS, EVENTS, false}).empty());
@@ -156,12 +156,12 @@ TEST(LoadScenario, File_WhenMissingHugeOrNoFile_ThenNoLines) {
     const test::DeviceFolder device;
     const auto isRead = [] { return !loadScenario(VOCABULARY).empty(); };
     EXPECT_FALSE(isRead());
-    std::ofstream(device.scenarioFile()) << "icc at 1 crash\n";
+    device.write(SCENARIO_PATH, "icc at 1 crash\n");
     EXPECT_TRUE(isRead());
-    std::filesystem::resize_file(device.scenarioFile(), (16 << 20) + 1);
+    std::filesystem::resize_file(device.place(SCENARIO_PATH), (16 << 20) + 1);
     EXPECT_FALSE(isRead());
-    std::filesystem::remove(device.scenarioFile());
-    ASSERT_EQ(mkfifo(device.scenarioFile().c_str(), 0600), 0);
+    device.remove(SCENARIO_PATH);
+    device.makeFifo(SCENARIO_PATH);
     EXPECT_FALSE(isRead());
 }
 
@@ -169,7 +169,7 @@ TEST(LoadScenario, File_WhenMissingHugeOrNoFile_ThenNoLines) {
 struct PlayedScenario {
     explicit PlayedScenario(const std::string& scenario) : device(scenario) {}
 
-    test::DeviceFolder device;
+    test::ScenarioFolder device;
     std::vector<std::pair<int64_t, ScenarioPlayer::Task>> posted;
     std::vector<size_t> delivered;
     ScenarioPlayer player{
@@ -203,10 +203,10 @@ TEST(ScenarioPlayer, React_WhenLinesNameATime_ThenEachRequestIsCounted) {
     EXPECT_EQ(scenario.player.react(1).delayMillis(), 0);
     const Reaction second = scenario.player.react(0);
     EXPECT_EQ(first.delayMillis(), 3);
-    EXPECT_TRUE(first.isSuccess() && first.events.empty());
-    EXPECT_EQ(second.answer.code, 5);
-    EXPECT_EQ(second.delayMillis(), 4);
-    EXPECT_TRUE(second.answer.silent && !second.isSuccess());
+    EXPECT_TRUE(first.isSuccess());
+    EXPECT_THAT(first.events, IsEmpty());
+    EXPECT_THAT(second.answer, FieldsAre(5, 4, _, _, true, _, _, _));
+    EXPECT_FALSE(second.isSuccess());
     scenario.player.play(second);
     ASSERT_EQ(scenario.posted.size(), 1u);
     EXPECT_EQ(scenario.posted[0].first, 7);

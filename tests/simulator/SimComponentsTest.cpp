@@ -13,7 +13,7 @@
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
 #include "rf/VsComponent.h"
-#include "tests/simulator/DeviceFolder.h"
+#include "tests/simulator/ScenarioFolder.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
@@ -24,12 +24,10 @@
 namespace simulator {
 namespace {
 
-using mindroid::Message;
-using mindroid::MessageCallback;
-using mindroid::Object;
-using mindroid::Runnable;
-using mindroid::sp;
+using namespace mindroid;
+using testing::_;
 using testing::ElementsAre;
+using testing::FieldsAre;
 
 // What came back to the test: a reply's error or an event's name, and the object.
 struct Came {
@@ -78,7 +76,7 @@ public:
     test::Recorder<Came> came;
 
 private:
-    test::DeviceFolder mDevice;
+    test::ScenarioFolder mDevice;
     mindroid::ManualClock mClock;
     test::LooperThread mLooper;
 };
@@ -124,11 +122,13 @@ TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
     EXPECT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0"));
     EXPECT_EQ(vs.object<hal::VsRfIccInfo>(0).version, 1);
     const auto came = vs.came.all();
-    EXPECT_TRUE(came[1].obj == nullptr && came[2].obj == nullptr && came[3].obj != nullptr);
+    EXPECT_EQ(came[1].obj, nullptr);
+    EXPECT_EQ(came[2].obj, nullptr);
+    EXPECT_NE(came[3].obj, nullptr);
     vs.advance(70);
     ASSERT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0", "state", "state", "reply 0"));
     const auto& info = vs.object<hal::VsRfIccInfo>(6);
-    EXPECT_TRUE(info.version == 3 && info.blacklist == 0xabcd && info.brindle == 1);
+    EXPECT_THAT((std::array<int, 3>{info.version, info.blacklist, info.brindle}), ElementsAre(3, 0xabcd, 1));
 }
 
 TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
@@ -140,7 +140,7 @@ TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
     for (int i = 0; i < 6; ++i) vs.advance(10);
     ASSERT_THAT(vs.names(), ElementsAre("clat", "txSharing", "screen", "iccEvent", "iccEvent", "clat"));
     const auto& clat = vs.object<hal::VsClatState>(0);
-    EXPECT_TRUE(clat.enable == 1 && clat.freq == 1800 && clat.cc == 2 && clat.ant == 3);
+    EXPECT_THAT((std::array<int, 4>{clat.enable, clat.freq, clat.cc, clat.ant}), ElementsAre(1, 1800, 2, 3));
     const auto& sharing = vs.object<hal::VsTxSharingState>(1);
     EXPECT_EQ(sharing.enable, 1);
     EXPECT_THAT(sharing.band, ElementsAre(1, 2));
@@ -165,41 +165,35 @@ public:
         component->registerNotifyImsRtpRedunDataLinkStateInd(handler(), listener("link"), nullptr);
         start();
     }
+    // A request and what it causes at once.
+    template <typename Record>
+    void ask(void (hal::ImsOrtcComponent::*request)(const Record&, const sp<Message>&), const Record& record) {
+        (component.get()->*request)(record, reply());
+        advance(0);
+    }
 
     sp<hal::ImsOrtcComponent> component;
 };
 
 TEST(SimImsOrtcComponent, SetCallAndRoom_WhenAnswered_ThenStatusConnectionAndLink) {
     Ims ims("");
-    hal::CallInfoType call{};
-    call.slotId = 1;
-    call.callId = 2;
-    call.callState = 4;
-    ims.component->setCallInfo(call, ims.reply());
-    ims.advance(0);
-    ims.component->setOrtcRoomInfo({1, 2, 0x107, 8, 9}, ims.reply());
-    ims.advance(0);
-    ims.component->setCallInfo(call, ims.reply());
-    ims.advance(0);
+    const hal::CallInfoType call{1, 2, 0, 4, "", "", "", "", "", "", 0, 0};
+    ims.ask(&hal::ImsOrtcComponent::setCallInfo, call);
+    ims.ask(&hal::ImsOrtcComponent::setOrtcRoomInfo, {1, 2, 0x107, 8, 9});
+    ims.ask(&hal::ImsOrtcComponent::setCallInfo, call);
     ASSERT_THAT(ims.names(), ElementsAre("reply 0", "status", "reply 0", "connect", "link", "reply 0", "status"));
     EXPECT_EQ(ims.record<hal::OrtcStatusType>(1).roomId, 0);
-    const auto connect = ims.record<hal::OrtcConnectInfoType>(3);
-    EXPECT_EQ(connect.connectState, 9);
-    EXPECT_STREQ(connect.connectInfo, "room 263");
-    const auto link = ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(4);
-    EXPECT_TRUE(link.linkField3 == 7 && link.linkField5 == 9);
-    const auto status = ims.record<hal::OrtcStatusType>(6);
-    EXPECT_TRUE(status.callId == 2 && status.roomId == 0x107 && status.status == 4);
+    EXPECT_THAT(ims.record<hal::OrtcConnectInfoType>(3), FieldsAre(1, 2, 0x107, 9, testing::StrEq("room 263")));
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(4), FieldsAre(_, _, 7, _, 9));
+    EXPECT_THAT(ims.record<hal::OrtcStatusType>(6), FieldsAre(_, 2, 0x107, _, 4));
 }
 
 TEST(SimImsOrtcComponent, SetRemoteAddress_WhenOfAnyFamily_ThenTheLocalOneAndNoRest) {
     Ims ims("");
     hal::ImsRtpPubIpAddrInfoType remote{1, 2, 3, 4, 5, 6, "198.51.100.7"};
-    ims.component->setImsRtpRemotePubIpAddr(remote, ims.reply());
-    ims.advance(0);
+    ims.ask(&hal::ImsOrtcComponent::setImsRtpRemotePubIpAddr, remote);
     std::memset(remote.ipAddr, ':', sizeof(remote.ipAddr));  // and no NUL
-    ims.component->setImsRtpRemotePubIpAddr(remote, ims.reply());
-    ims.advance(0);
+    ims.ask(&hal::ImsOrtcComponent::setImsRtpRemotePubIpAddr, remote);
     ASSERT_THAT(ims.names(), ElementsAre("reply 0", "address", "reply 0", "address"));
     EXPECT_STREQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).ipAddr, "192.0.2.1");
     EXPECT_EQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).rtpPort, 5);
@@ -210,16 +204,11 @@ TEST(SimImsOrtcComponent, SetRemoteAddress_WhenOfAnyFamily_ThenTheLocalOneAndNoR
 
 TEST(SimImsOrtcComponent, SendSignal_WhenAnswered_ThenItsFieldsAndTheEcho) {
     Ims ims("ims on sendImsRtpRedunSignalMsg 2 rspField1=7 rspField5=-8\nims on sendImsRtpRedunSignalMsg 3 null\n");
-    for (int i = 0; i < 3; ++i) {
-        ims.component->sendImsRtpRedunSignalMsg({1, 2, 3, 0, 4, 5, "hello"}, ims.reply());
-        ims.advance(0);
-    }
+    for (int i = 0; i < 3; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpRedunSignalMsg, {1, 2, 3, 0, 4, 5, "hello"});
     ASSERT_THAT(ims.names(), ElementsAre("reply 0", "signal", "reply 0", "signal", "reply 0", "signal"));
-    const auto first = ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(0);
-    EXPECT_THAT((std::array{int{first.rspField1}, first.rspField4, first.rspField5}), ElementsAre(1, 4, 5));
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(0), FieldsAre(1, 2, _, _, 4, 5));
     EXPECT_STREQ(ims.record<hal::ImsRtpRedunSignalMsgType>(1).msg, "hello");
-    const auto second = ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(2);
-    EXPECT_THAT((std::array{int{second.rspField1}, int{second.rspField2}, second.rspField5}), ElementsAre(7, 2, -8));
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(2), FieldsAre(7, 2, _, _, _, -8));
     EXPECT_EQ(ims.came.all()[4].obj, nullptr);
 }
 
@@ -229,10 +218,7 @@ TEST(SimImsOrtcComponent, Request_WhenTheScenarioMisbehaves_ThenSo) {
         "ims on sendImsRtpData 4 twice\nims on sendImsRtpData 2 event link linkField1=9\n");
     hal::ImsRtpDataInfoType data{1, 2, 3, {4, 5}, -6};
     data.data[255] = 7;
-    for (int i = 0; i < 4; ++i) {
-        ims.component->sendImsRtpData(data, ims.reply());
-        ims.advance(0);
-    }
+    for (int i = 0; i < 4; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpData, data);
     ASSERT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp"));
     EXPECT_EQ(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(1).linkField1, 9);
     const auto echo = ims.record<hal::ImsRtpDataInfoType>(3);

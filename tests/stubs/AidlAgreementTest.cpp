@@ -83,18 +83,16 @@ std::string nameOf() {
     if constexpr (std::is_same_v<T, SUBSYS_Errno>) return "SUBSYS_Errno";
     if constexpr (requires { T::descriptor; }) return simpleName(T::descriptor);
     if constexpr (requires { typename T::element_type; }) return nameOf<typename T::element_type>();
-    if constexpr (requires(T values) { values.push_back({}); } && !std::is_same_v<T, std::string>) {
+    if constexpr (requires(T& values) { values.push_back({}); } && !std::is_same_v<T, std::string>) {
         return nameOf<typename T::value_type>() + "[]";
     }
     return "";
 }
 
 template <class T>
-std::string defaultOf(const T&) {
+std::string defaultOf([[maybe_unused]] const T& value) {
+    if constexpr (std::is_same_v<T, SUBSYS_Errno>) return " = SUBSYS_Errno." + toString(value);
     return "";
-}
-std::string defaultOf(SUBSYS_Errno value) {
-    return " = SUBSYS_Errno." + toString(value);
 }
 
 template <class R>

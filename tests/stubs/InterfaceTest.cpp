@@ -1,4 +1,3 @@
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIccMetaCallback.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcIndication.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcResponse.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsys.h>
@@ -15,15 +14,12 @@
 #include "tests/stubs/RecordingSubsys.h"
 #include "tests/stubs/Samples.h"
 #include "tests/stubs/Words.h"
+#include "tests/support/SubsysClient.h"
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 namespace {
 
-using stubs_test::parcelOf;
-using stubs_test::RecordingSubsys;
-using stubs_test::Samples;
-using stubs_test::Words;
-using stubs_test::wordsOf;
+using namespace stubs_test;
 
 constexpr uint32_t kGetVersion = 0x00FFFFFF;
 
@@ -233,21 +229,12 @@ TEST_F(ServedSubsys, VersionAndHash_WhenAskedThere_ThenThoseOfTheInterface) {
     }
 }
 
-class MetaCallback final : public BnSubsysIccMetaCallback {
-public:
-    ndk::ScopedAStatus onIccMetaResp(const IccMetaRespInfo& info) override {
-        received = info;
-        return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
-    }
-    IccMetaRespInfo received;
-};
-
 TEST(OnewayInterface, Call_WhenTheClientFails_ThenOkAndVersionIsStillAnswered) {
-    const auto callback = ndk::SharedRefBase::make<MetaCallback>();
+    const auto callback = ndk::SharedRefBase::make<test::IccMetaClient>();
     const auto proxy = ndk::SharedRefBase::make<BpSubsysIccMetaCallback>(callback->asBinder());
     const auto sent = Samples().next<IccMetaRespInfo>();
     EXPECT_TRUE(proxy->onIccMetaResp(sent).isOk());
-    EXPECT_EQ(sent, callback->received);
+    EXPECT_EQ(std::vector{sent}, callback->answers.all());
     int32_t version = 0;
     EXPECT_TRUE(proxy->getInterfaceVersion(&version).isOk());
     EXPECT_EQ(5, version);

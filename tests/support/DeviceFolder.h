@@ -2,45 +2,34 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <string>
 #include <string_view>
+
+#include "tests/support/TempFolder.h"
 
 namespace test {
 
 // A folder that is this process's device for as long as it lives. Paths are those of the device, from "/" on.
-class DeviceFolder {
+class DeviceFolder : public TempFolder {
 public:
-    DeviceFolder() {
-        std::string pattern = std::filesystem::temp_directory_path() / "device-XXXXXX";
-        mRoot = mkdtemp(pattern.data());
-        setenv("SUBSYS_DEVICE_ROOT", mRoot.c_str(), 1);
-    }
-    ~DeviceFolder() { std::filesystem::remove_all(mRoot); }
-    DeviceFolder(const DeviceFolder&) = delete;
-    DeviceFolder& operator=(const DeviceFolder&) = delete;
+    DeviceFolder() : TempFolder("SUBSYS_DEVICE_ROOT") {}
 
-    void write(std::string_view path, std::string_view content) const {
-        std::ofstream(place(path), std::ios::binary) << content;
+    void write(std::string_view file, std::string_view content) const {
+        std::ofstream(place(file), std::ios::binary) << content;
     }
-    void copy(std::string_view path, const std::filesystem::path& source) const {
-        std::filesystem::copy_file(source, place(path), std::filesystem::copy_options::overwrite_existing);
+    void copy(std::string_view file, const std::filesystem::path& source) const {
+        std::filesystem::copy_file(source, place(file), std::filesystem::copy_options::overwrite_existing);
     }
-    void makeDirectory(std::string_view path) const { std::filesystem::create_directories(place(path)); }
-    void makeFifo(std::string_view path) const { mkfifo(place(path).c_str(), 0600); }
-    void remove(std::string_view path) const { std::filesystem::remove_all(place(path)); }
+    void makeDirectory(std::string_view file) const { std::filesystem::create_directories(place(file)); }
+    void makeFifo(std::string_view file) const { mkfifo(place(file).c_str(), 0600); }
+    void remove(std::string_view file) const { std::filesystem::remove_all(place(file)); }
 
     // Where the device's file is on this machine; its folder exists.
-    [[nodiscard]] std::filesystem::path place(std::string_view path) const {
-        const std::filesystem::path file = mRoot / std::filesystem::path(path).relative_path();
-        std::filesystem::create_directories(file.parent_path());
-        return file;
+    [[nodiscard]] std::filesystem::path place(std::string_view file) const {
+        const std::filesystem::path placed = path() / std::filesystem::path(file).relative_path();
+        std::filesystem::create_directories(placed.parent_path());
+        return placed;
     }
-
-private:
-    std::filesystem::path mRoot;
 };
 
 }  // namespace test

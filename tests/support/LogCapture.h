@@ -46,6 +46,11 @@ public:
         std::erase_if(all, [&](const LogLine& line) { return line.tag != tag; });
         return all;
     }
+    [[nodiscard]] std::vector<std::string> texts(std::string_view tag) const {
+        std::vector<std::string> result;
+        for (const LogLine& line : lines(tag)) result.push_back(line.text);
+        return result;
+    }
     [[nodiscard]] size_t count(std::string_view tag, std::string_view text, std::optional<int> priority = {}) const {
         return countIn(store().all(), tag, text, priority);
     }

@@ -11,6 +11,15 @@
 
 namespace test {
 
+// Runs the action on the handler's thread and returns what it returns. What was posted there before has run by then.
+template <typename Action>
+std::invoke_result_t<Action> runOn(const mindroid::sp<mindroid::Handler>& handler, Action action) {
+    std::packaged_task<std::invoke_result_t<Action>()> task(std::move(action));
+    auto result = task.get_future();
+    handler->post(new mindroid::Runnable([&] { task(); }));
+    return result.get();
+}
+
 // A looper on a thread of its own, for objects that belong to the looper of the thread that makes them.
 class LooperThread {
 public:
@@ -23,13 +32,9 @@ public:
     [[nodiscard]] mindroid::sp<mindroid::Looper> looper() const { return mThread->getLooper(); }
     [[nodiscard]] const mindroid::sp<mindroid::Handler>& handler() const { return mHandler; }
 
-    // Runs the action on the looper thread and returns what it returns. What was posted before has run by then.
     template <typename Action>
     std::invoke_result_t<Action> run(Action action) {
-        std::packaged_task<std::invoke_result_t<Action>()> task(std::move(action));
-        auto result = task.get_future();
-        mHandler->post(new mindroid::Runnable([&] { task(); }));
-        return result.get();
+        return runOn(mHandler, std::move(action));
     }
     // Returns when everything that is due has run.
     void drain() {

@@ -27,8 +27,7 @@ Process::Process(const std::vector<std::string>& arguments) {
 }
 
 Process::~Process() {
-    if (mPid > 0) signal(SIGKILL);
-    wait();
+    end();
     close(mOut);
 }
 

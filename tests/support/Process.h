@@ -19,9 +19,17 @@ public:
 
     // True once the program's output (stdout and stderr together) holds the text; false when it ends without.
     [[nodiscard]] bool awaitOutput(const std::string& text);
-    void signal(int number) const { kill(mPid, number); }
+    void signal(int number) const {
+        if (mPid > 0) kill(mPid, number);
+    }
+    // Kills it and returns when it is gone.
+    void end() {
+        signal(SIGKILL);
+        wait();
+    }
     // Waits for the end. The exit code, or 128 and the number of the signal that ended it.
     int wait();
+    [[nodiscard]] pid_t pid() const { return mPid; }
     [[nodiscard]] const std::string& output() const { return mOutput; }
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIccMetaCallback.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIndication.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysResponse.h>
 
@@ -59,6 +60,17 @@ private:
     Status keep(Response response) {
         responses.add(std::move(response));
         return Status::ok();
+    }
+};
+
+// A callback of meta commands that keeps what it is told, and fails, which must concern nobody.
+class IccMetaClient : public pkg::BnSubsysIccMetaCallback {
+public:
+    Recorder<pkg::IccMetaRespInfo> answers;
+
+    ndk::ScopedAStatus onIccMetaResp(const pkg::IccMetaRespInfo& info) override {
+        answers.add(info);
+        return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
     }
 };
 

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <iomanip>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/stubs/RecordingSubsys.h"
@@ -12,10 +15,18 @@ namespace {
 
 using Words = std::vector<std::string>;
 
+// A command's words; one that holds a blank or nothing stands in single quotes.
+Words split(const std::string& command) {
+    Words words;
+    std::istringstream input(command);
+    for (std::string word; input >> std::quoted(word, '\'');) words.push_back(word);
+    return words;
+}
+
 // What the service is called with when these verbs are sent with serials from 1.
-Words callsOf(const Words& words) {
+Words callsOf(const std::string& command) {
     CommandLine line;
-    EXPECT_EQ(std::nullopt, parse(words, line));
+    EXPECT_EQ(std::nullopt, parse(split(command), line));
     const auto service = ndk::SharedRefBase::make<stubs_test::RecordingSubsys>();
     int32_t serial = 0;
     for (const Step& step : line.steps) EXPECT_TRUE(step.request.value().send(*service, ++serial, nullptr).isOk());
@@ -23,82 +34,49 @@ Words callsOf(const Words& words) {
 }
 
 TEST(Requests, Verb_WhenWithItsOptions_ThenItsCall) {
-    struct Case {
-        Words words;
-        std::string call;
-    };
-    const Case cases[] = {
-        {{"get-swtp-status"}, "getSwtpStatus(1)"},
-        {{"get-lcd-info", "--type", "-5"}, "getLcdInfo(1, -5)"},
-        {{"set-mipi-freq-clk", "--id", "2", "--freq-clk", "9000000000"}, "setMipiFreqClk(1, 2, 9000000000)"},
-        {{"set-osc-freq-clk", "--id", "2", "--freq-clk", "3"}, "setOscFreqClk(1, 2, 3)"},
-        {{"get-nvram-data", "--id=2", "--size=3"}, "getNvramData(1, 2, 3)"},
-        {{"set-icc-tuning-state", "--technology", "2", "--band", "3", "--antenna", "4", "--state", "5"},
-         "setIccTuningState(1, 2, 3, 4, 5)"},
-        {{"set-icc-wifi-ant-state", "--antenna", "2", "--state", "3"}, "setIccWifiAntState(1, 2, 3)"},
-        {{"set-icc-satellite-ant-state", "--technology", "2", "--antenna", "3", "--state", "4"},
-         "setIccSatelliteAntState(1, 2, 3, 4)"},
-        {{"get-icc-state"}, "getIccState(1)"},
-        {{"kill-process", "--pid", "2", "--name", "a b"}, "killProcess(1, 2, a b)"},
-        {{"send-icc-cmd", "--req-id", "2", "--data", "0aFF", "--timeout-ms", "100"},
+    const std::pair<std::string, std::string> cases[] = {
+        {"get-swtp-status", "getSwtpStatus(1)"},
+        {"get-lcd-info --type -5", "getLcdInfo(1, -5)"},
+        {"set-mipi-freq-clk --id 2 --freq-clk 9000000000", "setMipiFreqClk(1, 2, 9000000000)"},
+        {"set-osc-freq-clk --id 2 --freq-clk 3", "setOscFreqClk(1, 2, 3)"},
+        {"get-nvram-data --id=2 --size=3", "getNvramData(1, 2, 3)"},
+        {"set-icc-tuning-state --technology 2 --band 3 --antenna 4 --state 5", "setIccTuningState(1, 2, 3, 4, 5)"},
+        {"set-icc-wifi-ant-state --antenna 2 --state 3", "setIccWifiAntState(1, 2, 3)"},
+        {"set-icc-satellite-ant-state --technology 2 --antenna 3 --state 4", "setIccSatelliteAntState(1, 2, 3, 4)"},
+        {"get-icc-state", "getIccState(1)"},
+        {"kill-process --pid 2 --name 'a b'", "killProcess(1, 2, a b)"},
+        {"send-icc-cmd --req-id 2 --data 0aFF --timeout-ms 100",
          "sendIccCmd(1, IccReqInfo{reqId: 2, data: [10, 255], timeout: 100})"},
-        {{"send-icc-meta-cmd", "--id", "1", "--token", "2", "--type", "3", "--req-id", "4", "--data", "05"},
+        {"send-icc-meta-cmd --id 1 --token 2 --type 3 --req-id 4 --data 05",
          "sendIccMetaCmd(IccMetaReqInfo{id: 1, token: 2, type: 3, reqId: 4, data: [5]}, null)"},
-        {{"set-call-info",
-          "--slot-id",
-          "1",
-          "--call-id",
-          "2",
-          "--call-type",
-          "3",
-          "--call-state",
-          "4",
-          "--text1",
-          "a",
-          "--text2",
-          "b",
-          "--text3",
-          "c",
-          "--text4",
-          "d",
-          "--text5",
-          "e",
-          "--text6",
-          "f",
-          "--value64",
-          "5",
-          "--value32",
-          "6"},
+        {"set-call-info --slot-id 1 --call-id 2 --call-type 3 --call-state 4 --text1 a --text2 b --text3 c --text4 d "
+         "--text5 e --text6 f --value64 5 --value32 6",
          "setCallInfo(1, CallInfo{slotId: 1, callId: 2, callType: 3, callState: 4, text1: a, text2: b, text3: c, "
          "text4: d, text5: e, text6: f, value64: 5, value32: 6})"},
-        {{"set-ortc-room-info", "--slot-id", "1", "--call-id", "2", "--room-id", "3", "--room-state", "4", "--action",
-          "5"},
+        {"set-ortc-room-info --slot-id 1 --call-id 2 --room-id 3 --room-state 4 --action 5",
          "setOrtcRoomInfo(1, OrtcRoomInfo{slotId: 1, callId: 2, roomId: 3, roomState: 4, action: 5})"},
-        {{"send-ims-rtp-data", "--data-type", "0x10", "--data", "0001"},
+        {"send-ims-rtp-data --data-type 0x10 --data 0001",
          "sendImsRtpData(1, ImsRtpDataInfo{slotId: 0, callId: 0, dataType: 16, data: [0, 1], dataLen: 2})"},
-        {{"send-ims-rtp-data", "--data-len", "0", "--data", "0001"},
+        {"send-ims-rtp-data --data-len 0 --data 0001",
          "sendImsRtpData(1, ImsRtpDataInfo{slotId: 0, callId: 0, dataType: 0, data: [0, 1], dataLen: 0})"},
-        {{"set-ims-rtp-remote-pub-ip-addr", "--media-type", "3", "--addr-family", "4", "--rtp-port", "5", "--rtcp-port",
-          "6", "--ip-addr", "::1"},
+        {"set-ims-rtp-remote-pub-ip-addr --media-type 3 --addr-family 4 --rtp-port 5 --rtcp-port 6 --ip-addr ::1",
          "setImsRtpRemotePubIpAddr(1, ImsRtpPubIpAddrInfo{slotId: 0, callId: 0, mediaType: 3, addrFamily: 4, "
          "rtpPort: 5, rtcpPort: 6, ipAddr: ::1})"},
-        {{"send-ims-rtp-redun-signal-msg", "--msg-field1", "1", "--msg-field5", "5", "--msg", ""},
+        {"send-ims-rtp-redun-signal-msg --msg-field1 1 --msg-field5 5 --msg ''",
          "sendImsRtpRedunSignalMsg(1, ImsRtpRedunSignalMsg{msgField1: 1, msgField2: 0, msgField3: 0, msgField4: 0, "
          "msgField5: 5, msg: })"},
     };
-    for (const auto& [words, call] : cases) EXPECT_EQ(Words{call}, callsOf(words)) << words[0];
-    EXPECT_EQ(18u, std::size(cases));
+    for (const auto& [command, call] : cases) EXPECT_EQ(Words{call}, callsOf(command)) << command;
 }
 
 TEST(Requests, Verbs_WhenRepeated_ThenInOrderEachWithItsOwnOptions) {
     EXPECT_EQ((Words{"getLcdInfo(1, 7)", "getSwtpStatus(2)", "getLcdInfo(3, 0)"}),
-              callsOf({"get-lcd-info", "--type", "7", "get-swtp-status", "get-lcd-info"}));
+              callsOf("get-lcd-info --type 7 get-swtp-status get-lcd-info"));
 }
 
 TEST(CommandLine, Parse_WhenGlobalOptionsStandAnywhere_ThenTaken) {
     CommandLine line;
-    EXPECT_EQ(std::nullopt,
-              parse({"--json", "get-lcd-info", "--type", "1", "--timeout", "0.25", "status", "--serial", "-3"}, line));
+    EXPECT_EQ(std::nullopt, parse(split("--json get-lcd-info --type 1 --timeout 0.25 status --serial -3"), line));
     EXPECT_TRUE(line.json);
     EXPECT_EQ(250, line.timeout.count());
     EXPECT_EQ(-3, line.serial);
@@ -106,42 +84,33 @@ TEST(CommandLine, Parse_WhenGlobalOptionsStandAnywhere_ThenTaken) {
 }
 
 TEST(CommandLine, Parse_WhenOfEachVerb_ThenOnlyTheCallbacksItNeeds) {
-    struct Case {
-        Words words;
+    const struct {
+        const char* command;
         bool rf;
         bool ims;
-    };
-    for (const auto& [words, rf, ims] :
-         {Case{{"get-swtp-status"}, true, false}, Case{{"set-call-info"}, false, true}, Case{{"status"}, false, false},
-          Case{{"send-icc-meta-cmd"}, false, false}, Case{{"watch"}, true, false}, Case{{"watch", "--ims"}, true, true},
-          Case{{"watch", "--ims", "--no-rf"}, false, true}, Case{{"set-callback"}, true, false},
-          Case{{"set-ims-ortc-callback"}, false, true}}) {
+    } cases[] = {
+        {"get-swtp-status", true, false},     {"set-call-info", false, true}, {"status", false, false},
+        {"send-icc-meta-cmd", false, false},  {"watch", true, false},         {"watch --ims", true, true},
+        {"watch --ims --no-rf", false, true}, {"set-callback", true, false},  {"set-ims-ortc-callback", false, true}};
+    for (const auto& [command, rf, ims] : cases) {
         CommandLine line;
-        EXPECT_EQ(std::nullopt, parse(words, line));
+        EXPECT_EQ(std::nullopt, parse(split(command), line));
         ASSERT_EQ(1u, line.steps.size());
-        EXPECT_EQ(rf, line.steps[0].rf) << words[0];
-        EXPECT_EQ(ims, line.steps[0].ims) << words[0];
+        EXPECT_EQ(rf, line.steps[0].rf) << command;
+        EXPECT_EQ(ims, line.steps[0].ims) << command;
     }
 }
 
 TEST(CommandLine, Parse_WhenUsedWrongly_ThenTwo) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
-    for (const Words& words : std::vector<Words>{{},
-                                                 {"no-such-verb"},
-                                                 {"get-swtp-status", "--type", "1"},
-                                                 {"get-lcd-info", "--type"},
-                                                 {"get-lcd-info", "--type", "x"},
-                                                 {"get-lcd-info", "--type", "2147483648"},
-                                                 {"send-icc-cmd", "--data", "0"},
-                                                 {"send-icc-cmd", "--data", "0x01"},
-                                                 {"kill-process", "--pid", "1"},
-                                                 {"status", "--timeout", "0"},
-                                                 {"status", "--timeout", "-1"},
-                                                 {"watch", "--no-rf"},
-                                                 {"watch", "--count", "0"}}) {
+    for (const char* command :
+         {"", "no-such-verb", "get-swtp-status --type 1", "get-lcd-info --type", "get-lcd-info --type x",
+          "get-lcd-info --type 2147483648", "send-icc-cmd --data 0", "send-icc-cmd --data 0x01", "kill-process --pid 1",
+          "status --timeout 0", "status --timeout -1", "status --timeout nan", "status --timeout inf",
+          "watch --for nan", "watch --no-rf", "watch --count 0"}) {
         CommandLine line;
-        EXPECT_EQ(2, parse(words, line)) << (words.empty() ? "nothing" : words[0]);
+        EXPECT_EQ(2, parse(split(command), line)) << command;
     }
     EXPECT_EQ("", testing::internal::GetCapturedStdout());
     EXPECT_NE("", testing::internal::GetCapturedStderr());

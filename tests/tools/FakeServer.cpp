@@ -60,6 +60,7 @@ public:
     ndk::ScopedAStatus sendIccMetaCmd(const IccMetaReqInfo& info,
                                       const std::shared_ptr<ISubsysIccMetaCallback>& callback) override {
         callback->onIccMetaResp({info.id, info.token + 1, 0, true, {}});  // of another command
+        if (info.id < 0) return ndk::ScopedAStatus::ok();
         return callback->onIccMetaResp({info.id, info.token, 2, info.reqId != 0, info.data});
     }
 

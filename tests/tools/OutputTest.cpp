@@ -12,10 +12,13 @@ namespace {
 
 using namespace ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
+// The one line that is printed.
 std::string printed(const Json& event, bool json, bool colour = false) {
     std::ostringstream out;
     Output(out, json, colour).print(event);
-    return out.str();
+    const std::string text = out.str();
+    EXPECT_EQ(text.size() - 1, text.find('\n')) << text;
+    return text.substr(0, text.size() - 1);
 }
 
 const Json kLcd = callToJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
@@ -32,45 +35,41 @@ const Json kMeta = callToJson<ISubsysIccMetaCallback, ISubsysIccMetaCallback::TR
     "callback", IccMetaRespInfo{1, 9, 2, false, {}});
 
 TEST(Output, Json_WhenOfEachKind_ThenKeysAsDeclared) {
-    EXPECT_EQ(R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":7,"error":1},"lcdInfo":"a\"b\n"})"
-              "\n",
+    EXPECT_EQ(R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":7,"error":1},"lcdInfo":"a\"b\n"})",
               printed(kLcd, true));
     EXPECT_EQ(R"({"response":"sendIccCmdResponse","info":{"type":0,"serial":2,"error":0},)"
-              R"("respInfo":{"reqId":-3,"data":"0aff"}})"
-              "\n",
+              R"("respInfo":{"reqId":-3,"data":"0aff"}})",
               printed(kCommand, true));
-    EXPECT_EQ("{\"indication\":\"sendSubsysStateChanged\",\"state\":true}\n", printed(kState, true));
+    EXPECT_EQ("{\"indication\":\"sendSubsysStateChanged\",\"state\":true}", printed(kState, true));
     EXPECT_EQ(R"({"indication":"notifyIccPercStateChangedInd","info":{"percTypes":[)"
-              R"({"value0":1,"value1":-2,"value2":3},{"value0":0,"value1":0,"value2":0}]}})"
-              "\n",
+              R"({"value0":1,"value1":-2,"value2":3},{"value0":0,"value1":0,"value2":0}]}})",
               printed(kPerception, true));
-    EXPECT_EQ(R"({"callback":"onIccMetaResp","info":{"id":1,"token":9,"type":2,"result":false,"data":""}})"
-              "\n",
+    EXPECT_EQ(R"({"callback":"onIccMetaResp","info":{"id":1,"token":9,"type":2,"result":false,"data":""}})",
               printed(kMeta, true));
 }
 
 TEST(Output, Text_WhenOfEachKind_ThenOneReadableLine) {
-    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\"\n", printed(kLcd, false));
-    EXPECT_EQ("setOscFreqClkResponse #-1 SUCCESS\n", printed(kClock, false));
-    EXPECT_EQ("sendIccCmdResponse #2 SUCCESS reqId=-3 data=\"0aff\"\n", printed(kCommand, false));
-    EXPECT_EQ("indication sendSubsysStateChanged state=true\n", printed(kState, false));
+    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\"", printed(kLcd, false));
+    EXPECT_EQ("setOscFreqClkResponse #-1 SUCCESS", printed(kClock, false));
+    EXPECT_EQ("sendIccCmdResponse #2 SUCCESS reqId=-3 data=\"0aff\"", printed(kCommand, false));
+    EXPECT_EQ("indication sendSubsysStateChanged state=true", printed(kState, false));
     EXPECT_EQ(
         "indication notifyIccPercStateChangedInd percTypes=[{value0=1 value1=-2 value2=3}, "
-        "{value0=0 value1=0 value2=0}]\n",
+        "{value0=0 value1=0 value2=0}]",
         printed(kPerception, false));
-    EXPECT_EQ("onIccMetaResp FAILED id=1 token=9 type=2 result=false data=\"\"\n", printed(kMeta, false));
+    EXPECT_EQ("onIccMetaResp FAILED id=1 token=9 type=2 result=false data=\"\"", printed(kMeta, false));
 }
 
 TEST(Output, Colour_WhenWanted_ThenOnlyInText) {
-    EXPECT_EQ("setOscFreqClkResponse #-1 \033[32mSUCCESS\033[0m\n", printed(kClock, false, true));
+    EXPECT_EQ("setOscFreqClkResponse #-1 \033[32mSUCCESS\033[0m", printed(kClock, false, true));
     EXPECT_NE(std::string::npos, printed(kLcd, false, true).find("\033[31mNOT_SUPPORTED"));
     EXPECT_EQ(std::string::npos, printed(kLcd, true, true).find('\033'));
 }
 
 TEST(Output, Bytes_WhenNotUtf8_ThenReplaced) {
     const Json event = {{"indication", "x"}, {"text", "a\xFF\xC3"}};
-    EXPECT_EQ("{\"indication\":\"x\",\"text\":\"a\xEF\xBF\xBD\xEF\xBF\xBD\"}\n", printed(event, true));
-    EXPECT_EQ("indication x text=\"a\xEF\xBF\xBD\xEF\xBF\xBD\"\n", printed(event, false));
+    EXPECT_EQ("{\"indication\":\"x\",\"text\":\"a\xEF\xBF\xBD\xEF\xBF\xBD\"}", printed(event, true));
+    EXPECT_EQ("indication x text=\"a\xEF\xBF\xBD\xEF\xBF\xBD\"", printed(event, false));
 }
 
 TEST(Text, KebabCase_WhenCamelCase_ThenHyphens) {

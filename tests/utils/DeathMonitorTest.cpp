@@ -1,9 +1,5 @@
 #include <utils/DeathMonitor.h>
 
-#include <future>
-#include <thread>
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
@@ -13,6 +9,7 @@
 #include "tests/support/LooperThread.h"
 #include "tests/support/NamesFolder.h"
 #include "tests/support/SubsysClient.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
@@ -51,12 +48,6 @@ protected:
         sp<DeathMonitor> result = new DeathMonitor();
         result->registerClientDeathEvent(handler, WHAT, nullptr);
         return result;
-    }
-    // Keeps the looper busy until the result is set.
-    [[nodiscard]] auto blockLooper() {
-        auto release = std::make_unique<std::promise<void>>();
-        looper.handler()->post(new mindroid::Runnable([until = release->get_future().share()] { until.wait(); }));
-        return release;
     }
 
     const test::NamesFolder names;
@@ -113,10 +104,10 @@ TEST_F(DeathMonitors, Init_WhenThereIsANewCallback_ThenTheOldOnesDeathIsSilent) 
 TEST_F(DeathMonitors, Init_WhenTheOldOnesDeathIsQueued_ThenItIsDropped) {
     const auto dead = first.killed<Response>();
     const auto watched = monitor();
-    auto blocked = blockLooper();
-    watched->init(dead);
-    watched->init(second.callback<Response>());
-    blocked->set_value();
+    looper.run([&] {  // The death waits in the queue.
+        watched->init(dead);
+        watched->init(second.callback<Response>());
+    });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 0u);
     second.kill();
@@ -126,11 +117,11 @@ TEST_F(DeathMonitors, Init_WhenTheOldOnesDeathIsQueued_ThenItIsDropped) {
 TEST_F(DeathMonitors, Init_WhenAnotherMonitorSharesHandlerAndWhat_ThenItsQueuedDeathStays) {
     const auto dead = first.killed<Response>();
     const auto replaced = monitor(), other = monitor();
-    auto blocked = blockLooper();
-    replaced->init(dead);
-    other->init(dead);
-    replaced->init(nullptr);
-    blocked->set_value();
+    looper.run([&] {
+        replaced->init(dead);
+        other->init(dead);
+        replaced->init(nullptr);
+    });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 1u);
 }
@@ -152,10 +143,10 @@ TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
 TEST_F(DeathMonitors, Destroy_WhenADeathIsQueued_ThenNoMessage) {
     const auto dead = first.killed<Response>();
     auto watched = monitor();
-    auto blocked = blockLooper();
-    watched->init(dead);
-    watched.clear();
-    blocked->set_value();
+    looper.run([&] {
+        watched->init(dead);
+        watched.clear();
+    });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 0u);
     EXPECT_EQ(handler->strongCount(), 1);
@@ -173,14 +164,10 @@ TEST_F(DeathMonitors, Death_WhenTheHandlerIsMissingOrHasNoLooper_ThenItIsDropped
 TEST_F(DeathMonitors, Init_WhenThreadsRaceWithADeath_ThenTheLastCallbackIsWatched) {
     const auto a = first.callback<Response>(), b = second.callback<Response>();
     const auto watched = monitor();
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < 100; ++round) watched->init((round + i) % 2 == 0 ? a : nullptr);
-        });
-    }
-    first.kill();
-    for (auto& thread : threads) thread.join();
+    test::inThreads(5, [&](size_t i) {
+        if (i == 4) return first.kill();
+        for (size_t round = 0; round < 100; ++round) watched->init((round + i) % 2 == 0 ? a : nullptr);
+    });
     watched->init(b);
     looper.drain();
     handler->deaths.clear();

@@ -99,7 +99,7 @@ void Message::discard() {
 }
 
 bool Message::claim() {
-    return !mClaimed.exchange(true, std::memory_order_acq_rel);
+    return !wasSent() && !mClaimed.exchange(true, std::memory_order_acq_rel);
 }
 
 bool Message::markSent() {

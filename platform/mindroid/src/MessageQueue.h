@@ -73,7 +73,6 @@ private:
     };
     static bool isLater(const Timed& a, const Timed& b);
 
-    void addReady(sp<Message> message);
     void addTimed(sp<Message> message, uint64_t dueTime);
     void moveDueToReady();
     // When the looper has to wake by itself.

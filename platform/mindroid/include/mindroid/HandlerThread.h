@@ -17,7 +17,8 @@ public:
     explicit HandlerThread(std::string name = "HandlerThread");
     ~HandlerThread() override;
 
-    // Starts the thread and returns when its looper exists. False when it was started before. Owner's thread.
+    // Starts the thread and returns when its looper exists. False when it was started before. Owner's thread, but never
+    // in a static initialiser of a library: a new thread waits until the library is loaded.
     bool start();
     // Null before start; any thread.
     [[nodiscard]] sp<Looper> getLooper() const;

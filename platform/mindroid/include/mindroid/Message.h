@@ -54,8 +54,8 @@ public:
     // callback holds the message. Does nothing to a message that was sent.
     void discard();
 
-    // True for the first caller only: whoever gets it may fill and send this message. It lets several threads compete
-    // to answer one message without touching its fields. Any thread.
+    // True for the first caller only, and only before the message is sent: whoever gets it may fill and send this
+    // message. It lets several threads compete to answer one message without touching its fields. Any thread.
     [[nodiscard]] bool claim();
 
     // Memory comes from the message pool.
