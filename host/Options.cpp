@@ -23,7 +23,7 @@ constexpr const char* ENVIRONMENT =
     "  SUBSYS_DEVICE_ROOT  the device folder where --device is not given; without either,\n"
     "                      the paths of a device are those of this machine\n"
     "  SUBSYS_BINDER_DIR   the folder of the service names\n\n"
-    "Example: subsysd --device build/device --load build/lib/libcomponents.so";
+    "Example: subsysd --device build/device --load build/lib/libsimvs.so";
 
 }  // namespace
 

@@ -15,7 +15,7 @@ constexpr int kNoAnswer = 124;
 // Only what is allowed in a signal handler.
 void onAlarm(int) {
     constexpr std::string_view kText =
-        "subsysctl: the service did not take the call in time; is its process stopped?\n";
+        "subsysctl: the service did not take the call in time; is its process stopped or busy?\n";
     const ssize_t written = write(STDERR_FILENO, kText.data(), kText.size());
     static_cast<void>(written);
     _exit(kNoAnswer);

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -33,6 +34,12 @@ constexpr char kFooter[] =
     "still run, unless the service is gone.\n"
     "SUBSYS_BINDER_DIR names the folder of the service names; NO_COLOR turns colours off.";
 
+// CLI::Range lets "nan" pass.
+std::string refuseNan(const std::string& text) {
+    double value = 0;
+    return CLI::detail::lexical_cast(text, value) && std::isnan(value) ? "not a number: " + text : "";
+}
+
 void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
     app.add_flag("--json", commandLine.json, "One JSON object a line");
     app.add_option_function<double>(
@@ -40,7 +47,8 @@ void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
            [&](double seconds) { commandLine.timeout = std::chrono::milliseconds(std::llround(seconds * 1000)); },
            "How long to wait for each answer (default 5)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, kMaxSeconds));
+        ->check(CLI::Range(0.001, kMaxSeconds))
+        ->check(refuseNan);
     app.add_option("--serial", commandLine.serial, "The first request's serial, counting on from there (default 1)")
         ->type_name("N");
 }
@@ -78,7 +86,8 @@ void addWatch(CLI::App& app, std::vector<Step>& steps) {
         ->needs("--ims");
     verb->add_option("--for", arguments->seconds, "End after so long (default: never)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, kMaxSeconds));
+        ->check(CLI::Range(0.0, kMaxSeconds))
+        ->check(refuseNan);
     verb->add_option("--count", arguments->count, "End after so many; 124 when --for ends it before")
         ->type_name("N")
         ->check(CLI::PositiveNumber);

@@ -40,6 +40,17 @@ std::string inSeconds(Clock::duration time) {
     return text.data();
 }
 
+const char* whyUnanswered(Needs needs) {
+    switch (needs) {
+        case Needs::RF:
+            return "is the component missing or silent, or has another client taken over the callback?";
+        case Needs::IMS:
+            return "is the IMS ORTC component missing or silent, or do two other clients hold both places?";
+        default:
+            return "is the component missing or silent?";
+    }
+}
+
 // While it lives, SIGINT and SIGTERM end the watch and not the process.
 class Interrupt {
 public:
@@ -100,7 +111,7 @@ int Session::connect() {
     const std::string name = serviceName();
     const ndk::SpAIBinder binder(AServiceManager_checkService(name.c_str()));
     if (!binder.get() && AServiceManager_isDeclared(name.c_str())) {
-        return fail(NO_ANSWER, "no answer from " + name + "; is its process stopped?");
+        return fail(NO_ANSWER, "no answer from " + name + "; is its process stopped or busy?");
     }
     if (!binder.get()) return fail(NO_SERVICE, "no such service: " + name);
     mService = Service::fromBinder(binder);
@@ -152,10 +163,8 @@ int Session::request(const Request& request) {
 
 int Session::failAnswer(const Request& request) const {
     if (mMailbox->serverDied()) return fail(NO_SERVICE, request.method + ": the service died before it answered");
-    const std::string why = request.needs == Needs::IMS
-                                ? "is the IMS ORTC component missing, or do two other clients hold both places?"
-                                : "is the component missing, or has another client taken over the callback?";
-    return fail(NO_ANSWER, request.method + ": no answer in " + inSeconds(mTimeout) + "; " + why);
+    return fail(NO_ANSWER,
+                request.method + ": no answer in " + inSeconds(mTimeout) + "; " + whyUnanswered(request.needs));
 }
 
 int Session::watch(const WatchOptions& options) {
