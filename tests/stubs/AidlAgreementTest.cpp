@@ -83,7 +83,7 @@ std::string nameOf() {
     if constexpr (std::is_same_v<T, SUBSYS_Errno>) return "SUBSYS_Errno";
     if constexpr (requires { T::descriptor; }) return simpleName(T::descriptor);
     if constexpr (requires { typename T::element_type; }) return nameOf<typename T::element_type>();
-    if constexpr (requires(T& values) { values.push_back({}); } && !std::is_same_v<T, std::string>) {
+    if constexpr (requires(T & values) { values.push_back({}); } && !std::is_same_v<T, std::string>) {
         return nameOf<typename T::value_type>() + "[]";
     }
     return "";
