@@ -7,18 +7,6 @@
 namespace mindroid {
 namespace {
 
-TEST(Log, Lines_WhenWritten_ThenCarryTagPriorityAndText) {
-    const test::LogCapture log;
-    Log::d("Tag", "debug %d", 1);
-    Log::i("Tag", "info %s", "x");
-    Log::w("Other", "warning");
-    Log::e("Tag", "error %c", '!');
-    EXPECT_EQ(log.lines(), (std::vector<test::LogLine>{{ANDROID_LOG_DEBUG, "Tag", "debug 1"},
-                                                       {ANDROID_LOG_INFO, "Tag", "info x"},
-                                                       {ANDROID_LOG_WARN, "Other", "warning"},
-                                                       {ANDROID_LOG_ERROR, "Tag", "error !"}}));
-}
-
 TEST(Log, Line_WhenBelowTheMinimum_ThenIsNotEvenFormatted) {
     const test::LogCapture log;
     int formatted = 0;

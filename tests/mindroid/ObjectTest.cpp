@@ -59,14 +59,6 @@ TEST(Sp, Conversion_WhenUpOrDown_ThenIsTheSameObjectOrNull) {
     EXPECT_EQ(static_object_cast<Base>(derived).get(), derived.get());
 }
 
-TEST(Boxes, Value_WhenAtTheLimits_ThenIsKept) {
-    EXPECT_EQ(sp<Byte>(new Byte(0xff))->value(), 0xff);
-    EXPECT_EQ(sp<Short>(new Short(0xffff))->value(), 0xffff);
-    EXPECT_EQ(sp<Integer>(new Integer(INT32_MIN))->value(), INT32_MIN);
-    EXPECT_EQ(sp<Long>(new Long(INT64_MAX))->value(), INT64_MAX);
-    EXPECT_TRUE(sp<Boolean>(new Boolean(true))->value());
-}
-
 TEST(Boxes, Equals_WhenClassOrValueDiffers_ThenIsFalse) {
     // One box of each class, all of "one", and a second value of each.
     const auto boxes = [] {

@@ -72,12 +72,6 @@ TEST(Output, Bytes_WhenNotUtf8_ThenReplaced) {
     EXPECT_EQ("indication x text=\"a\xEF\xBF\xBD\xEF\xBF\xBD\"", printed(event, false));
 }
 
-TEST(Text, KebabCase_WhenCamelCase_ThenHyphens) {
-    EXPECT_EQ("send-icc-cmd", kebabCase("sendIccCmd"));
-    EXPECT_EQ("msg-field1", kebabCase("msgField1"));
-    EXPECT_EQ("name", kebabCase("name"));
-}
-
 TEST(Text, Hex_WhenParsed_ThenOnlyPairsOfDigits) {
     EXPECT_EQ((std::vector<uint8_t>{0x0A, 0xBC, 0xFF}), parseHex("0aBCff"));
     EXPECT_EQ("0abcff", toHex(*parseHex("0aBCff")));
