@@ -114,28 +114,13 @@ TEST(Message, Message_WhenDispatchedOrDropped_ThenLetsGoOfAllItHolds) {
     }
 }
 
-TEST(Message, Discard_WhenNeverSent_ThenLetsGoAsWhenRefusedAndCantBeSent) {
+TEST(Message, SendToTarget_WhenRefused_ThenLetsGoOfAllItHolds) {
     std::atomic<int> deaths{0};
-    const sp<Handler> handler = new Handler();
+    const sp<Handler> handler = new Handler();  // without a looper
     const sp<Message> message = selfHolding(handler, deaths);
-    message->discard();
+    EXPECT_FALSE(message->sendToTarget());
     EXPECT_EQ(deaths, 1);
     EXPECT_EQ(message->strongCount(), 1);
-    EXPECT_FALSE(message->sendToTarget());
-    EXPECT_FALSE(selfHolding(handler, deaths)->sendToTarget());
-    EXPECT_EQ(deaths, 2);
-}
-
-TEST(Message, Discard_WhenQueued_ThenItRunsAllTheSame) {
-    sp<Probe> probe;
-    test::runLoop([&] {
-        probe = new Probe();
-        const sp<Message> message = probe->obtainMessage(5);
-        message->sendToTarget();
-        message->discard();
-        probe->sendEmptyMessage(QUIT);
-    });
-    EXPECT_EQ(probe->seen, std::vector<int32_t>{5});
 }
 
 }  // namespace

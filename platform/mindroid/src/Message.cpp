@@ -94,10 +94,6 @@ bool Message::sendToTarget() {
     return false;
 }
 
-void Message::discard() {
-    if (!mSent.exchange(true, std::memory_order_acq_rel)) letGo();
-}
-
 bool Message::claim() {
     return !wasSent() && !mClaimed.exchange(true, std::memory_order_acq_rel);
 }

@@ -50,10 +50,6 @@ public:
     // or the message was sent before. Any thread.
     bool sendToTarget();
 
-    // Makes a message that will never be sent let go of its callback, object and target: the way out for an owner whose
-    // callback holds the message. Does nothing to a message that was sent.
-    void discard();
-
     // True for the first caller only, and only before the message is sent: whoever gets it may fill and send this
     // message. It lets several threads compete to answer one message without touching its fields. Any thread.
     [[nodiscard]] bool claim();
