@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/stubs/RecordingSubsys.h"
+#include "stubs/tests/RecordingSubsys.h"
 
 namespace subsysctl {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <iostream>
 
-#include "tests/stubs/RecordingSubsys.h"
+#include "stubs/tests/RecordingSubsys.h"
 
 // A service whose answers the client chooses: the numbers in a request say how it is answered.
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include "tests/binder/Echo.h"
+#include "binder/tests/Echo.h"
 #include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
 

@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "tests/binder/Peer.h"
+#include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 
 namespace {

@@ -3,7 +3,7 @@
 
 #include <future>
 
-#include "tests/binder/Peer.h"
+#include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/Threads.h"

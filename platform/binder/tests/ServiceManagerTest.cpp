@@ -5,7 +5,7 @@
 #include <chrono>
 #include <future>
 
-#include "tests/binder/Peer.h"
+#include "binder/tests/Peer.h"
 #include "tests/support/LogCapture.h"
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "platform/binder/src/Parcel.h"
-#include "tests/binder/Echo.h"
+#include "binder/src/Parcel.h"
+#include "binder/tests/Echo.h"
 
 namespace {
 

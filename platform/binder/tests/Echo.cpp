@@ -1,4 +1,4 @@
-#include "tests/binder/Echo.h"
+#include "binder/tests/Echo.h"
 
 #include <android/binder_parcel_utils.h>
 

@@ -11,9 +11,9 @@
 #include <tuple>
 #include <vector>
 
-#include "tests/stubs/RecordingSubsys.h"
-#include "tests/stubs/Samples.h"
-#include "tests/stubs/Words.h"
+#include "stubs/tests/RecordingSubsys.h"
+#include "stubs/tests/Samples.h"
+#include "stubs/tests/Words.h"
 #include "tests/support/SubsysClient.h"
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {

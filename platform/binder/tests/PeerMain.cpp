@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tests/binder/Echo.h"
+#include "binder/tests/Echo.h"
 
 int main(int count, char** arguments) {
     if (count != 3) return 2;

@@ -3,7 +3,7 @@
 #include <android/binder_process.h>
 #include <gtest/gtest.h>
 
-#include "tests/binder/Echo.h"
+#include "binder/tests/Echo.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <cstring>
 #include <numeric>
 
-#include "platform/binder/src/Frame.h"
-#include "platform/binder/src/UniqueFd.h"
-#include "tests/binder/Peer.h"
+#include "binder/src/Frame.h"
+#include "binder/src/UniqueFd.h"
+#include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 

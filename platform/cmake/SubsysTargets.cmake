@@ -1,7 +1,24 @@
-# What every target of this project shares: warnings, sanitizers, the Android libraries of the distribution.
+# What every target of both projects shares: language, output folders, warnings, sanitizers, tests, the Android libraries
+# of the distribution.
+
+include_guard(GLOBAL)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
 
 find_package(Threads REQUIRED)
-find_package(tinyxml2 REQUIRED)
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+get_filename_component(SUBSYS_PLATFORM_DIR ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
 
 set(SUBSYS_SANITIZE "" CACHE STRING "address (with undefined) or thread; empty for none")
 set_property(CACHE SUBSYS_SANITIZE PROPERTY STRINGS "" address thread)
@@ -39,7 +56,7 @@ function(subsys_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
     subsys_common(${name})
-    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR})
+    target_include_directories(${name} PRIVATE ${SUBSYS_PLATFORM_DIR} ${CMAKE_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} test_support GTest::gtest_main)
     # The tests are most of what a check compiles; nothing they do is worth an optimiser's time.
     target_compile_options(${name} PRIVATE -O0 -g1)

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/stubs/Samples.h"
-#include "tests/stubs/Words.h"
+#include "stubs/tests/Samples.h"
+#include "stubs/tests/Words.h"
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 namespace {
