@@ -1,6 +1,5 @@
 #include "Acceptor.h"
 
-#include <sys/epoll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -8,225 +7,187 @@
 #include <cstring>
 #include <utility>
 
+#include "Frame.h"
 #include "IBinder.h"
+#include "IoThread.h"
 #include "Log.h"
+#include "PeerCosts.h"
 #include "Process.h"
 #include "ServiceManager.h"
 #include "Session.h"
+#include "Socket.h"
 
 namespace binder {
-namespace {
 
 using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
 
-// A connection says what it is for within this time.
-constexpr auto kPatience = 5s;
-constexpr auto kRetry = 100ms;
-constexpr int kMaxHellos = 4;
-// Of one process: connections that have not said yet, and sessions, of which it needs one.
-constexpr int kMaxSilent = 128;
-constexpr size_t kMaxSessions = 4;
-// Before the poller's other work has its turn.
-constexpr int kMaxAccepted = 32;
-// Processes remembered as told of, so that each fault of each makes one line.
-constexpr size_t kMaxTold = 64;
+// A connection whose hellos are being answered.
+class Greeting final : public Pollable, public std::enable_shared_from_this<Greeting> {
+public:
+    Greeting(UniqueFd fd, const ucred& peer, std::string name, Charge charge)
+        : mFd(std::move(fd)), mPeer(peer), mName(std::move(name)), mCharge(std::move(charge)) {}
+
+    [[nodiscard]] bool start() { return IoThread::instance().poller().add(shared_from_this(), EPOLLIN, mKey); }
+    [[nodiscard]] int fd() const override { return mFd.get(); }
+    void onReady(uint32_t) override {
+        while (read()) {
+        }
+    }
+    void onNoMemory() override { close(); }
+    [[nodiscard]] Clock::time_point since() const { return mSince; }
+
+    void refuse(const char* reason) {
+        warn("process %d %s: such connections are closed", mPeer.pid, reason);
+        close();
+    }
+
+private:
+    // False when there is nothing more to read.
+    bool read() {
+        auto* const bytes = reinterpret_cast<uint8_t*>(&mHello);
+        const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
+        if (received < 0 && errno == EAGAIN) return false;
+        if (received <= 0) return close();
+        mReceived += static_cast<size_t>(received);
+        if (mReceived < sizeof(mHello)) return true;
+        mReceived = 0;
+        return answer();
+    }
+
+    bool answer() {
+        if (mHello.protocol != kProtocol) return refuseAll("speaks another protocol");
+        switch (mHello.kind) {
+            case HelloKind::Identify:
+                return reply({kProtocol, 0, 0, processKey()});
+            case HelloKind::Open:
+                return open();
+            case HelloKind::Root:
+                return sendRoot();
+        }
+        return refuseAll("said a hello that makes no sense");
+    }
+
+    bool open() {
+        auto passed = std::exchange(mPassed, {});
+        const auto isSound = [this](const UniqueFd& each) { return isStreamOf(each, mPeer.pid); };
+        if (passed.size() != 2 || !std::all_of(passed.begin(), passed.end(), isSound))
+            return refuseAll("opens a session without channels");
+        if (Session::find(mHello.process, mPeer.pid) != nullptr) return refuseAll("has a session already");
+        const Session::Peer peer{mHello.process, mPeer.pid, mPeer.uid};
+        if (Session::open(peer, std::move(passed[0]), std::move(passed[1])) != nullptr)
+            return reply({kProtocol, 0, 0, processKey()});
+        return refuseAll(errno == EUSERS ? "has too many sessions" : strerror(errno));
+    }
+
+    bool sendRoot() {
+        const auto session = Session::find(mHello.process, mPeer.pid);
+        const ndk::SpAIBinder root = registeredHere(mName);
+        if (session == nullptr || root.get() == nullptr) return refuseAll("has no session");
+        const uint32_t id = session->objects().send(root.get());
+        return reply({kProtocol, id, root.get()->clazz()->descriptorHash, processKey()});
+    }
+
+    bool reply(const HelloReply& reply) {
+        const Bytes bytes(reinterpret_cast<const uint8_t*>(&reply), sizeof(reply));
+        if (sendSome(mFd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size())) return true;
+        return refuseAll("does not read the answer to its hello");
+    }
+
+    bool refuseAll(const char* reason) {
+        refuse(reason);
+        return false;
+    }
+
+    bool close() {
+        IoThread::instance().poller().remove(mKey);
+        Acceptor::instance().remove(*this);
+        return false;
+    }
+
+    const UniqueFd mFd;
+    const ucred mPeer;
+    const std::string mName;
+    const Charge mCharge;
+    const Clock::time_point mSince = Clock::now();
+    PollKey mKey = 0;
+    Hello mHello{};
+    size_t mReceived = 0;
+    std::vector<UniqueFd> mPassed;
+};
+
+namespace {
 
 class Listener final : public Pollable {
 public:
     Listener(UniqueFd fd, std::string name) : mFd(std::move(fd)), mName(std::move(name)) {}
 
     [[nodiscard]] int fd() const override { return mFd.get(); }
-    void onReady(uint32_t) override { Acceptor::instance().accept(shared_from_this(), mName); }
+    void onReady(uint32_t) override {
+        UniqueFd fd(accept4(mFd.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (fd.isValid()) return greet(std::move(fd));
+        if (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED) return;
+        warn("no connection can be taken for %s: %s", mName.c_str(), strerror(errno));
+        Acceptor::instance().pause(key);
+    }
+    void onNoMemory() override { warn("a connection to %s is lost: no memory", mName.c_str()); }
+
+    PollKey key = 0;
 
 private:
+    void greet(UniqueFd fd) {
+        const ucred peer = peerOf(fd);
+        auto charge = Charge::take(peer.pid, Cost::Greeting);
+        if (!charge) return warn("process %d has too many silent connections: such connections are closed", peer.pid);
+        const auto greeting = std::make_shared<Greeting>(std::move(fd), peer, mName, std::move(*charge));
+        if (greeting->start()) return Acceptor::instance().add(greeting);
+        warn("a connection to %s is lost: %s", mName.c_str(), strerror(errno));
+    }
+
     const UniqueFd mFd;
     const std::string mName;
 };
 
 }  // namespace
 
-// A connection whose hello is being read.
-class Greeting final : public Pollable {
-public:
-    Greeting(UniqueFd fd, const ucred& peer, std::string name)
-        : mFd(std::move(fd)), mPeer(peer), mName(std::move(name)) {}
-
-    [[nodiscard]] int fd() const override { return mFd.get(); }
-    [[nodiscard]] pid_t pid() const { return mPeer.pid; }
-    [[nodiscard]] Clock::time_point since() const { return mSince; }
-    void onReady(uint32_t) override {
-        if (read()) Acceptor::instance().greeted(std::static_pointer_cast<Greeting>(shared_from_this()));
-    }
-
-    // True when it is over: the connection was handed on, refused or lost.
-    [[nodiscard]] bool read() {
-        for (;;) {
-            auto* const bytes = static_cast<uint8_t*>(static_cast<void*>(&mHello));
-            const ssize_t received = recv(mFd.get(), bytes + mReceived, sizeof(mHello) - mReceived, MSG_DONTWAIT);
-            if (received < 0 && errno == EINTR) continue;
-            if (received < 0 && errno == EAGAIN) {
-                Poller::instance().arm(*this, EPOLLIN);
-                return false;
-            }
-            if (received <= 0) return true;
-            mReceived += static_cast<size_t>(received);
-            if (mReceived < sizeof(mHello)) continue;
-            mReceived = 0;
-            if (!answer() || ++mHellos == kMaxHellos) return true;
-        }
-    }
-
-private:
-    // True when another hello may follow.
-    bool answer() {
-        if (mHello.protocol != kProtocol) return refuse("speaks another protocol");
-        switch (mHello.kind) {
-            case HelloKind::Identify:
-                return reply({kProtocol, 0, 0, processKey()});
-            case HelloKind::Root:
-                return sendRoot();
-            case HelloKind::Control:
-                return openSession();
-            case HelloKind::Call:
-            case HelloKind::Reverse:
-                return join();
-        }
-        return refuse("said a hello that makes no sense");
-    }
-
-    bool refuse(const char* reason) {
-        Acceptor::instance().warnOnce(mPeer.pid, reason);
-        return false;
-    }
-
-    bool reply(const HelloReply& reply) {
-        return send(mFd.get(), &reply, sizeof(reply), MSG_DONTWAIT | MSG_NOSIGNAL) == sizeof(reply);
-    }
-
-    std::shared_ptr<Session> session() const {
-        auto found = Session::find(mHello.key);
-        return found != nullptr && found->peer().pid == mPeer.pid ? found : nullptr;
-    }
-
-    bool sendRoot() {
-        const auto known = session();
-        const ndk::SpAIBinder root = registeredHere(mName);
-        if (known == nullptr || root.get() == nullptr) return refuse("has no session");
-        return reply({kProtocol, known->objects().send(root.get()), root.get()->clazz()->descriptorHash, mHello.key});
-    }
-
-    bool openSession() {
-        if (Session::countOf(mPeer.pid) >= kMaxSessions) return refuse("has too many sessions");
-        const auto opened =
-            std::make_shared<Session>(randomKey(), Session::Peer{mHello.key, mPeer.pid, mPeer.uid}, std::string());
-        if (reply({kProtocol, 0, 0, opened->key()})) (void)opened->start(release());
-        return false;
-    }
-
-    bool join() {
-        const auto known = session();
-        if (known == nullptr) return refuse("has no session");
-        UniqueFd fd = release();  // closed after the line is written
-        if (mHello.kind == HelloKind::Call) {
-            if (!known->addServed(std::move(fd))) refuse("has too many connections");
-        } else if (!known->addReverse(std::move(fd))) {
-            refuse("opened a connection that nobody asked for");
-        }
-        return false;
-    }
-
-    // The descriptor, no longer watched here.
-    UniqueFd release() {
-        Poller::instance().remove(*this);
-        return std::move(mFd);
-    }
-
-    UniqueFd mFd;
-    const ucred mPeer;
-    const std::string mName;
-    const Clock::time_point mSince = Clock::now();
-    Hello mHello{};
-    size_t mReceived = 0;
-    int mHellos = 0;
-};
-
 Acceptor& Acceptor::instance() {
     static auto* const instance = new Acceptor;  // outlives the threads that still use it at exit
     return *instance;
 }
 
-Acceptor::Acceptor() {
-    Poller::instance().addTicker([this] { return tick(); });
+bool Acceptor::listen(UniqueFd listener, const std::string& name) {
+    if (mListening.empty()) IoThread::instance().addTicker([] { return Acceptor::instance().tick(); });
+    Poller& poller = IoThread::instance().poller();
+    const auto added = std::make_shared<Listener>(std::move(listener), name);
+    if (!poller.add(added, EPOLLIN, added->key)) return false;
+    poller.remove(std::exchange(mListening[name], added->key));
+    return true;
 }
 
-bool Acceptor::listen(UniqueFd listener, std::string name) {
-    return Poller::instance().add(std::make_shared<Listener>(std::move(listener), std::move(name)), EPOLLIN);
+void Acceptor::pause(PollKey listener) {
+    (void)IoThread::instance().poller().arm(listener, 0);
+    mPaused.push_back(listener);
+    mPausedUntil = Clock::now() + kRetryTime;
 }
 
-void Acceptor::accept(const std::shared_ptr<Pollable>& listener, const std::string& name) {
-    for (int i = 0; i < kMaxAccepted; ++i) {
-        UniqueFd fd(accept4(listener->fd(), nullptr, nullptr, SOCK_CLOEXEC));
-        if (fd.isValid()) {
-            admit(std::move(fd), name);
-        } else if (errno == EAGAIN) {
-            break;
-        } else if (errno != EINTR && errno != ECONNABORTED) {
-            if (mPaused.empty()) warn("no connection can be taken for %s: %s", name.c_str(), strerror(errno));
-            mPaused.push_back(listener);
-            mPausedUntil = Clock::now() + kRetry;
-            return;
-        }
-    }
-    Poller::instance().arm(*listener, EPOLLIN);
-}
-
-void Acceptor::admit(UniqueFd fd, const std::string& name) {
-    const ucred peer = peerOf(fd);
-    if (peer.pid < 0) return;
-    int& silent = mSilent[peer.pid];
-    if (silent >= kMaxSilent) return warnOnce(peer.pid, "has too many silent connections");
-    const auto greeting = std::make_shared<Greeting>(std::move(fd), peer, name);
-    ++silent;
+void Acceptor::add(const std::shared_ptr<Greeting>& greeting) {
     mGreetings.push_back(greeting);
-    // Most have said hello already.
-    if (!Poller::instance().add(greeting, 0) || greeting->read()) greeted(greeting);
 }
 
-void Acceptor::greeted(const std::shared_ptr<Greeting>& greeting) {
-    Poller::instance().remove(*greeting);
-    std::erase(mGreetings, greeting);
-    const auto silent = mSilent.find(greeting->pid());
-    if (silent != mSilent.end() && --silent->second == 0) mSilent.erase(silent);
-}
-
-void Acceptor::warnOnce(pid_t pid, std::string_view reason) {
-    const std::pair told(pid, reason);
-    if (std::find(mTold.begin(), mTold.end(), told) != mTold.end()) return;
-    if (mTold.size() == kMaxTold) mTold.pop_front();
-    mTold.push_back(told);
-    warn("process %d %s: such connections are closed", pid, reason.data());
+void Acceptor::remove(const Greeting& greeting) {
+    std::erase_if(mGreetings, [&](const auto& each) { return each.get() == &greeting; });
 }
 
 int Acceptor::tick() {
-    if (mPaused.empty() && mGreetings.empty()) return -1;
     const auto now = Clock::now();
-    if (now >= mPausedUntil) resume();
-    closeSilent(now);
-    return static_cast<int>(std::chrono::milliseconds(kRetry).count());
-}
-
-void Acceptor::resume() {
-    for (const auto& listener : std::exchange(mPaused, {})) Poller::instance().arm(*listener, EPOLLIN);
-}
-
-void Acceptor::closeSilent(Clock::time_point now) {
-    const auto greetings = mGreetings;
-    for (const auto& greeting : greetings) {
-        if (now - greeting->since() < kPatience) continue;
-        warnOnce(greeting->pid(), "connected and did not say in time what for");
-        greeted(greeting);
+    if (now >= mPausedUntil) {
+        for (const PollKey each : std::exchange(mPaused, {})) (void)IoThread::instance().poller().arm(each, EPOLLIN);
     }
+    while (!mGreetings.empty() && now - mGreetings.front()->since() >= kGreetingTime) {
+        const auto silent = mGreetings.front();
+        silent->refuse("connected and did not say in time what for");
+    }
+    const bool waits = !mPaused.empty() || !mGreetings.empty();
+    return waits ? static_cast<int>(kRetryTime.count()) : -1;
 }
 
 }  // namespace binder

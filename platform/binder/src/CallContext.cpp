@@ -8,7 +8,8 @@ namespace {
 thread_local const CallContext* sCurrent = nullptr;
 }
 
-CallContext::CallContext(pid_t pid, uid_t uid) : mPid(pid), mUid(uid), mOuter(sCurrent) {
+CallContext::CallContext(pid_t pid, uid_t uid, const Session* session, Stream* stream)
+    : mPid(pid), mUid(uid), mSession(session), mStream(stream), mOuter(sCurrent) {
     sCurrent = this;
 }
 
@@ -18,6 +19,12 @@ CallContext::~CallContext() {
 
 const CallContext* CallContext::current() {
     return sCurrent;
+}
+
+Stream* CallContext::streamOf(const Session& session) {
+    const CallContext* each = sCurrent;
+    while (each != nullptr && (each->mStream == nullptr || each->mSession != &session)) each = each->mOuter;
+    return each == nullptr ? nullptr : each->mStream;
 }
 
 }  // namespace binder

@@ -27,7 +27,8 @@ AIBinder_Class::AIBinder_Class(const char* interfaceDescriptor, AIBinder_Class_o
 }
 
 void AIBinder_Class::writeToken(AParcel& parcel) const {
-    memcpy(parcel.append(mToken.size()), mToken.data(), mToken.size());
+    parcel.assign(mToken.data(), mToken.size());
+    parcel.setPosition(mToken.size());
 }
 
 bool AIBinder_Class::takeToken(const AParcel& parcel) const {
@@ -49,4 +50,15 @@ void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump) {
 
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz) {
     return clazz->descriptor.c_str();
+}
+
+void AIBinder_Class_setTransactionCodeToFunctionNameMap(AIBinder_Class* clazz,
+                                                        const char** transactionCodeToFunctionName, size_t length) {
+    clazz->functionNames = transactionCodeToFunctionName;
+    clazz->functionCount = length;
+}
+
+const char* AIBinder_Class_getFunctionName(AIBinder_Class* clazz, transaction_code_t code) {
+    const bool isKnown = clazz->functionNames != nullptr && code >= 1 && code - 1 < clazz->functionCount;
+    return isKnown ? clazz->functionNames[code - 1] : nullptr;
 }

@@ -1,59 +1,58 @@
 #pragma once
 
-// What travels on a connection. Both ends are this machine's, so integers are in its order (little-endian).
+// What travels between two processes. Both are on this machine, so integers are in its order (little-endian).
 //
-// A connection begins with a hello of its opener. Then it carries frames: a header, the parcel's data, and the offsets
-// of the objects in that data.
+// A client connects to the socket of a name and says hellos. With Open it hands over two sockets, and the two processes
+// have a session:
 //
-//   control  oneway calls and reference counts, in both directions; its end is the end of the session
-//   call     calls of the opener, one at a time, and their replies
-//   reverse  the same the other way, opened when the acceptor asks for it on the control connection
+//   channel  one for each direction: oneway calls, reference counts, new connections; its reader sends back how many
+//            bytes of oneway calls have run. The end of a channel is the end of the session.
+//   call     a socket pair, one end passed over the channel: calls of its opener, their replies, and in between the
+//            calls that come back from whoever serves the call
+//
+// Both carry frames: a header, the parcel's data, the offsets of the objects in that data.
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "Limits.h"
+
 namespace binder {
 
-// A random name for a process or a session.
+// A random name of a process.
 using Key = std::array<uint8_t, 16>;
 
-inline constexpr uint32_t kProtocol = 0x42640001;
-
-// A call with its object offsets: 1 MiB less two pages; half of that for a oneway call.
-inline constexpr size_t kMaxCall = (1U << 20) - 2 * 4096;
-inline constexpr size_t kMaxOneway = kMaxCall / 2;
-inline constexpr size_t kMaxObjects = 4096;
+inline constexpr uint32_t kProtocol = 0x42640002;
 
 enum class HelloKind : uint32_t {
-    Identify = 1,  // who serves this name? answered with the process's key; another hello may follow
-    Root = 2,      // the object of this name, in the session `key`; another hello may follow
-    Control = 3,   // `key` is the opener's process; answered with the key of the new session
-    Call = 4,      // `key` is the session's, here and below; not answered
-    Reverse = 5,
+    Identify = 1,  // which process serves this name?
+    Open = 2,      // a session; brings the opener's channel and the one back to it
+    Root = 3,      // the object of this name
 };
 
+// `process` is the sender's own. Each hello is answered, and another one may follow.
 struct Hello {
     uint32_t protocol;
     HelloKind kind;
-    Key key;
+    Key process;
 };
 static_assert(sizeof(Hello) == 24);
 
 struct HelloReply {
     uint32_t protocol;
-    uint32_t object;
+    uint32_t object;      // of Root
     uint64_t descriptor;  // of the object; see FlatObject
-    Key key;
+    Key process;          // the server's
 };
 static_assert(sizeof(HelloReply) == 32);
 
 enum class FrameKind : uint16_t {
-    Call = 1,
-    Reply = 2,  // `code` is the status; data only with STATUS_OK
-    Oneway = 3,
-    Release = 4,      // gives `code` references of the receiver's object `target` back
-    OpenReverse = 5,  // asks the opener of the session for one more reverse connection
+    Call = 1,        // on call connections
+    Reply = 2,       // `code` is the status; data only with STATUS_OK
+    Oneway = 3,      // on channels, like all below
+    Release = 4,     // gives `code` references of the receiver's object `target` back
+    Connection = 5,  // brings the receiver's end of a call connection
 };
 
 struct FrameHeader {
@@ -72,6 +71,9 @@ struct FrameHeader {
 };
 static_assert(sizeof(FrameHeader) == 16);
 
+// Bytes of oneway calls, headers and overhead counted, that the channel's reader has run since its beginning.
+using Ack = uint64_t;
+
 // An object inside a parcel's data. A null one is Null with id 0, and has no offset in the frame.
 enum class ObjectKind : uint32_t { Null = 0, Senders = 1, Receivers = 2 };
 
@@ -84,7 +86,9 @@ struct FlatObject {
 };
 static_assert(sizeof(FlatObject) == 16);
 
-// A code outside the users' range, answered without the object's class.
+// Codes outside the users' range, answered without the object's class.
 inline constexpr uint32_t kPingCode = 0x5f504e47;
+inline constexpr uint32_t kDumpCode = 0x5f444d50;       // strings -> status and text
+inline constexpr uint32_t kExtensionCode = 0x5f455854;  // -> object
 
 }  // namespace binder

@@ -1,8 +1,12 @@
 #include "IBinder.h"
 
+#include <functional>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include "DeathRecipient.h"
+#include "Dump.h"
 #include "LocalBinder.h"
 #include "Log.h"
 #include "RemoteBinder.h"
@@ -11,6 +15,18 @@
 struct AIBinder_Weak {
     AIBinder* binder;
 };
+
+namespace {
+
+// Turns the call in `parcel` into its reply.
+binder_status_t transact(AIBinder& binder, uint32_t code, AParcel& parcel, bool oneway) try {
+    return binder::knownStatus(binder.transact(code, parcel, oneway));
+} catch (const std::bad_alloc&) {
+    binder::warn("a call %u is not made: no memory", code);
+    return STATUS_NO_MEMORY;
+}
+
+}  // namespace
 
 void AIBinder::decStrong() {
     if (mStrong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
@@ -55,15 +71,31 @@ bool AIBinder_isAlive(const AIBinder* binder) {
 
 binder_status_t AIBinder_ping(AIBinder* binder) {
     if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
-    auto parcel = std::make_unique<AParcel>(binder);
-    return binder::knownStatus(binder->transact(binder::kPingCode, parcel, false));
+    AParcel parcel(binder);
+    return transact(*binder, binder::kPingCode, parcel, false);
 }
 
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
     if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (binder->local() == nullptr) return STATUS_INVALID_OPERATION;
+    if (binder->remote() != nullptr) return binder::knownStatus(binder::requestDump(binder, fd, args, numArgs));
     const AIBinder_onDump onDump = binder->clazz()->onDump;
     return onDump == nullptr ? STATUS_OK : binder::knownStatus(onDump(binder, fd, args, numArgs));
+}
+
+binder_status_t AIBinder_setExtension(AIBinder* binder, AIBinder* ext) {
+    if (binder == nullptr || ext == nullptr) return STATUS_UNEXPECTED_NULL;
+    if (binder->local() == nullptr) return STATUS_INVALID_OPERATION;
+    ext->incStrong();
+    binder->local()->setExtension(ndk::SpAIBinder(ext));
+    return STATUS_OK;
+}
+
+binder_status_t AIBinder_getExtension(AIBinder* binder, AIBinder** outExt) {
+    if (binder == nullptr || outExt == nullptr) return STATUS_UNEXPECTED_NULL;
+    *outExt = nullptr;
+    AParcel parcel(binder);
+    const binder_status_t status = transact(*binder, binder::kExtensionCode, parcel, false);
+    return status == STATUS_OK ? AParcel_readStrongBinder(&parcel, outExt) : status;
 }
 
 bool AIBinder_associateClass(AIBinder* binder, const AIBinder_Class* clazz) {
@@ -83,23 +115,24 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
     if (binder == nullptr || in == nullptr) return STATUS_UNEXPECTED_NULL;
     const AIBinder_Class* clazz = binder->clazz();
     if (clazz == nullptr) return STATUS_INVALID_OPERATION;
-    *in = new AParcel(binder);
+    *in = new (std::nothrow) AParcel(binder);
+    if (*in == nullptr) return STATUS_NO_MEMORY;
     clazz->writeToken(**in);
     return STATUS_OK;
 }
 
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in, AParcel** out,
                                   binder_flags_t flags) {
+    constexpr binder_flags_t kKnownFlags = FLAG_ONEWAY | FLAG_CLEAR_BUF;
     if (in == nullptr) return STATUS_UNEXPECTED_NULL;
     std::unique_ptr<AParcel> parcel(std::exchange(*in, nullptr));
     if (binder == nullptr || parcel == nullptr || out == nullptr) return STATUS_UNEXPECTED_NULL;
     *out = nullptr;
     if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) return STATUS_UNKNOWN_TRANSACTION;
-    if ((flags & ~static_cast<binder_flags_t>(FLAG_ONEWAY)) != 0) return STATUS_BAD_VALUE;
-    if (parcel->target() != binder) return STATUS_BAD_VALUE;
-    const binder_status_t status = binder->transact(code, parcel, (flags & FLAG_ONEWAY) != 0);
+    if ((flags & ~kKnownFlags) != 0 || parcel->target() != binder) return STATUS_BAD_VALUE;
+    const binder_status_t status = transact(*binder, code, *parcel, (flags & FLAG_ONEWAY) != 0);
     if (status == STATUS_OK) *out = parcel.release();
-    return binder::knownStatus(status);
+    return status;
 }
 
 AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) {
@@ -116,4 +149,17 @@ void AIBinder_Weak_delete(AIBinder_Weak* weakBinder) {
 
 AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder) {
     return weakBinder != nullptr && weakBinder->binder->tryIncStrong() ? weakBinder->binder : nullptr;
+}
+
+AIBinder_Weak* AIBinder_Weak_clone(const AIBinder_Weak* weak) {
+    return weak == nullptr ? nullptr : AIBinder_Weak_new(weak->binder);
+}
+
+// The address of an object is its own as long as a weak reference keeps its memory.
+bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs) {
+    return std::less<>()(lhs, rhs);
+}
+
+bool AIBinder_Weak_lt(const AIBinder_Weak* lhs, const AIBinder_Weak* rhs) {
+    return AIBinder_lt(lhs == nullptr ? nullptr : lhs->binder, rhs == nullptr ? nullptr : rhs->binder);
 }

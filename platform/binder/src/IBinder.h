@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 
 #include "Class.h"
 
@@ -33,7 +32,7 @@ public:
     [[nodiscard]] virtual const AIBinder_Class* clazz() const = 0;
     [[nodiscard]] virtual bool associate(const AIBinder_Class* clazz) = 0;
     // Turns the call in `parcel` into its reply.
-    virtual binder_status_t transact(uint32_t code, std::unique_ptr<AParcel>& parcel, bool oneway) = 0;
+    virtual binder_status_t transact(uint32_t code, AParcel& parcel, bool oneway) = 0;
 
 protected:
     AIBinder() = default;

@@ -1,6 +1,10 @@
 #include "LocalBinder.h"
 
+#include <new>
+#include <utility>
+
 #include "CallContext.h"
+#include "Dump.h"
 #include "Log.h"
 #include "Session.h"
 
@@ -14,62 +18,87 @@ bool LocalBinder::associate(const AIBinder_Class* clazz) {
     return false;
 }
 
-binder_status_t LocalBinder::transact(uint32_t code, std::unique_ptr<AParcel>& parcel, bool oneway) {
-    auto reply = std::make_unique<AParcel>();
-    parcel->setPosition(0);
-    const binder_status_t status = dispatch(nullptr, code, *parcel, *reply);
-    if (oneway) reply->reset();
-    reply->setPosition(0);
+binder_status_t LocalBinder::transact(uint32_t code, AParcel& parcel, bool oneway) {
+    AParcel reply;
+    parcel.setPosition(0);
+    const binder_status_t status = dispatch(code, parcel, reply);
+    if (oneway) reply.reset();
     parcel = std::move(reply);
+    parcel.setPosition(0);
     return oneway ? STATUS_OK : status;
 }
 
-binder_status_t LocalBinder::dispatch(Session* caller, uint32_t code, const AParcel& in, AParcel& out) {
-    if (code == kPingCode) return STATUS_OK;
-    if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) return STATUS_UNKNOWN_TRANSACTION;
+binder_status_t LocalBinder::dispatch(uint32_t code, const AParcel& in, AParcel& out) try {
+    if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) return dispatchOwn(code, in, out);
     if (!mClass->takeToken(in)) {
-        if (caller == nullptr || caller->isFirst(Session::Trouble::Token))
-            warn("a call %u to %s carries the token of another interface", code, mClass->descriptor.c_str());
+        warn("a call %u to %s carries the token of another interface", code, mClass->descriptor.c_str());
         return STATUS_BAD_TYPE;
     }
     return mClass->onTransact(this, code, &in, &out);
+} catch (const std::bad_alloc&) {
+    warn("a call %u to %s fails: no memory", code, mClass->descriptor.c_str());
+    return STATUS_NO_MEMORY;
 }
 
-bool LocalBinder::enterOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in) {
-    std::lock_guard lock(mOnewayLock);
-    if (!mOnewayRunning) {
-        mOnewayRunning = true;
-        return true;
-    }
-    mOneway.push_back({session, code, std::move(in)});
-    session->queue(mOneway.back().size());
-    return false;
-}
-
-void LocalBinder::runOneways(Session& session, uint32_t code, const AParcel& in) {
-    runOneway(session, code, in);
-    while (std::optional<OnewayCall> next = nextOneway()) {
-        next->session->unqueue(next->size());
-        runOneway(*next->session, next->code, next->in);
+// What every object answers, whatever its class.
+binder_status_t LocalBinder::dispatchOwn(uint32_t code, const AParcel& in, AParcel& out) {
+    switch (code) {
+        case kPingCode:
+            return STATUS_OK;
+        case kDumpCode:
+            return answerDump(this, in, out);
+        case kExtensionCode:
+            return AParcel_writeStrongBinder(&out, extension().get());
+        default:
+            return STATUS_UNKNOWN_TRANSACTION;
     }
 }
 
-std::optional<LocalBinder::OnewayCall> LocalBinder::nextOneway() {
-    std::lock_guard lock(mOnewayLock);
-    if (mOneway.empty()) {
-        mOnewayRunning = false;
+bool LocalBinder::enterOneway(OnewayCall& call) {
+    const Lock lock(mLock);
+    if (mIsOnewayRunning) {
+        mOneways.push_back(std::move(call));
+        return false;
+    }
+    mIsOnewayRunning = true;
+    return true;
+}
+
+void LocalBinder::runOneways(OnewayCall& call) {
+    runOneway(call);
+    while (std::optional<OnewayCall> next = nextOneway()) runOneway(*next);
+}
+
+std::optional<OnewayCall> LocalBinder::nextOneway() {
+    const Lock lock(mLock);
+    if (mOneways.empty()) {
+        mIsOnewayRunning = false;
         return std::nullopt;
     }
-    std::optional<OnewayCall> next(std::move(mOneway.front()));
-    mOneway.pop_front();
+    std::optional<OnewayCall> next(std::move(mOneways.front()));
+    mOneways.pop_front();
     return next;
 }
 
-void LocalBinder::runOneway(Session& session, uint32_t code, const AParcel& in) {
+void LocalBinder::runOneway(OnewayCall& call) {
     constexpr pid_t kNobody = 0;
-    CallContext context(kNobody, session.peer().uid);
-    AParcel discarded;
-    dispatch(&session, code, in, discarded);
+    const size_t size = call.in.transportSize();
+    {
+        const CallContext context(kNobody, call.session->peer().uid, nullptr, nullptr);
+        AParcel discarded;
+        dispatch(call.code, call.in, discarded);
+    }
+    call.session->inbox().onRun(size);
+}
+
+ndk::SpAIBinder LocalBinder::extension() {
+    const Lock lock(mLock);
+    return mExtension;
+}
+
+void LocalBinder::setExtension(ndk::SpAIBinder extension) {
+    const Lock lock(mLock);
+    std::swap(mExtension, extension);
 }
 
 }  // namespace binder

@@ -3,14 +3,21 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 #include "IBinder.h"
+#include "Mutex.h"
+#include "Parcel.h"
 
 namespace binder {
 
 class Session;
+
+struct OnewayCall {
+    std::shared_ptr<Session> session;
+    uint32_t code;
+    AParcel in;
+};
 
 // An object that lives in this process.
 class LocalBinder final : public AIBinder {
@@ -20,40 +27,38 @@ public:
     LocalBinder* local() override { return this; }
     [[nodiscard]] const AIBinder_Class* clazz() const override { return mClass; }
     [[nodiscard]] bool associate(const AIBinder_Class* clazz) override;
-    binder_status_t transact(uint32_t code, std::unique_ptr<AParcel>& parcel, bool oneway) override;
+    binder_status_t transact(uint32_t code, AParcel& parcel, bool oneway) override;
     [[nodiscard]] void* userData() const { return mUserData; }
 
-    // Runs a call, from this process when `caller` is null; `in` begins with the token. Thread: binder, or any.
-    binder_status_t dispatch(Session* caller, uint32_t code, const AParcel& in, AParcel& out);
+    // Runs a call; `in` begins with the token. Thread: binder, or any for a call from this process.
+    binder_status_t dispatch(uint32_t code, const AParcel& in, AParcel& out);
 
     // Oneway calls run one at a time, in the order in which they entered. True when the caller is to run this one with
-    // runOneways(); otherwise it is left to the thread that is at it already. Thread: binder.
-    [[nodiscard]] bool enterOneway(const std::shared_ptr<Session>& session, uint32_t code, AParcel& in);
+    // runOneways(); otherwise it was moved to the thread that is at it already. Thread: binder.
+    [[nodiscard]] bool enterOneway(OnewayCall& call);
     // Runs the call, and those that enter meanwhile.
-    void runOneways(Session& session, uint32_t code, const AParcel& in);
+    void runOneways(OnewayCall& call);
+
+    // The object that goes with this one, or null.
+    [[nodiscard]] ndk::SpAIBinder extension();
+    void setExtension(ndk::SpAIBinder extension);
 
 protected:
     ~LocalBinder() override = default;
     void onLastStrong() override { mClass->onDestroy(mUserData); }
 
 private:
-    struct OnewayCall {
-        std::shared_ptr<Session> session;
-        uint32_t code;
-        AParcel in;
-
-        [[nodiscard]] size_t size() const { return sizeof(OnewayCall) + in.size(); }
-    };
-
+    [[nodiscard]] binder_status_t dispatchOwn(uint32_t code, const AParcel& in, AParcel& out);
     [[nodiscard]] std::optional<OnewayCall> nextOneway();
-    void runOneway(Session& session, uint32_t code, const AParcel& in);
+    void runOneway(OnewayCall& call);
 
     const AIBinder_Class* const mClass;
     void* const mUserData;
 
-    std::mutex mOnewayLock;
-    bool mOnewayRunning = false;
-    std::deque<OnewayCall> mOneway;
+    Mutex mLock;
+    bool mIsOnewayRunning GUARDED_BY(mLock) = false;
+    std::deque<OnewayCall> mOneways GUARDED_BY(mLock);
+    ndk::SpAIBinder mExtension GUARDED_BY(mLock);
 };
 
 }  // namespace binder

@@ -1,16 +1,10 @@
 #pragma once
 
-#include <android/log.h>
-
 namespace binder {
 
-// One line about a peer or a misuse, under the tag of this library.
-template <typename... Args>
-void warn(const char* format, Args... args) {
-    __android_log_print(ANDROID_LOG_WARN, "Binder", format, args...);
-}
-inline void warn(const char* text) {
-    __android_log_write(ANDROID_LOG_WARN, "Binder", text);
-}
+// One line about a peer, a misuse or the system, under the tag of this library. The same line comes at most once a
+// second. Thread: any.
+[[gnu::format(printf, 1, 2)]] void warn(const char* format, ...);
+[[gnu::format(printf, 1, 2)]] void info(const char* format, ...);
 
 }  // namespace binder

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "Limits.h"
 #include "Log.h"
 
 namespace binder {
@@ -22,7 +23,6 @@ namespace {
 
 constexpr size_t kMaxName = 127;
 constexpr int kBacklog = 128;
-constexpr time_t kConnectSeconds = 2;
 
 std::string folderPath() {
     const char* own = getenv("SUBSYS_BINDER_DIR");
@@ -63,9 +63,11 @@ UniqueFd streamSocket(int flags) {
     return UniqueFd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
 }
 
-void setSendTimeout(const UniqueFd& fd, time_t seconds) {
-    const timeval timeout{seconds, 0};
+// Of connecting, writing and reading.
+void setTimeout(const UniqueFd& fd, std::chrono::seconds time) {
+    const timeval timeout{time.count(), 0};
     setsockopt(fd.get(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof(timeout));
+    setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
 }
 
 struct flock wholeFile() {
@@ -140,11 +142,9 @@ UniqueFd NameFolder::connect(std::string_view name) {
     const UniqueFd file(openat(folder.get(), socketOf(name).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     UniqueFd connection = streamSocket(0);
     if (!file.isValid() || !connection.isValid()) return UniqueFd();
-    setSendTimeout(connection, kConnectSeconds);
+    setTimeout(connection, kHelloTime);
     const sockaddr_un address = addressOf(file.get(), "");
-    if (::connect(connection.get(), plain(address), sizeof(address)) != 0) return UniqueFd();
-    setSendTimeout(connection, 0);
-    return connection;
+    return ::connect(connection.get(), plain(address), sizeof(address)) == 0 ? std::move(connection) : UniqueFd();
 }
 
 }  // namespace binder

@@ -20,7 +20,8 @@ public:
     [[nodiscard]] static bool isLocked(std::string_view name);
     // A listening socket under the name. To be called by the owner.
     [[nodiscard]] static UniqueFd listen(const UniqueFd& folder, std::string_view name);
-    // A connection to the name, within two seconds; invalid with errno otherwise.
+    // A connection to the name for hellos: connecting, writing and reading take kHelloTime at most. Invalid with errno
+    // otherwise.
     [[nodiscard]] static UniqueFd connect(std::string_view name);
 };
 

@@ -17,7 +17,7 @@ binder_status_t ObjectTable::pack(AParcel& parcel, const Session& session) {
         RemoteBinder* remote = object.binder.get()->remote();
         if (remote != nullptr && remote->session() != &session) return STATUS_INVALID_OPERATION;
     }
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     if (mClosed) return STATUS_DEAD_OBJECT;
     for (const auto& object : objects) {
         AIBinder* binder = object.binder.get();
@@ -33,7 +33,7 @@ void ObjectTable::unpack(AParcel& parcel) {
     for (const auto& object : parcel.objects()) {
         uint32_t id = 0;
         {
-            std::lock_guard lock(mLock);
+            const Lock lock(mLock);
             const auto found = mIds.find(object.binder.get());
             if (found != mIds.end()) id = found->second;
         }
@@ -42,10 +42,11 @@ void ObjectTable::unpack(AParcel& parcel) {
     }
 }
 
-bool ObjectTable::receive(AParcel& parcel, const std::vector<uint32_t>& offsets,
-                          const std::shared_ptr<Session>& session) {
+bool ObjectTable::receive(AParcel& parcel, const std::shared_ptr<Session>& session) {
+    const size_t count = parcel.offsetCount();
     size_t end = 0;
-    for (const uint32_t offset : offsets) {
+    for (size_t i = 0; i < count; ++i) {
+        const uint32_t offset = parcel.offsetAt(i);
         if (offset < end || offset % sizeof(uint32_t) != 0) return false;
         end = size_t{offset} + sizeof(FlatObject);
         if (end > parcel.size()) return false;
@@ -65,7 +66,7 @@ ndk::SpAIBinder ObjectTable::resolve(FlatObject flat, const std::shared_ptr<Sess
 }
 
 uint32_t ObjectTable::send(AIBinder* binder) {
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     return mClosed ? 0 : sendLocked(binder);
 }
 
@@ -81,7 +82,7 @@ uint32_t ObjectTable::sendLocked(AIBinder* binder) {
 }
 
 ndk::SpAIBinder ObjectTable::import(uint32_t id, uint64_t descriptorHash, const std::shared_ptr<Session>& session) {
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     RemoteBinder*& proxy = mImports[id];
     // One whose last reference is just gone gives back what it received, not this.
     if (proxy == nullptr || !proxy->tryIncStrong()) proxy = new RemoteBinder(session, id, descriptorHash);
@@ -90,13 +91,13 @@ ndk::SpAIBinder ObjectTable::import(uint32_t id, uint64_t descriptorHash, const 
 }
 
 ndk::SpAIBinder ObjectTable::exported(uint32_t id) {
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     const auto found = mExports.find(id);
     return found == mExports.end() ? nullptr : found->second.binder;
 }
 
 bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped) {
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     const auto found = mExports.find(id);
     if (found == mExports.end()) return mClosed;
     if (count > found->second.sent) return false;
@@ -110,7 +111,7 @@ bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped)
 }
 
 uint64_t ObjectTable::forget(RemoteBinder& proxy) {
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     const auto found = mImports.find(proxy.id());
     if (found != mImports.end() && found->second == &proxy) mImports.erase(found);
     return proxy.received;
@@ -119,12 +120,12 @@ uint64_t ObjectTable::forget(RemoteBinder& proxy) {
 std::vector<ndk::SpAIBinder> ObjectTable::close() {
     std::unordered_map<uint32_t, Export> dropped;  // without the lock: their owners' code may run
     std::vector<ndk::SpAIBinder> living;
-    std::lock_guard lock(mLock);
+    const Lock lock(mLock);
     mClosed = true;
     dropped.swap(mExports);
     mIds.clear();
     for (const auto& [id, proxy] : mImports) {
-        if (proxy->tryIncStrong()) living.emplace_back(proxy);
+        if (proxy != nullptr && proxy->tryIncStrong()) living.emplace_back(proxy);
     }
     return living;
 }

@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <vector>
 
+#include "Mutex.h"
 #include "Parcel.h"
 
 namespace binder {
@@ -26,8 +26,7 @@ public:
     // The parcel was not sent after all.
     void unpack(AParcel& parcel);
     // The objects of a received parcel; false for an offset or an id that the peer cannot mean.
-    [[nodiscard]] bool receive(AParcel& parcel, const std::vector<uint32_t>& offsets,
-                               const std::shared_ptr<Session>& session);
+    [[nodiscard]] bool receive(AParcel& parcel, const std::shared_ptr<Session>& session);
 
     // Sends a local object outside a parcel; 0 when the session has ended.
     [[nodiscard]] uint32_t send(AIBinder* binder);
@@ -50,15 +49,15 @@ private:
         uint64_t sent = 0;
     };
 
-    [[nodiscard]] uint32_t sendLocked(AIBinder* binder);
+    [[nodiscard]] uint32_t sendLocked(AIBinder* binder) REQUIRES(mLock);
     [[nodiscard]] ndk::SpAIBinder resolve(FlatObject flat, const std::shared_ptr<Session>& session);
 
-    std::mutex mLock;
-    bool mClosed = false;
-    uint32_t mLastId = 0;
-    std::unordered_map<uint32_t, Export> mExports;
-    std::unordered_map<const AIBinder*, uint32_t> mIds;
-    std::unordered_map<uint32_t, RemoteBinder*> mImports;
+    Mutex mLock;
+    bool mClosed GUARDED_BY(mLock) = false;
+    uint32_t mLastId GUARDED_BY(mLock) = 0;
+    std::unordered_map<uint32_t, Export> mExports GUARDED_BY(mLock);
+    std::unordered_map<const AIBinder*, uint32_t> mIds GUARDED_BY(mLock);
+    std::unordered_map<uint32_t, RemoteBinder*> mImports GUARDED_BY(mLock);
 };
 
 }  // namespace binder

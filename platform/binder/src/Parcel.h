@@ -21,7 +21,8 @@ public:
 
     explicit AParcel(const AIBinder* target = nullptr) : mTarget(target) {}
     AParcel(AParcel&& other) noexcept;
-    AParcel& operator=(AParcel&&) = delete;
+    // Keeps its own target.
+    AParcel& operator=(AParcel&& other) noexcept;
     ~AParcel() = default;
 
     void reset();
@@ -29,27 +30,49 @@ public:
     [[nodiscard]] const AIBinder* target() const { return mTarget; }
     [[nodiscard]] const uint8_t* data() const { return mBytes + sizeof(binder::FrameHeader); }
     [[nodiscard]] size_t size() const { return mSize; }
+    // With the offsets of the objects.
+    [[nodiscard]] size_t transportSize() const { return mSize + mObjects.size() * sizeof(uint32_t); }
     [[nodiscard]] size_t position() const { return mPosition; }
-    [[nodiscard]] size_t remaining() const { return mSize - mPosition; }
+    [[nodiscard]] size_t remaining() const { return mPosition < mSize ? mSize - mPosition : 0; }
+    // May lie past the end: nothing can be read there, and writing fills the gap with zeroes.
     void setPosition(size_t position) const { mPosition = position; }
     [[nodiscard]] std::vector<Object>& objects() { return mObjects; }
 
-    // Room for `size` bytes at the position, which moves behind them and the zeroed padding to four.
-    uint8_t* append(size_t size);
+    // Room for `size` bytes at the position, which moves behind them and the zeroed padding to four. Null when there is
+    // no memory.
+    [[nodiscard]] uint8_t* append(size_t size) {
+        const size_t end = mPosition + padded(size);
+        if (mPosition != mSize || sizeof(binder::FrameHeader) + end > mCapacity) return appendSlowly(size);
+        uint8_t* const place = mBytes + sizeof(binder::FrameHeader) + mPosition;
+        for (uint8_t* pad = place + size; pad != place + padded(size); ++pad) *pad = 0;
+        mPosition = mSize = end;
+        return place;
+    }
     // The next `size` bytes, or null when fewer are left; the position moves behind them and their padding.
-    const uint8_t* take(size_t size) const;
+    [[nodiscard]] const uint8_t* take(size_t size) const {
+        if (size > remaining()) return nullptr;
+        const uint8_t* const bytes = data() + mPosition;
+        mPosition += padded(size) < remaining() ? padded(size) : remaining();
+        return bytes;
+    }
 
-    void writeObject(AIBinder* binder);
+    [[nodiscard]] binder_status_t writeObject(AIBinder* binder);
     binder_status_t readObject(AIBinder** binder) const;
 
-    // Replaces the content by the data of a frame that was received. Its objects are added by the caller.
-    void assign(const uint8_t* data, size_t size);
+    // Replaces the content by the data of a frame that was received, behind which lie the offsets of its objects. The
+    // caller adds the objects before anything else.
+    void assign(const uint8_t* data, size_t size, size_t offsets = 0);
+    [[nodiscard]] size_t offsetCount() const { return mOffsets; }
+    [[nodiscard]] uint32_t offsetAt(size_t index) const;
     void setFlatObject(size_t offset, binder::FlatObject object);
     // The bytes to send: header, data, offsets; valid until the next change.
-    std::basic_string_view<uint8_t> frame(binder::FrameKind kind, uint32_t target, uint32_t code);
+    [[nodiscard]] std::basic_string_view<uint8_t> frame(binder::FrameKind kind, uint32_t target, uint32_t code);
 
 private:
-    void reserve(size_t size);
+    static constexpr size_t padded(size_t size) { return (size + 3) & ~size_t{3}; }
+    uint8_t* appendSlowly(size_t size);
+    [[nodiscard]] bool reserve(size_t size);
+    void mustReserve(size_t size);
     void forgetObjects(size_t begin, size_t end);
 
     static constexpr size_t kInline = 320;
@@ -59,6 +82,7 @@ private:
     size_t mCapacity = kInline;  // header included
     size_t mSize = 0;            // header not included
     mutable size_t mPosition = 0;
+    size_t mOffsets = 0;  // that lie behind the data
     std::unique_ptr<uint8_t[]> mHeap;
     std::vector<Object> mObjects;  // by offset
     alignas(8) uint8_t mInline[kInline];

@@ -1,136 +1,82 @@
 #include "Poller.h"
 
-#include <sys/epoll.h>
-#include <sys/eventfd.h>
-#include <sys/resource.h>
+#include <poll.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <thread>
-
-#include "Log.h"
+#include <new>
+#include <utility>
 
 namespace binder {
 namespace {
 
-constexpr uint32_t kBroken = EPOLLHUP | EPOLLERR;
-
-// Connections are descriptors: the soft limit is for programs that use select.
-void raiseDescriptorLimit() {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == limit.rlim_max) return;
-    limit.rlim_cur = limit.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &limit);
+int fdOf(PollKey key) {
+    return static_cast<int>(key & UINT32_MAX);
 }
 
-int control(int epoll, int operation, int fd, uint32_t interest) {
+int control(const UniqueFd& epoll, int operation, PollKey key, uint32_t events) {
     epoll_event event{};
-    event.events = interest | EPOLLONESHOT;
-    event.data.fd = fd;
-    return epoll_ctl(epoll, operation, fd, &event);
+    event.events = events;
+    event.data.u64 = key;
+    return epoll_ctl(epoll.get(), operation, fdOf(key), &event);
 }
 
 }  // namespace
 
-Poller& Poller::instance() {
-    static auto* const instance = new Poller;  // outlives the threads that still use it at exit
-    return *instance;
+bool Poller::open() {
+    if (!mEpoll.isValid()) mEpoll = UniqueFd(epoll_create1(EPOLL_CLOEXEC));
+    return mEpoll.isValid();
 }
 
-Poller::Poller() : mEpoll(epoll_create1(EPOLL_CLOEXEC)), mWake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    raiseDescriptorLimit();
-    epoll_event event{};
-    event.events = EPOLLIN | EPOLLET;
-    event.data.fd = mWake.get();
-    if (!mEpoll.isValid() || epoll_ctl(mEpoll.get(), EPOLL_CTL_ADD, mWake.get(), &event) != 0) {
-        __android_log_assert(nullptr, "Binder", "no poller: the process is out of descriptors");
-    }
-    std::thread([this] { run(); }).detach();
+bool Poller::hasReady() const {
+    pollfd epoll{mEpoll.get(), POLLIN, 0};
+    return poll(&epoll, 1, 0) > 0;
 }
 
-void Poller::addTicker(Ticker ticker) {
+bool Poller::add(const std::shared_ptr<Pollable>& pollable, uint32_t events, PollKey& key) {
+    const auto fd = static_cast<size_t>(pollable->fd());
     {
-        std::lock_guard lock(mLock);
-        mTickers.push_back(std::move(ticker));
+        const Lock lock(mLock);
+        if (mSlots.size() <= fd) mSlots.resize(fd + 1);
+        key = PollKey{++mSlots[fd].generation} << 32 | fd;
+        mSlots[fd].pollable = pollable;
     }
-    wake();
-}
-
-bool Poller::add(const std::shared_ptr<Pollable>& pollable, uint32_t interest) {
-    {
-        std::lock_guard lock(mLock);
-        mPollables[pollable->fd()] = pollable;
-    }
-    std::unique_lock lock(pollable->mArmLock);
-    pollable->mArmed = interest;
-    if (control(mEpoll.get(), EPOLL_CTL_ADD, pollable->fd(), interest) == 0) return true;
-    lock.unlock();
-    remove(*pollable);
+    if (control(mEpoll, EPOLL_CTL_ADD, key, events) == 0) return true;
+    const int reason = errno;
+    remove(std::exchange(key, 0));
+    errno = reason;
     return false;
 }
 
-void Poller::arm(Pollable& pollable, uint32_t interest) {
-    std::lock_guard lock(pollable.mArmLock);
-    pollable.mArmed |= interest;
-    control(mEpoll.get(), EPOLL_CTL_MOD, pollable.fd(), pollable.mArmed);
+bool Poller::arm(PollKey key, uint32_t events) {
+    return control(mEpoll, EPOLL_CTL_MOD, key, events) == 0;
 }
 
-void Poller::remove(Pollable& pollable) {
+void Poller::remove(PollKey key) {
+    if (key == 0) return;
     std::shared_ptr<Pollable> kept;  // destroyed without the lock
-    std::lock_guard lock(mLock);
-    const auto found = mPollables.find(pollable.fd());
-    if (found == mPollables.end() || found->second.get() != &pollable) return;
-    epoll_ctl(mEpoll.get(), EPOLL_CTL_DEL, pollable.fd(), nullptr);
-    kept = std::move(found->second);
-    mPollables.erase(found);
+    const Lock lock(mLock);
+    Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
+    if (slot.generation != key >> 32 || slot.pollable == nullptr) return;
+    kept = std::exchange(slot.pollable, nullptr);
+    control(mEpoll, EPOLL_CTL_DEL, key, 0);
 }
 
-void Poller::wake() {
-    const uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = write(mWake.get(), &one, sizeof(one));
-}
-
-void Poller::run() {
-    std::array<epoll_event, 32> events{};
-    for (;;) {
-        const int count = epoll_wait(mEpoll.get(), events.data(), static_cast<int>(events.size()), tick());
-        for (int i = 0; i < count; ++i)
-            report(events[static_cast<size_t>(i)].data.fd, events[static_cast<size_t>(i)].events);
+void Poller::Ready::report() const {
+    if (pollable == nullptr) return;
+    try {
+        pollable->onReady(events);
+    } catch (const std::bad_alloc&) {
+        pollable->onNoMemory();
     }
 }
 
-int Poller::tick() {
-    std::vector<Ticker> tickers;
-    {
-        std::lock_guard lock(mLock);
-        tickers = mTickers;
-    }
-    int next = -1;
-    for (const Ticker& ticker : tickers) {
-        const int wanted = ticker();
-        if (wanted >= 0) next = next < 0 ? wanted : std::min(next, wanted);
-    }
-    return next;
-}
-
-void Poller::report(int fd, uint32_t events) {
-    std::shared_ptr<Pollable> pollable;
-    {
-        std::lock_guard lock(mLock);
-        const auto found = mPollables.find(fd);
-        if (found == mPollables.end()) return;
-        pollable = found->second;
-    }
-    uint32_t ready = 0;
-    {
-        std::lock_guard lock(pollable->mArmLock);
-        ready = pollable->mArmed & ((events & kBroken) != 0 ? EPOLLIN | EPOLLOUT : events);
-        pollable->mArmed &= ~ready;
-        if (pollable->mArmed != 0) control(mEpoll.get(), EPOLL_CTL_MOD, fd, pollable->mArmed);
-    }
-    if (ready != 0) pollable->onReady(ready);
+Poller::Ready Poller::wait(int timeout) {
+    epoll_event event{};
+    if (epoll_wait(mEpoll.get(), &event, 1, timeout) <= 0) return {};
+    const PollKey key = event.data.u64;
+    const Lock lock(mLock);
+    const Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
+    return slot.generation == key >> 32 ? Ready{slot.pollable, event.events} : Ready{};
 }
 
 }  // namespace binder

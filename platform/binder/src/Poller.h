@@ -1,60 +1,64 @@
 #pragma once
 
+#include <sys/epoll.h>
+
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <mutex>
-#include <unordered_map>
 #include <vector>
 
+#include "Mutex.h"
 #include "UniqueFd.h"
 
 namespace binder {
 
-// A descriptor that the poller watches. Each interest is reported once; it is armed again when wanted again.
-class Pollable : public std::enable_shared_from_this<Pollable> {
+// A descriptor that a poller watches.
+class Pollable {
 public:
     virtual ~Pollable() = default;
     [[nodiscard]] virtual int fd() const = 0;
-    // `interest` that became true, EPOLLIN or EPOLLOUT; an error counts as both. Runs on the poller's thread.
-    virtual void onReady(uint32_t interest) = 0;
-
-private:
-    friend class Poller;
-    std::mutex mArmLock;
-    uint32_t mArmed = 0;
+    // What is watched for has happened, or the descriptor is broken, as `events` says; sometimes nothing has.
+    virtual void onReady(uint32_t events) = 0;
+    // onReady() ran out of memory.
+    virtual void onNoMemory() = 0;
 };
 
-// The one thread that waits for everything nobody else waits for: listening sockets, connections that are quiet or
-// stalled, queues that could not be written. It runs no user's code and never blocks on a peer. Thread: any.
+// Names what add() took; never used twice. 0 names nothing.
+using PollKey = uint64_t;
+
+// An epoll with the objects that it watches. An event finds its object through the key, so a thread may remove one
+// while another is about to report it. Thread: any.
 class Poller {
 public:
-    // Milliseconds until it wants to run next; negative: when something else happens.
-    using Ticker = std::function<int()>;
+    // Before anything else. False, with errno, when the system refuses; it may be tried again.
+    [[nodiscard]] bool open();
+    // Whether something is ready that nobody has taken.
+    [[nodiscard]] bool hasReady() const;
+    // Keeps `pollable` until it is removed; `key` is set before the first event. False, with errno and key 0, when the
+    // system refuses.
+    [[nodiscard]] bool add(const std::shared_ptr<Pollable>& pollable, uint32_t events, PollKey& key);
+    // Watches for `events` from now on; false, with errno, when the system refuses.
+    [[nodiscard]] bool arm(PollKey key, uint32_t events);
+    // To be called before the descriptor is closed. May destroy the object. Key 0 is allowed.
+    void remove(PollKey key);
+    struct Ready {
+        std::shared_ptr<Pollable> pollable;
+        uint32_t events = 0;
 
-    // Started by the first use.
-    static Poller& instance();
-
-    // To be called by the poller's thread whenever it woke up.
-    void addTicker(Ticker ticker);
-    // Keeps `pollable` until it is removed. False when the system refuses.
-    [[nodiscard]] bool add(const std::shared_ptr<Pollable>& pollable, uint32_t interest);
-    void arm(Pollable& pollable, uint32_t interest);
-    void remove(Pollable& pollable);
-    // Makes it ask its tickers again.
-    void wake();
+        // Tells the object; nothing when there is none.
+        void report() const;
+    };
+    // The next one that is ready, or none after `timeout` milliseconds, and sometimes before.
+    [[nodiscard]] Ready wait(int timeout);
 
 private:
-    Poller();
-    [[noreturn]] void run();
-    int tick();
-    void report(int fd, uint32_t events);
+    struct Slot {
+        uint32_t generation = 0;
+        std::shared_ptr<Pollable> pollable;
+    };
 
     UniqueFd mEpoll;
-    UniqueFd mWake;
-    std::mutex mLock;
-    std::unordered_map<int, std::shared_ptr<Pollable>> mPollables;
-    std::vector<Ticker> mTickers;
+    Mutex mLock;
+    std::vector<Slot> mSlots GUARDED_BY(mLock);  // by descriptor
 };
 
 }  // namespace binder

@@ -18,8 +18,8 @@ bool RemoteBinder::associate(const AIBinder_Class* clazz) {
            known->descriptorHash == clazz->descriptorHash;
 }
 
-binder_status_t RemoteBinder::transact(uint32_t code, std::unique_ptr<AParcel>& parcel, bool oneway) {
-    return oneway ? mSession->post(mId, code, *parcel) : mSession->call(mId, code, *parcel);
+binder_status_t RemoteBinder::transact(uint32_t code, AParcel& parcel, bool oneway) {
+    return oneway ? mSession->post(mId, code, parcel) : mSession->call(mId, code, parcel);
 }
 
 bool RemoteBinder::isAlive() const {

@@ -12,7 +12,7 @@ namespace binder {
 class Session;
 struct DeathLink;
 
-//  A proxy of an object that lives in the peer of a session. The session's table knows it, weakly; it shares the
+// A proxy of an object that lives in the peer of a session. The session's table knows it, weakly; it shares the
 // session.
 class RemoteBinder final : public AIBinder {
 public:
@@ -22,7 +22,7 @@ public:
     RemoteBinder* remote() override { return this; }
     [[nodiscard]] const AIBinder_Class* clazz() const override { return mClass.load(std::memory_order_acquire); }
     [[nodiscard]] bool associate(const AIBinder_Class* clazz) override;
-    binder_status_t transact(uint32_t code, std::unique_ptr<AParcel>& parcel, bool oneway) override;
+    binder_status_t transact(uint32_t code, AParcel& parcel, bool oneway) override;
 
     [[nodiscard]] bool isAlive() const;
     [[nodiscard]] const Session* session() const { return mSession.get(); }

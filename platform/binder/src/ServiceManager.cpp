@@ -12,16 +12,19 @@
 #include <chrono>
 #include <cstring>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "Acceptor.h"
 #include "IBinder.h"
 #include "Log.h"
+#include "Mutex.h"
 #include "NameFolder.h"
 #include "Process.h"
 #include "Session.h"
+#include "Socket.h"
+#include "ThreadPool.h"
 
 namespace binder {
 namespace {
@@ -33,14 +36,13 @@ constexpr auto kGetServiceTime = 5s;
 constexpr auto kForEver = 24h * 365 * 100;
 // A service that was there but did not answer is asked again after this time, though its name did not change.
 constexpr auto kAskAgain = 1s;
-constexpr time_t kHelloSeconds = 2;
 
 // The names of this process. The descriptor of each lock file is left open on purpose: it ends with the process.
 struct Registry {
-    std::mutex addLock;   // one registration at a time
-    std::mutex openLock;  // one new session at a time, so that there is one for each process
-    std::mutex lock;
-    std::map<std::string, ndk::SpAIBinder> services;
+    Mutex addLock;   // one registration at a time
+    Mutex openLock;  // one new session at a time, so that there is one for each process
+    Mutex lock;
+    std::map<std::string, ndk::SpAIBinder> services GUARDED_BY(lock);
 };
 
 Registry& registry() {
@@ -48,10 +50,17 @@ Registry& registry() {
     return *instance;
 }
 
+// Whether the threads are there that everything needs; logged when not.
+bool isOpen() {
+    if (ThreadPool::instance().open()) return true;
+    warn("no threads for connections: %s", strerror(errno));
+    return false;
+}
+
 // False when the name is not held yet.
 bool replace(const std::string& name, const ndk::SpAIBinder& service) {
     ndk::SpAIBinder replaced;  // without the lock
-    std::lock_guard lock(registry().lock);
+    const Lock lock(registry().lock);
     const auto found = registry().services.find(name);
     if (found == registry().services.end()) return false;
     replaced = std::exchange(found->second, service);
@@ -59,18 +68,19 @@ bool replace(const std::string& name, const ndk::SpAIBinder& service) {
 }
 
 void hold(const std::string& name, const ndk::SpAIBinder& service) {
-    std::lock_guard lock(registry().lock);
+    const Lock lock(registry().lock);
     registry().services[name] = service;
 }
 
 void unhold(const std::string& name) {
     ndk::SpAIBinder dropped;  // without the lock
-    std::lock_guard lock(registry().lock);
+    const Lock lock(registry().lock);
     dropped = std::move(registry().services[name]);
     registry().services.erase(name);
 }
 
 binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& service) {
+    if (!isOpen()) return EX_UNSUPPORTED_OPERATION;
     const UniqueFd folder = NameFolder::open();
     if (!folder.isValid()) return errno == EPERM ? EX_SECURITY : EX_UNSUPPORTED_OPERATION;
     UniqueFd owned = NameFolder::lock(folder, name);
@@ -90,39 +100,43 @@ binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& servi
     return EX_UNSUPPORTED_OPERATION;
 }
 
-std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const Key& key) {
-    const timeval timeout{kHelloSeconds, 0};
-    setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
-    const Hello hello{kProtocol, kind, key};
-    if (send(fd.get(), &hello, sizeof(hello), MSG_NOSIGNAL) != sizeof(hello)) return std::nullopt;
+// What a server answers to a hello, if it does in time.
+std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vector<int>& passed = {}) {
+    const Hello hello{kProtocol, kind, processKey()};
+    const Bytes bytes(reinterpret_cast<const uint8_t*>(&hello), sizeof(hello));
+    const ssize_t sent = passed.empty() ? sendSome(fd, bytes, 0) : sendWith(fd, bytes, passed, 0);
     HelloReply reply{};
-    if (recv(fd.get(), &reply, sizeof(reply), MSG_WAITALL) != sizeof(reply)) return std::nullopt;
-    return reply.protocol == kProtocol ? std::optional(reply) : std::nullopt;
+    auto* const answer = reinterpret_cast<uint8_t*>(&reply);
+    const bool isAnswered =
+        sent == sizeof(hello) && receiveSome(fd, answer, sizeof(reply), MSG_WAITALL) == sizeof(reply);
+    return isAnswered && reply.protocol == kProtocol ? std::optional(reply) : std::nullopt;
 }
 
-std::shared_ptr<Session> openSession(const std::string& name, const Session::Peer& peer) {
-    UniqueFd control = NameFolder::connect(name);
-    if (!control.isValid() || peerOf(control).pid != peer.pid) return nullptr;  // the name has a new owner by now
-    const auto reply = ask(control, HelloKind::Control, processKey());
-    if (!reply) return nullptr;
-    auto session = std::make_shared<Session>(reply->key, peer, name);
-    return session->start(std::move(control)) ? session : nullptr;
+std::shared_ptr<Session> openSession(const UniqueFd& fd, const Session::Peer& peer) {
+    auto [out, peersIn] = socketPair();
+    auto [in, peersOut] = socketPair();
+    if (!out.isValid() || !in.isValid()) {
+        warn("no session with process %d: %s", peer.pid, strerror(errno));
+        return nullptr;
+    }
+    if (!ask(fd, HelloKind::Open, {peersIn.get(), peersOut.get()})) return nullptr;
+    return Session::open(peer, std::move(in), std::move(out));
 }
 
-std::shared_ptr<Session> sessionWith(const std::string& name, const Key& process, const ucred& server) {
-    std::lock_guard lock(registry().openLock);
-    auto known = Session::findProcess(process, server.pid);
-    return known != nullptr ? known : openSession(name, {process, server.pid, server.uid});
+std::shared_ptr<Session> sessionWith(const UniqueFd& fd, const Key& process, const ucred& server) {
+    const Lock lock(registry().openLock);
+    auto known = Session::find(process, server.pid);
+    return known != nullptr ? known : openSession(fd, {process, server.pid, server.uid});
 }
 
 ndk::SpAIBinder find(const std::string& name) {
     if (ndk::SpAIBinder own = registeredHere(name); own.get() != nullptr) return own;
     const UniqueFd fd = NameFolder::connect(name);
     const ucred server = peerOf(fd);
-    if (server.pid < 0) return nullptr;
-    const auto identity = ask(fd, HelloKind::Identify, processKey());
-    const auto session = identity ? sessionWith(name, identity->key, server) : nullptr;
-    const auto root = session != nullptr ? ask(fd, HelloKind::Root, session->key()) : std::nullopt;
+    if (server.pid < 0 || !isOpen()) return nullptr;
+    const auto identity = ask(fd, HelloKind::Identify);
+    const auto session = identity ? sessionWith(fd, identity->process, server) : nullptr;
+    const auto root = session != nullptr ? ask(fd, HelloKind::Root) : std::nullopt;
     if (!root || root->object == 0) return nullptr;
     return session->objects().import(root->object, root->descriptor, session);
 }
@@ -165,7 +179,7 @@ AIBinder* release(const ndk::SpAIBinder& binder) {
 }  // namespace
 
 ndk::SpAIBinder registeredHere(const std::string& name) {
-    std::lock_guard lock(registry().lock);
+    const Lock lock(registry().lock);
     const auto found = registry().services.find(name);
     return found == registry().services.end() ? nullptr : found->second;
 }
@@ -181,7 +195,7 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
     }
     AIBinder_incStrong(binder);
     const ndk::SpAIBinder service(binder);
-    std::lock_guard lock(registry().addLock);
+    const Lock lock(registry().addLock);
     return replace(instance, service) ? EX_NONE : publish(instance, service);
 }
 

@@ -2,78 +2,55 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
-#include <memory>
-#include <mutex>
-#include <vector>
 
-#include "Connection.h"
+#include "Mutex.h"
+#include "Poller.h"
 
 namespace binder {
 
-// A connection that a binder thread serves. While the thread runs a peer's oneway call, the watchdog may take the
-// connection away and give it to another thread, so that a handler that blocks holds up nobody else's calls.
-class Serving {
-public:
-    void lend(std::shared_ptr<Connection> connection);
-    // False when the watchdog took it.
-    [[nodiscard]] bool reclaim();
-    // Null unless the same call was running the last time this was asked.
-    [[nodiscard]] std::shared_ptr<Connection> takeStuck();
-
-private:
-    std::mutex mLock;
-    std::shared_ptr<Connection> mLent;
-    uint64_t mCall = 0;
-    uint64_t mSeen = 0;
-};
-
-// The binder threads. Thread: any.
+// The binder threads. All wait on one poller; the one that an event wakes runs what it brings, user's code included,
+// while the others go on waiting. Whoever leaves nobody waiting starts one more, up to the maximum. Thread: any.
 class ThreadPool {
 public:
     static ThreadPool& instance();
+
+    // Before anything else. False, with errno, when the system refuses; it may be tried again.
+    [[nodiscard]] bool open();
+    // What the threads serve. What is ready waits there while no thread is free.
+    [[nodiscard]] Poller& poller() { return mPoller; }
 
     [[nodiscard]] bool setMaxThreads(uint32_t count);
     void start();
     [[noreturn]] void join();
 
-    // Gives a connection to a thread; it waits while the pool is not started or all of them are busy.
-    void enqueue(std::shared_ptr<Connection> connection);
-    // Whether a thread may go on waiting on its quiet connection: nobody waits for a thread, and another one is free.
-    [[nodiscard]] bool mayLinger() const;
-    // Whether a connection waits and no thread is free for it.
-    [[nodiscard]] bool isContended() const;
+    [[nodiscard]] uint32_t threads() const { return mThreads; }
+    [[nodiscard]] uint32_t idle() const { return mIdle; }
 
 private:
-    struct Ready {
-        std::shared_ptr<Connection> connection;
-        std::chrono::steady_clock::time_point since;
-    };
-
-    ThreadPool();
-    void spawn();
+    ThreadPool() = default;
+    void mustOpen();
     [[noreturn]] void run();
-    std::shared_ptr<Connection> next(std::unique_lock<std::mutex>& lock);
-    int tick();
-    void warnOfStall(std::chrono::steady_clock::time_point now);
+    void spawn();
+    // Has the I/O thread look at the pool while no thread is free.
+    void watch();
+    [[nodiscard]] int tick();
 
-    std::mutex mLock;
-    std::condition_variable mWork;
-    std::deque<Ready> mReady;
-    std::vector<Serving*> mServing;
-    uint32_t mMax = 15;
-    uint32_t mSpawned = 0;
-    uint32_t mJoined = 0;
-    uint32_t mIdle = 0;
-    bool mStarted = false;
-    bool mStallTold = false;  // since a connection waits
-
-    std::atomic<uint32_t> mThreads{0};  // that there may be, joined ones included; that there are when one fails
-    std::atomic<uint32_t> mBusy{0};
-    std::atomic<uint32_t> mWaiting{0};
-    std::chrono::steady_clock::time_point mLastCheck;
+    Poller mPoller;
+    Mutex mLock;
+    uint32_t mMax GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
+    uint32_t mSpawned GUARDED_BY(mLock) = 0;  // the first one counted
+    bool mIsOpen GUARDED_BY(mLock) = false;
+    std::atomic<bool> mMayGrow{false};  // started, and not all threads are there
+    std::atomic<bool> mStarted{false};
+    std::atomic<uint32_t> mThreads{0};  // that run, joined ones counted
+    std::atomic<uint32_t> mIdle{0};
+    std::atomic<uint32_t> mTurns{0};  // times that a thread was woken
+    std::atomic<bool> mIsWatched{false};
+    std::atomic<bool> mStartFailed{false};
+    uint32_t mSeenTurns = 0;  // the I/O thread's
+    bool mStallTold = false;
+    std::chrono::steady_clock::time_point mSeen;
 };
 
 }  // namespace binder

@@ -2,6 +2,9 @@
 
 #include <android/binder_parcel_utils.h>
 
+#include <cstdio>
+#include <cstring>
+
 namespace test {
 namespace {
 
@@ -44,7 +47,9 @@ binder_status_t post(Echo& echo, const AParcel* in) {
 binder_status_t note(Echo& echo, const AParcel* in) {
     int32_t value = 0;
     const binder_status_t status = AParcel_readInt32(in, &value);
-    if (status == STATUS_OK) echo.onNote(value);
+    if (status != STATUS_OK) return status;
+    echo.last = value;
+    echo.onNote(value);
     return status;
 }
 
@@ -82,11 +87,26 @@ binder_status_t onTransact(AIBinder* binder, transaction_code_t code, const APar
         case LARGE:
             AParcel_readInt32(in, &number);
             return ndk::AParcel_writeVector(out, std::vector<uint8_t>(static_cast<size_t>(number)));
+        case LAST:
+            return AParcel_writeInt32(out, echo.last);
+        case MAKE:
+            return AParcel_writeStrongBinder(out, newEcho(new Echo).get());
+        case BOUNCE:
+            AParcel_readInt32(in, &number);
+            return call(echo.kept(), NOTE, [number](AParcel* parcel) { AParcel_writeInt32(parcel, number); });
         case OPEN:
             return passOn(echo, in, out);
         default:
             return STATUS_UNKNOWN_TRANSACTION;
     }
+}
+
+binder_status_t onDump(AIBinder*, int fd, const char** args, uint32_t count) {
+    for (uint32_t i = 0; i < count; ++i) {
+        if (strcmp(args[i], "fail") == 0) return STATUS_BAD_VALUE;
+        dprintf(fd, "%s\n", args[i]);
+    }
+    return STATUS_OK;
 }
 
 void* onCreate(void* echo) {
@@ -103,7 +123,11 @@ void onDestroy(void* userData) {
 const char* const ECHO_DESCRIPTOR = "test.IEcho";
 
 const AIBinder_Class* echoClass() {
-    static AIBinder_Class* const clazz = AIBinder_Class_define(ECHO_DESCRIPTOR, onCreate, onDestroy, onTransact);
+    static AIBinder_Class* const clazz = [] {
+        AIBinder_Class* const defined = AIBinder_Class_define(ECHO_DESCRIPTOR, onCreate, onDestroy, onTransact);
+        AIBinder_Class_setOnDump(defined, onDump);
+        return defined;
+    }();
     return clazz;
 }
 

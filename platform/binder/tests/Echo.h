@@ -4,6 +4,7 @@
 #include <android/binder_manager.h>
 #include <android/binder_parcel_utils.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -25,6 +26,9 @@ enum EchoCode : transaction_code_t {
     NOTE,      // int: calls `onNote`
     LARGE,     // int n -> n bytes
     OPEN,      // name -> status of a call with the kept object to that service
+    LAST,      // -> the value of the last NOTE
+    MAKE,      // -> a new object
+    BOUNCE,    // int n -> NOTE(n), synchronous, to the kept object
     UNKNOWN,
 };
 
@@ -32,6 +36,7 @@ enum EchoCode : transaction_code_t {
 struct Echo {
     std::function<void(int32_t)> onNote = [](int32_t) {};
     std::function<void()> onDestroy = [] {};
+    std::atomic<int32_t> last{0};
     ndk::SpAIBinder kept() const {
         const std::lock_guard lock(mLock);
         return mKept;

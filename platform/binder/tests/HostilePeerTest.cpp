@@ -1,14 +1,15 @@
 #include <android/binder_process.h>
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cstring>
-#include <numeric>
+#include <future>
 
 #include "binder/src/Frame.h"
-#include "binder/src/UniqueFd.h"
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
@@ -41,9 +42,7 @@ Bytes token() {
     const ndk::SpAIBinder object = newEcho(new Echo);
     AIBinder_prepareTransaction(object.get(), parcel.getR());
     Bytes bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
-    const Bytes words = bytesOf(std::array<int32_t, 4>{INT32_MIN, -1, 0x53595354, 10});
-    std::copy(words.begin(), words.end(), bytes.begin());
-    for (size_t i = 0; i < strlen(ECHO_DESCRIPTOR); ++i) bytes[16 + 2 * i] = static_cast<uint8_t>(ECHO_DESCRIPTOR[i]);
+    AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
     return bytes;
 }
 
@@ -51,13 +50,90 @@ Bytes byteArray(size_t size) {
     return bytesOf(static_cast<int32_t>(size)) + Bytes((size + 3) / 4 * 4, 7);
 }
 
+/** A socket, or any other descriptor. */
+class Fd {
+public:
+    Fd() = default;
+    explicit Fd(int fd) : mFd(fd) {}
+    Fd(Fd&& other) noexcept : mFd(std::exchange(other.mFd, -1)) {}
+    Fd& operator=(Fd&& other) noexcept {
+        std::swap(mFd, other.mFd);
+        return *this;
+    }
+    ~Fd() { close(); }
+    void close() {
+        if (mFd >= 0) ::close(std::exchange(mFd, -1));
+    }
+    [[nodiscard]] int get() const { return mFd; }
+
+    [[nodiscard]] bool send(const Bytes& bytes, const std::vector<int>& passed = {}) const {
+        alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(2 * sizeof(int))> control{};
+        iovec vector{const_cast<uint8_t*>(bytes.data()), bytes.size()};
+        msghdr message{nullptr, 0, &vector, 1, nullptr, 0, 0};
+        if (!passed.empty()) {
+            message.msg_control = control.data();
+            message.msg_controllen = CMSG_SPACE(passed.size() * sizeof(int));
+            cmsghdr* const header = CMSG_FIRSTHDR(&message);
+            *header = {CMSG_LEN(passed.size() * sizeof(int)), SOL_SOCKET, SCM_RIGHTS};
+            memcpy(CMSG_DATA(header), passed.data(), passed.size() * sizeof(int));
+        }
+        return sendmsg(mFd, &message, MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    }
+    template <typename T>
+    [[nodiscard]] T receive() const {
+        T value{};
+        EXPECT_EQ(static_cast<ssize_t>(sizeof(T)), recv(mFd, &value, sizeof(T), MSG_WAITALL));
+        return value;
+    }
+    /** Of a reply. */
+    [[nodiscard]] Bytes receiveData() const {
+        Bytes data(receive<FrameHeader>().dataSize());
+        EXPECT_EQ(static_cast<ssize_t>(data.size()), recv(mFd, data.data(), data.size(), MSG_WAITALL));
+        return data;
+    }
+    /** The descriptor that comes with the next frame. */
+    [[nodiscard]] Fd receivePassed() const {
+        alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(sizeof(int))> control{};
+        std::array<uint8_t, sizeof(FrameHeader)> bytes{};
+        iovec vector{bytes.data(), bytes.size()};
+        msghdr message{nullptr, 0, &vector, 1, control.data(), control.size(), 0};
+        EXPECT_EQ(static_cast<ssize_t>(bytes.size()), recvmsg(mFd, &message, 0));
+        int fd = -1;
+        if (const cmsghdr* header = CMSG_FIRSTHDR(&message)) memcpy(&fd, CMSG_DATA(header), sizeof(fd));
+        return Fd(fd);
+    }
+    [[nodiscard]] bool isClosed() const {
+        std::array<char, 4096> bytes;
+        ssize_t received = 0;
+        do {
+            received = recv(mFd, bytes.data(), bytes.size(), 0);
+        } while (received > 0);
+        return received == 0 || errno == ECONNRESET;
+    }
+
+private:
+    int mFd = -1;
+};
+
+std::pair<Fd, Fd> pairOfSockets() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()));
+    for (const int each : ends) {
+        const timeval limit{10, 0};
+        setsockopt(each, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
+    }
+    return {Fd(ends[0]), Fd(ends[1])};
+}
+
 /** A process that speaks the protocol by hand: this one, over sockets of its own. */
 class RawPeer {
 public:
-    explicit RawPeer(const std::filesystem::path& folder) : mFolder(folder) {}
+    explicit RawPeer(const std::filesystem::path& folder) : mFolder(folder) {
+        static uint8_t count = 0;
+        mKey[0] = ++count;
+    }
 
-    static UniqueFd newSocket() { return UniqueFd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
-    [[nodiscard]] UniqueFd connect(UniqueFd fd = newSocket()) const {
+    [[nodiscard]] Fd connect(Fd fd = Fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))) const {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         strncpy(address.sun_path, (mFolder / "socket@name").c_str(), sizeof(address.sun_path) - 1);
@@ -66,79 +142,67 @@ public:
         setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
         return fd;
     }
-    static bool send(const UniqueFd& fd, const Bytes& bytes, int flags = 0) {
-        return ::send(fd.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | flags) == static_cast<ssize_t>(bytes.size());
-    }
-    template <typename T>
-    static T receive(const UniqueFd& fd) {
-        T value{};
-        EXPECT_EQ(static_cast<ssize_t>(sizeof(T)), recv(fd.get(), &value, sizeof(T), MSG_WAITALL));
-        return value;
-    }
-    /** Of a reply. */
-    static Bytes receiveData(const UniqueFd& fd) {
-        Bytes data(receive<FrameHeader>(fd).dataSize());
-        EXPECT_EQ(static_cast<ssize_t>(data.size()), recv(fd.get(), data.data(), data.size(), MSG_WAITALL));
-        return data;
-    }
-    static bool isClosed(const UniqueFd& fd) {
-        char byte = 0;
-        const ssize_t received = recv(fd.get(), &byte, 1, 0);
-        return received == 0 || (received < 0 && errno == ECONNRESET);
-    }
     [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{kProtocol, kind, mKey}); }
 
-    /** A session: the control connection, one for calls, and the id of the service's object. */
-    void open() {
-        HelloReply reply{};
-        do {  // again while this process has too many sessions that end
-            control = connect();
-            ASSERT_TRUE(send(control, hello(HelloKind::Control)));
-        } while (recv(control.get(), &reply, sizeof(reply), MSG_WAITALL) != sizeof(reply));
-        mKey = reply.key;
-        const UniqueFd naming = connect();
-        ASSERT_TRUE(send(naming, hello(HelloKind::Root)));
-        root = receive<HelloReply>(naming).object;
+    /** A session: a channel for each direction, a connection for calls, and the id of the service's object. */
+    void open(bool withCalls = true) {
+        const Fd naming = connect();
+        auto [own, services] = pairOfSockets();
+        auto [back, servicesBack] = pairOfSockets();
+        ASSERT_TRUE(naming.send(hello(HelloKind::Open), {services.get(), servicesBack.get()}));
+        ASSERT_EQ(kProtocol, naming.receive<HelloReply>().protocol);
+        ASSERT_TRUE(naming.send(hello(HelloKind::Root)));
+        root = naming.receive<HelloReply>().object;
         ASSERT_NE(0u, root);
-        calls = openCalls();
+        channel = std::move(own);
+        incoming = std::move(back);
+        if (withCalls) calls = openCalls();
     }
-    [[nodiscard]] UniqueFd openCalls() const {
-        UniqueFd fd = connect();
-        send(fd, hello(HelloKind::Call));
-        return fd;
+    [[nodiscard]] Fd openCalls() const {
+        auto [own, services] = pairOfSockets();
+        EXPECT_TRUE(channel.send(frame(FrameKind::Connection, 0, 0), {services.get()}));
+        return std::move(own);
     }
     [[nodiscard]] Bytes echoCall(size_t size) const {
         return frame(FrameKind::Call, root, ECHO, token() + byteArray(size));
     }
-    /** Whether ECHO works. */
-    [[nodiscard]] bool isServed() const {
-        if (!send(calls, echoCall(8))) return false;
-        const auto header = receive<FrameHeader>(calls);
-        std::array<uint8_t, 12> data{};
-        return header.kind == FrameKind::Reply && header.code == STATUS_OK && header.size == 28 &&
-               recv(calls.get(), data.data(), data.size(), MSG_WAITALL) == 12;
+    [[nodiscard]] Bytes oneway(int32_t value, size_t ballast = 0) const {
+        return frame(FrameKind::Oneway, root, NOTE, token() + bytesOf(value) + Bytes(ballast));
     }
+    /** The service keeps object 5 of this peer. */
+    void lend() const {
+        const Bytes object = bytesOf(FlatObject{ObjectKind::Senders, 5, 0});
+        const auto offset = static_cast<uint32_t>(token().size());
+        ASSERT_TRUE(calls.send(frame(FrameKind::Call, root, KEEP, token() + object + bytesOf(offset), 1)));
+        EXPECT_EQ(0u, calls.receive<FrameHeader>().code);
+        (void)calls.receive<int32_t>();
+    }
+    /** Whether ECHO works. */
+    [[nodiscard]] bool isServed() const { return calls.send(echoCall(8)) && calls.receiveData().size() == 12; }
 
-    UniqueFd control;
-    UniqueFd calls;
+    Fd channel;
+    Fd incoming;
+    Fd calls;
     uint32_t root = 0;
 
 private:
     const std::filesystem::path mFolder;
-    Key mKey{1};
+    Key mKey{};
 };
 
 class HostilePeerTest : public NamesFixture {
 protected:
-    explicit HostilePeerTest(uint32_t threads = 2) {
-        ABinderProcess_setThreadPoolMaxThreadCount(threads);
+    explicit HostilePeerTest(uint32_t more = 1) {
+        ABinderProcess_setThreadPoolMaxThreadCount(more);
         ABinderProcess_startThreadPool();
         EXPECT_EQ(EX_NONE, AServiceManager_addService(mObject.get(), "name"));
         mGood.open();
     }
 
     [[nodiscard]] std::vector<std::string> warnings() const { return mLog.texts("Binder"); }
-    static std::string told(const char* what) { return "process " + std::to_string(getpid()) + " " + what; }
+    [[nodiscard]] bool isTold(const std::string& what) const {
+        return mLog.await("Binder", "process " + std::to_string(getpid()) + " " + what);
+    }
 
     const LogCapture mLog;
     Echo* const mEcho = new Echo;
@@ -149,41 +213,39 @@ protected:
 
 class OneThreadTest : public HostilePeerTest {
 protected:
-    OneThreadTest() : HostilePeerTest(1) {}
+    OneThreadTest() : HostilePeerTest(0) {}
 };
 
-TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithOneLineForEachReason) {
-    Key unknown{9};
+TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine) {
+    const Key unknown{99};
+    const Fd file(::open("/dev/zero", O_RDWR | O_CLOEXEC));
+    auto [own, services] = pairOfSockets();
     const struct {
         Bytes hello;
+        std::vector<int> passed;
         const char* reason;
     } cases[] = {
-        {bytesOf(Hello{kProtocol + 1, HelloKind::Control, unknown}), "speaks another protocol"},
-        {bytesOf(Hello{kProtocol, static_cast<HelloKind>(99), unknown}), "said a hello that makes no sense"},
-        {bytesOf(Hello{kProtocol, HelloKind::Call, unknown}), "has no session"},
-        {bytesOf(Hello{kProtocol, HelloKind::Reverse, unknown}), "has no session"},
-        {bytesOf(Hello{kProtocol, HelloKind::Root, unknown}), "has no session"},
-        {mGood.hello(HelloKind::Reverse), "opened a connection that nobody asked for"},
-        {Bytes(24, 0xff), "speaks another protocol"},
+        {bytesOf(Hello{kProtocol + 1, HelloKind::Open, unknown}), {}, "speaks another protocol"},
+        {Bytes(24, 0xff), {}, "speaks another protocol"},
+        {bytesOf(Hello{kProtocol, static_cast<HelloKind>(99), unknown}), {}, "said a hello that makes no sense"},
+        {bytesOf(Hello{kProtocol, HelloKind::Root, unknown}), {}, "has no session"},
+        {bytesOf(Hello{kProtocol, HelloKind::Open, unknown}), {}, "opens a session without channels"},
+        {bytesOf(Hello{kProtocol, HelloKind::Open, unknown}),
+         {file.get(), own.get()},
+         "opens a session without channels"},
+        {mGood.hello(HelloKind::Open), {own.get(), services.get()}, "has a session already"},
     };
-    for (const auto& [hello, reason] : cases) {
-        const UniqueFd fd = mBad.connect();
-        ASSERT_TRUE(RawPeer::send(fd, hello));
-        EXPECT_TRUE(RawPeer::isClosed(fd)) << reason;
-        const std::string line = told(reason) + ": such connections are closed";
-        EXPECT_EQ(1u, mLog.count("Binder", line, ANDROID_LOG_WARN)) << reason;
+    for (const auto& [hello, passed, reason] : cases) {
+        const Fd fd = mBad.connect();
+        ASSERT_TRUE(fd.send(hello, passed));
+        EXPECT_TRUE(fd.isClosed()) << reason;
+        EXPECT_TRUE(isTold(std::string(reason) + ": such connections are closed"));
     }
-    EXPECT_EQ(4u, warnings().size());
-    const UniqueFd endless = mBad.connect();
-    for (int i = 0; i < 4; ++i) {
-        ASSERT_TRUE(RawPeer::send(endless, mBad.hello(HelloKind::Identify)));
-        EXPECT_EQ(kProtocol, RawPeer::receive<HelloReply>(endless).protocol);
-    }
-    EXPECT_TRUE(RawPeer::isClosed(endless));
+    EXPECT_EQ(5u, warnings().size()) << "the same line not twice a second";
     EXPECT_TRUE(mGood.isServed());
 }
 
-TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClosedWithOneLine) {
+TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClosed) {
     const auto header = [](uint32_t size, uint16_t objects) {
         return bytesOf(FrameHeader{size, FrameKind::Call, objects, 1, ECHO});
     };
@@ -193,7 +255,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     using enum ObjectKind;
     struct Case {
         const char* name;
-        bool onControl;
+        bool onChannel;
         Bytes bytes;
     };
     const Case cases[] = {
@@ -214,9 +276,8 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         {"an object of ours that it never had", false, object(Receivers, 99, 0)},
         {"overlapping objects", false,
          frame(FrameKind::Call, 1, ECHO, Bytes(24, 1) + bytesOf(std::array<uint32_t, 2>{0, 4}), 2)},
-        {"a call on the control connection", true, frame(FrameKind::Call, 1, ECHO)},
+        {"a call on the channel", true, frame(FrameKind::Call, 1, ECHO)},
         {"a oneway call to nothing", true, frame(FrameKind::Oneway, 77, NOTE)},
-        {"a connection that it must open itself", true, frame(FrameKind::OpenReverse, 0, 0)},
         {"a release of nothing", true, frame(FrameKind::Release, 77, 1)},
         {"a release of too much", true, frame(FrameKind::Release, 1, 1000)},
         {"a size below the header", true, header(0, 0)},
@@ -225,13 +286,29 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         SCOPED_TRACE(each.name);
         RawPeer bad(mFolder);
         bad.open();
-        const size_t before = warnings().size();
-        ASSERT_TRUE(RawPeer::send(each.onControl ? bad.control : bad.calls, each.bytes));
-        EXPECT_TRUE(RawPeer::isClosed(bad.calls));
-        EXPECT_TRUE(RawPeer::isClosed(bad.control));
-        EXPECT_EQ(before + 1, warnings().size());
+        ASSERT_TRUE((each.onChannel ? bad.channel : bad.calls).send(each.bytes + bad.oneway(1)));
+        EXPECT_TRUE(bad.calls.isClosed());
+        EXPECT_TRUE(bad.channel.isClosed());
+        EXPECT_TRUE(bad.incoming.isClosed());
         ASSERT_TRUE(mGood.isServed());
     }
+    EXPECT_TRUE(isTold("sent a frame that makes no sense: its connections are closed"));
+    EXPECT_TRUE(isTold("called an object it does not have: its connections are closed"));
+}
+
+TEST_F(HostilePeerTest, Connection_WhenItIsNone_ThenThePeerIsCutOffOrTheConnectionLost) {
+    RawPeer poor(mFolder);
+    poor.open();
+    ASSERT_TRUE(poor.channel.send(frame(FrameKind::Connection, 0, 0)));
+    const std::string lost = "a connection of process " + std::to_string(getpid()) + " is lost: no descriptors";
+    EXPECT_TRUE(mLog.await("Binder", lost));
+    EXPECT_TRUE(poor.isServed());
+    mBad.open();
+    const Fd file(::open("/dev/zero", O_RDWR | O_CLOEXEC));
+    ASSERT_TRUE(mBad.channel.send(frame(FrameKind::Connection, 0, 0), {file.get()}));
+    EXPECT_TRUE(mBad.channel.isClosed());
+    EXPECT_TRUE(isTold("passed something else than a connection: its connections are closed"));
+    EXPECT_TRUE(mGood.isServed());
 }
 
 TEST_F(HostilePeerTest, Frame_WhenThePeerDiesAtAnyByte_ThenNobodyElseNotices) {
@@ -239,66 +316,51 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesAtAnyByte_ThenNobodyElseNotices) {
     whole.open();
     const Bytes call = whole.echoCall(100);
     for (size_t length = 1; length < call.size(); length += 7) {
-        const UniqueFd calls = whole.openCalls();
-        ASSERT_TRUE(RawPeer::send(calls, Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));
+        const Fd calls = whole.openCalls();
+        ASSERT_TRUE(calls.send(Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));
     }
-    for (const size_t length : {0, 1, 15, 20}) {
+    for (const size_t length : {1, 15, 20}) {
         RawPeer bad(mFolder);
         bad.open();
-        RawPeer::send(bad.control, Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length)));
+        ASSERT_TRUE(bad.channel.send(Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));
+        bad.channel.close();
+        EXPECT_TRUE(bad.incoming.isClosed());
     }
-    for (size_t length = 0; length < sizeof(Hello); ++length) {
-        const UniqueFd fd = mBad.connect();
-        if (length != 0) RawPeer::send(fd, Bytes(length, 1));
-    }
+    for (size_t length = 1; length < sizeof(Hello); ++length) ASSERT_TRUE(mBad.connect().send(Bytes(length, 1)));
     EXPECT_TRUE(mGood.isServed());
     EXPECT_TRUE(whole.isServed());
-    const std::string mayBe = told("has too many sessions: such connections are closed");
-    for (const std::string& line : warnings()) EXPECT_EQ(mayBe, line);
+    EXPECT_EQ(std::vector<std::string>(), warnings());
 }
 
-TEST_F(HostilePeerTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
+TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
     mBad.open();
-    std::vector<UniqueFd> slow;
-    for (int i = 0; i < 6; ++i) slow.push_back(mBad.openCalls());  // more than there are threads
+    std::vector<Fd> slow;
+    for (int i = 0; i < 6; ++i) slow.push_back(mBad.openCalls());
     const Bytes call = mBad.echoCall(8);
     for (size_t i = 0; i < call.size(); ++i) {
-        for (const UniqueFd& each : slow) ASSERT_TRUE(RawPeer::send(each, {call[i]}));
+        for (const Fd& each : slow) ASSERT_TRUE(each.send({call[i]}));
         if (i % 16 == 0) {
             ASSERT_TRUE(mGood.isServed());
         }
     }
-    for (const UniqueFd& each : slow) EXPECT_EQ(28u, RawPeer::receive<FrameHeader>(each).size);
+    for (const Fd& each : slow) EXPECT_EQ(12u, each.receiveData().size());
 }
 
-TEST_F(HostilePeerTest, Frame_WhenEveryConnectionHoldsHalfALargeOne_ThenOthersAreServedAndNoneIsLost) {
+TEST_F(HostilePeerTest, Frame_WhenTooMuchIsHalfSent_ThenTheOldestConnectionsEndAndTheLatestIsServed) {
     mBad.open();
     const Bytes call = mBad.echoCall(900'000);
     const auto middle = call.begin() + 700'000;
-    std::vector<UniqueFd> connections;
-    for (int i = 0; i < 63; ++i) {
+    std::vector<Fd> connections;
+    for (int i = 0; i < 6; ++i) {
         connections.push_back(mBad.openCalls());
-        ASSERT_TRUE(RawPeer::send(connections.back(), Bytes(call.begin(), middle)));
+        ASSERT_TRUE(connections.back().send(Bytes(call.begin(), middle)));
     }
+    EXPECT_TRUE(connections.front().isClosed());
+    EXPECT_TRUE(isTold("sends too much half: a connection of it is closed"));
+    ASSERT_TRUE(connections.back().send(Bytes(middle, call.end())));
+    EXPECT_EQ(900'004u, connections.back().receiveData().size());
     EXPECT_TRUE(mGood.isServed());
-    for (const UniqueFd& each : connections) {
-        ASSERT_TRUE(RawPeer::send(each, Bytes(middle, call.end())));
-        EXPECT_EQ(900'004u, RawPeer::receiveData(each).size());
-    }
-}
-
-TEST_F(OneThreadTest, Frame_WhenItDrips_ThenOthersAreServedMeanwhile) {
-    mBad.open();
-    ASSERT_TRUE(RawPeer::send(mBad.calls, bytesOf(FrameHeader{1'000'000, FrameKind::Call, 0, mBad.root, ECHO})));
-    pollfd reply{mGood.calls.get(), POLLIN, 0};
-    int drips = 0;
-    for (; drips < 1000 && poll(&reply, 1, 8) == 0; ++drips) {
-        ASSERT_TRUE(RawPeer::send(mBad.calls, {1}));
-        if (drips == 10) {
-            ASSERT_TRUE(RawPeer::send(mGood.calls, mGood.echoCall(8)));
-        }
-    }
-    EXPECT_LT(drips, 1000);
+    EXPECT_TRUE(mBad.isServed()) << "only connections were lost";
 }
 
 TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
@@ -311,106 +373,126 @@ TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
         EXPECT_TRUE(end.await(static_cast<size_t>(time)));
     };
     for (int32_t time = 1; time <= 2; ++time) {
-        ASSERT_TRUE(RawPeer::send(mBad.calls, frame(FrameKind::Call, mBad.root, NOTE, token() + bytesOf(time))));
+        ASSERT_TRUE(mBad.calls.send(frame(FrameKind::Call, mBad.root, NOTE, token() + bytesOf(time))));
         ASSERT_TRUE(begin.await(static_cast<size_t>(time)));
-        ASSERT_TRUE(RawPeer::send(mGood.calls, mGood.echoCall(8)));
+        ASSERT_TRUE(mGood.calls.send(mGood.echoCall(8)));
         EXPECT_TRUE(mLog.await("Binder", line, static_cast<size_t>(time)));
         pollfd reply{mGood.calls.get(), POLLIN, 0};
-        EXPECT_EQ(0, poll(&reply, 1, 100)) << "it waits on";
+        EXPECT_EQ(0, poll(&reply, 1, 0)) << "it waits on";
         end.signal();
-        EXPECT_EQ(12u, RawPeer::receiveData(mGood.calls).size());
-        EXPECT_EQ(16u, RawPeer::receive<FrameHeader>(mBad.calls).size);
+        EXPECT_EQ(12u, mGood.calls.receiveData().size());
+        EXPECT_EQ(16u, mBad.calls.receive<FrameHeader>().size);
         EXPECT_TRUE(mGood.isServed());
     }
-    EXPECT_EQ(2u, mLog.count("Binder", line, ANDROID_LOG_WARN));
 }
 
-TEST_F(HostilePeerTest, Transact_WhenThePeerOpensNoConnectionForIt_ThenFailedTransactionAfterAWhile) {
+TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_ThenTheCallFails) {
     mBad.open();
-    const Bytes object = bytesOf(FlatObject{ObjectKind::Senders, 5, 0});
-    const auto offset = static_cast<uint32_t>(token().size());
-    ASSERT_TRUE(
-        RawPeer::send(mBad.calls, frame(FrameKind::Call, mBad.root, KEEP, token() + object + bytesOf(offset), 1)));
-    EXPECT_EQ(0u, RawPeer::receive<FrameHeader>(mBad.calls).code);
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, AIBinder_ping(mEcho->kept().get()));
+    mBad.lend();
+    auto ping = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
+    mBad.incoming.receivePassed().close();
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, ping.get());
+    EXPECT_TRUE(mBad.isServed());
+    const Bytes object = bytesOf(FlatObject{ObjectKind::Receivers, 99, 0}) + bytesOf(uint32_t{0});
+    for (const Bytes& nonsense :
+         {frame(FrameKind::Oneway, 0, 0), frame(FrameKind::Reply, 0, 0, object, 1), Bytes(16, 0xff)}) {
+        RawPeer bad(mFolder);
+        bad.open();
+        bad.lend();
+        auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
+        const Fd connection = bad.incoming.receivePassed();
+        EXPECT_EQ(kPingCode, connection.receive<FrameHeader>().code);
+        ASSERT_TRUE(connection.send(nonsense));
+        EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
+        EXPECT_TRUE(bad.channel.isClosed());
+    }
     mEcho->keep(nullptr);
 }
 
 TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater) {
     RawPeer deaf(mFolder);
     deaf.open();
-    std::vector<UniqueFd> calls;
+    std::vector<Fd> calls;
     for (int i = 0; i < 6; ++i) {  // more than there are threads
         calls.push_back(deaf.openCalls());
-        ASSERT_TRUE(RawPeer::send(calls.back(), deaf.echoCall(900'000)));
+        ASSERT_TRUE(calls.back().send(deaf.echoCall(900'000)));
     }
     EXPECT_TRUE(mGood.isServed());
-    for (const UniqueFd& each : calls) {
-        EXPECT_EQ(900'004u, RawPeer::receiveData(each).size());
-    }
+    for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
+}
+
+TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
+    std::promise<void> gate;
+    mEcho->onNote = [opened = gate.get_future().share()](int32_t) { opened.wait(); };
+    mBad.open();
+    int sent = 0;
+    while (sent < 1000 && mBad.channel.send(mBad.oneway(sent, 2000))) ++sent;
+    EXPECT_LT(sent, 1000);
+    EXPECT_TRUE(isTold("sends too many oneway calls: its connections are closed"));
+    EXPECT_TRUE(mGood.isServed());
+    gate.set_value();
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
-    std::vector<UniqueFd> silent;
+    std::vector<Fd> silent;
     for (int i = 0; i < 1000; ++i) silent.push_back(mBad.connect());
-    EXPECT_TRUE(RawPeer::isClosed(silent.back()));
+    EXPECT_TRUE(silent.back().isClosed());
     EXPECT_TRUE(mGood.isServed());
-    RawPeer late(mFolder);
-    EXPECT_TRUE(mLog.await("Binder", told("has too many silent connections: such connections are closed")));
-    EXPECT_EQ(1u, warnings().size());
-    silent.clear();
-    UniqueFd again = late.connect();
-    while (!RawPeer::send(again, late.hello(HelloKind::Identify)) || RawPeer::isClosed(again)) again = late.connect();
+    EXPECT_TRUE(isTold("has too many silent connections: such connections are closed"));
+    EXPECT_TRUE(isTold("connected and did not say in time what for: such connections are closed"));
+    EXPECT_TRUE(silent.front().isClosed());
+    const Fd again = mBad.connect();
+    ASSERT_TRUE(again.send(mBad.hello(HelloKind::Identify)));
+    EXPECT_EQ(kProtocol, again.receive<HelloReply>().protocol);
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRestIsRefused) {
-    std::vector<UniqueFd> calls;
-    for (int i = 0; i < 70; ++i) calls.push_back(mGood.openCalls());
-    EXPECT_TRUE(RawPeer::isClosed(calls.back()));
+    std::vector<Fd> calls;
+    for (int i = 0; i < kMaxServed; ++i) calls.push_back(mGood.openCalls());
+    EXPECT_TRUE(calls.back().isClosed());
     std::vector<RawPeer> sessions;
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 1; i < kMaxSessions; ++i) {
         sessions.emplace_back(mFolder);
-        sessions.back().open();
+        sessions.back().open(/*withCalls=*/false);
     }
-    const UniqueFd more = mBad.connect();
-    ASSERT_TRUE(RawPeer::send(more, mBad.hello(HelloKind::Control)));
-    EXPECT_TRUE(RawPeer::isClosed(more));
     EXPECT_TRUE(mGood.isServed());
+    const Fd more = mBad.connect();
+    auto [own, services] = pairOfSockets();
+    ASSERT_TRUE(more.send(mBad.hello(HelloKind::Open), {own.get(), services.get()}));
+    EXPECT_TRUE(more.isClosed());
+    EXPECT_TRUE(isTold("has too many sessions: such connections are closed"));
 }
 
 TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothingSpins) {
+    const char* const line = "no connection can be taken for name: Too many open files";
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
-    RawPeer late(mFolder);
-    std::vector<UniqueFd> connections;
-    for (int i = 0; i < 3; ++i) connections.push_back(late.connect());
     EXPECT_TRUE(mGood.isServed());
-    UniqueFd unconnected = RawPeer::newSocket();
+    Fd unconnected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const rlimit none{0, limit.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
-    const UniqueFd fd = late.connect(std::move(unconnected));
-    EXPECT_TRUE(mLog.await("Binder", "no connection can be taken for name: Too many open files"));
+    const Fd fd = mBad.connect(std::move(unconnected));
+    EXPECT_TRUE(mLog.await("Binder", line));
     EXPECT_TRUE(mGood.isServed());
     setrlimit(RLIMIT_NOFILE, &limit);
-    ASSERT_TRUE(RawPeer::send(fd, late.hello(HelloKind::Identify)));
-    EXPECT_EQ(kProtocol, RawPeer::receive<HelloReply>(fd).protocol);
-    EXPECT_LE(mLog.count("Binder", "no connection can be taken for name: Too many open files"), 20u);
+    ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
+    EXPECT_EQ(kProtocol, fd.receive<HelloReply>().protocol);
+    EXPECT_LE(mLog.count("Binder", line), 3u);
 }
 
 TEST_F(HostilePeerTest, Reply_WhenReceived_ThenItsBytesAreThese) {
-    ASSERT_TRUE(RawPeer::send(mGood.calls, mGood.echoCall(1)));
+    ASSERT_TRUE(mGood.calls.send(mGood.echoCall(1)));
     using Reply = std::array<uint8_t, 24>;
     const Reply expected{24, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 7, 0, 0, 0};
-    EXPECT_EQ(expected, RawPeer::receive<Reply>(mGood.calls));
-    ASSERT_TRUE(RawPeer::send(mGood.calls, frame(FrameKind::Call, mGood.root, UNKNOWN, token())));
-    EXPECT_EQ(static_cast<uint32_t>(STATUS_UNKNOWN_TRANSACTION), RawPeer::receive<FrameHeader>(mGood.calls).code);
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_TRUE(RawPeer::send(mGood.calls, frame(FrameKind::Call, mGood.root, ECHO, Bytes(8))));
-        EXPECT_EQ(static_cast<uint32_t>(STATUS_BAD_TYPE), RawPeer::receive<FrameHeader>(mGood.calls).code);
-    }
+    EXPECT_EQ(expected, mGood.calls.receive<Reply>());
+    const auto statusOf = [&](uint32_t code, const Bytes& data) {
+        EXPECT_TRUE(mGood.calls.send(frame(FrameKind::Call, mGood.root, code, data)));
+        return static_cast<binder_status_t>(mGood.calls.receive<FrameHeader>().code);
+    };
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, statusOf(UNKNOWN, token()));
+    EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, statusOf(0x01000000, token()));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(STATUS_BAD_TYPE, statusOf(ECHO, Bytes(8)));
     EXPECT_EQ(1u, warnings().size());
-    ASSERT_TRUE(RawPeer::send(mGood.calls, frame(FrameKind::Call, mGood.root, 0x01000000, token())));
-    EXPECT_EQ(static_cast<uint32_t>(STATUS_UNKNOWN_TRANSACTION), RawPeer::receive<FrameHeader>(mGood.calls).code);
 }
 
 }  // namespace

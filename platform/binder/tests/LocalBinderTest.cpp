@@ -18,11 +18,14 @@ const char* const ICounter::descriptor = "test.ICounter";
 
 class BnCounter : public ndk::BnCInterface<ICounter> {
 public:
+    static inline const char* sNames[] = {"next"};
     static AIBinder_Class* clazz() {
         static AIBinder_Class* const defined = ICInterface::defineClass(
-            descriptor, [](AIBinder* binder, transaction_code_t, const AParcel*, AParcel* out) {
+            descriptor,
+            [](AIBinder* binder, transaction_code_t, const AParcel*, AParcel* out) {
                 return AParcel_writeInt32(out, std::static_pointer_cast<ICounter>(asInterface(binder))->next());
-            });
+            },
+            sNames, 1);
         return defined;
     }
 
@@ -69,6 +72,23 @@ TEST(LocalBinderTest, AsBinder_WhenHeldAndDropped_ThenTheBinderOwnsTheImplementa
     EXPECT_TRUE(destroyed);
 }
 
+TEST(LocalBinderTest, DefineClass_WhenItHasFunctionNames_ThenTheyAreFoundByCode) {
+    EXPECT_STREQ("next", AIBinder_Class_getFunctionName(BnCounter::clazz(), 1));
+    EXPECT_EQ(nullptr, AIBinder_Class_getFunctionName(BnCounter::clazz(), 0));
+    EXPECT_EQ(nullptr, AIBinder_Class_getFunctionName(BnCounter::clazz(), 2));
+}
+
+TEST(SharedRefBaseDeathTest, Destructor_WhenAnObjectHasNoOwnerOrTwo_ThenTheProcessEndsWithALine) {
+    bool destroyed = false;
+    EXPECT_DEATH({ Counter counter(&destroyed); }, "an object that make\\(\\) did not make");
+    EXPECT_DEATH(
+        {
+            const auto owner = ndk::SharedRefBase::make<Counter>(&destroyed);
+            std::shared_ptr<Counter> second(owner.get());
+        },
+        "an object with two owners");
+}
+
 TEST(LocalBinderTest, AssociateClass_WhenItIsAnother_ThenFalse) {
     const ndk::SpAIBinder object = newEcho(new Echo);
     EXPECT_TRUE(AIBinder_associateClass(object.get(), echoClass()));
@@ -96,15 +116,22 @@ TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(object, UNKNOWN));
     EXPECT_EQ(STATUS_BAD_TYPE, call(object, UNKNOWN, [](AParcel* in) { AParcel_reset(in); }));
     EXPECT_EQ(STATUS_BAD_VALUE, call(object, ECHO, {}, {}, 0x10)) << "an unknown flag";
+    EXPECT_EQ(STATUS_OK, call(object, LAST, {}, {}, FLAG_CLEAR_BUF));
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, AIBinder_ping(nullptr));
 }
 
 TEST(LocalBinderTest, Promote_WhenTheLastReferenceIsGone_ThenNull) {
     ndk::SpAIBinder object = newEcho(new Echo);
     const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(object.get()));
+    const ndk::ScopedAIBinder_Weak clone(weak);
     EXPECT_EQ(object, weak.promote());
+    EXPECT_EQ(object, clone.promote());
+    const ndk::SpAIBinder other = newEcho(new Echo);
+    EXPECT_NE(object < other, other < object);
     object = nullptr;
-    EXPECT_EQ(nullptr, weak.promote().get());
+    EXPECT_EQ(nullptr, clone.promote().get());
+    EXPECT_FALSE(weak < clone || clone < weak) << "the same object, dead as it is";
+    EXPECT_EQ(nullptr, AIBinder_Weak_clone(nullptr));
 }
 
 TEST(LocalBinderTest, SetThreadPoolMaxThreadCount_WhenStarted_ThenRefused) {

@@ -1,4 +1,5 @@
-// The other process of the tests. `serve NAME`: publishes an Echo. `lend NAME`: hands one to the service and waits.
+// The other process of the tests. `serve NAME`: publishes an Echo; `single NAME`: with one thread. `lend NAME`: hands
+// one to the service and waits.
 
 #include <android/binder_process.h>
 #include <signal.h>
@@ -12,11 +13,12 @@
 int main(int count, char** arguments) {
     if (count != 3) return 2;
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const bool isSingle = strcmp(arguments[1], "single") == 0;
     ABinderProcess_setThreadPoolMaxThreadCount(4);
-    ABinderProcess_startThreadPool();
+    if (!isSingle) ABinderProcess_startThreadPool();
     const ndk::SpAIBinder own = test::newEcho(new test::Echo);
     const char* const name = arguments[2];
-    if (strcmp(arguments[1], "serve") == 0) {
+    if (isSingle || strcmp(arguments[1], "serve") == 0) {
         if (AServiceManager_addService(own.get(), name) != EX_NONE) return 3;
     } else if (test::keep(test::service(name), own) != STATUS_OK) {
         return 4;

@@ -1,7 +1,11 @@
 #include <android/binder_process.h>
+#include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 
+#include <array>
 #include <future>
+#include <set>
 
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
@@ -25,6 +29,18 @@ protected:
     }
 
     Peer mServer{"serve", NAME};
+    ndk::SpAIBinder mService;
+};
+
+/** With a server of one thread, and none here. */
+class SingleServerTest : public NamesFixture {
+protected:
+    SingleServerTest() {
+        EXPECT_TRUE(mServer.isReady());
+        mService = service(NAME);
+    }
+
+    Peer mServer{"single", NAME};
     ndk::SpAIBinder mService;
 };
 
@@ -161,7 +177,6 @@ TEST_F(ProcessesTest, AssociateClass_WhenTheObjectIsOfAnotherClass_ThenFalseAndT
     EXPECT_FALSE(AIBinder_associateClass(mService.get(), otherClass()));
     EXPECT_TRUE(AIBinder_associateClass(mService.get(), echoClass()));
     EXPECT_EQ(nullptr, AIBinder_getUserData(mService.get()));
-    EXPECT_EQ(STATUS_INVALID_OPERATION, AIBinder_dump(mService.get(), 1, nullptr, 0));
 }
 
 TEST_F(ProcessesTest, DecStrong_WhenThePeerLetsGo_ThenTheObjectIsDestroyed) {
@@ -199,6 +214,49 @@ TEST_F(ProcessesTest, Transact_WhenTheServerCallsBackMeanwhile_ThenNeitherWaitsF
     });
 }
 
+/** Calls that go to and fro `depth` times before the first one returns; the threads that this process used. */
+void bounce(const ndk::SpAIBinder& server, int32_t depth, std::set<std::thread::id>& threads) {
+    auto* const own = new Echo;
+    own->onNote = [&, own](int32_t left) {
+        threads.insert(std::this_thread::get_id());
+        if (left > 0) {
+            EXPECT_EQ(STATUS_OK, call(own->kept(), BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, left - 1); }));
+        }
+    };
+    own->keep(server);
+    ASSERT_EQ(STATUS_OK, keep(server, newEcho(own)));
+    ASSERT_EQ(STATUS_OK, call(server, BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, depth); }));
+    own->keep(nullptr);
+}
+
+TEST_F(SingleServerTest, Transact_WhenCallsGoToAndFroTenDeep_ThenOneThreadOnEachSideIsEnough) {
+    std::set<std::thread::id> threads;
+    bounce(mService, 10, threads);
+    EXPECT_EQ(std::set{std::this_thread::get_id()}, threads) << "and here it is the one that waits";
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+}
+
+TEST_F(SingleServerTest, Transact_WhenItFollowsAOnewayCall_ThenTheyRunInThatOrder) {
+    for (int32_t i = 0; i < 2000; ++i) {
+        for (int n = 0; n < i % 4; ++n) ASSERT_EQ(STATUS_OK, note(mService, -1));
+        ASSERT_EQ(STATUS_OK, note(mService, i));
+        ASSERT_EQ(i, callForInt(mService, LAST));
+    }
+}
+
+TEST_F(SingleServerTest, Oneway_WhenItFollowsOneToAnotherObject_ThenTheyRunInThatOrderBeforeTheNextCall) {
+    ndk::SpAIBinder second;
+    ASSERT_EQ(STATUS_OK, call(mService, MAKE, {},
+                              [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &second); }));
+    ASSERT_TRUE(AIBinder_associateClass(second.get(), echoClass()));
+    for (int32_t i = 0; i < 500; ++i) {
+        ASSERT_EQ(STATUS_OK, note(mService, i));
+        ASSERT_EQ(STATUS_OK, note(second, i));
+        ASSERT_EQ(i, callForInt(second, LAST));
+        ASSERT_EQ(i, callForInt(mService, LAST));
+    }
+}
+
 TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGetsItsOwnReply) {
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
@@ -215,15 +273,38 @@ TEST_F(ProcessesTest, Transact_WhenManyThreadsSendLargeCallsAtOnce_ThenEachGetsI
     inThreads(24, 2, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 900'000)); });
 }
 
-TEST_F(ProcessesTest, Transact_WhenTheNameIsGoneFromTheFolder_ThenTheServiceIsNotTakenForDead) {
-    const auto file = mFolder / "socket@test.IEcho%default";
-    std::filesystem::rename(file, mFolder / "away");
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, echo(mService, 1));
-    EXPECT_TRUE(AIBinder_isAlive(mService.get()));
-    std::filesystem::rename(mFolder / "away", file);
-    EXPECT_EQ(STATUS_OK, echo(mService, 1));
-    std::filesystem::remove(file);
+TEST_F(ProcessesTest, Transact_WhenTheNameIsGoneFromTheFolder_ThenTheSessionGoesOn) {
+    std::filesystem::remove_all(mFolder);
     inThreads(8, 20, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 1)); });
+}
+
+TEST_F(ProcessesTest, Dump_WhenTheObjectIsRemote_ThenArgumentsGoThereAndTheTextComesBack) {
+    const auto dump = [this](std::vector<const char*> arguments) {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(0, pipe2(ends.data(), O_NONBLOCK));
+        EXPECT_EQ(STATUS_OK,
+                  AIBinder_dump(mService.get(), ends[1], arguments.data(), static_cast<uint32_t>(arguments.size())));
+        std::array<char, 100> text{};
+        const ssize_t size = read(ends[0], text.data(), text.size());
+        for (const int each : ends) close(each);
+        return std::string(text.data(), size < 0 ? 0 : static_cast<size_t>(size));
+    };
+    EXPECT_EQ("", dump({}));
+    EXPECT_EQ("a\n\nb c\n", dump({"a", "", "b c"}));
+    const char* const fails = "fail";
+    EXPECT_EQ(STATUS_BAD_VALUE, AIBinder_dump(mService.get(), 1, const_cast<const char**>(&fails), 1));
+    EXPECT_EQ(STATUS_UNKNOWN_ERROR, AIBinder_dump(mService.get(), -1, const_cast<const char**>(&ECHO_DESCRIPTOR), 1));
+}
+
+TEST_F(ProcessesTest, GetExtension_WhenTheObjectIsRemote_ThenTheOneThatWasSetThere) {
+    ndk::SpAIBinder extension;
+    EXPECT_EQ(STATUS_INVALID_OPERATION, AIBinder_setExtension(mService.get(), mService.get()));
+    ASSERT_EQ(STATUS_OK, AIBinder_getExtension(mService.get(), extension.getR()));
+    EXPECT_EQ(nullptr, extension.get());
+    const ndk::SpAIBinder own = newEcho(new Echo);
+    ASSERT_EQ(STATUS_OK, AIBinder_setExtension(own.get(), mService.get()));
+    ASSERT_EQ(STATUS_OK, AIBinder_getExtension(own.get(), extension.getR()));
+    EXPECT_EQ(mService, extension);
 }
 
 TEST_F(ProcessesTest, Transact_WhenAThirdProcesssObjectIsPassedOn_ThenInvalidOperation) {
@@ -283,6 +364,9 @@ TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndM
     mServer.resume();
     EXPECT_EQ(STATUS_OK, echo(mService, 1));
     while (note(mService, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(mService.get()));
+    const auto lines = log.texts("Binder");
+    EXPECT_THAT(lines.back(), testing::MatchesRegex("[0-9]+ oneway calls to process [0-9]+ were not delivered"));
+    EXPECT_GE(std::stoi(lines.back()), 11) << "all that failed";
 }
 
 TEST_F(ProcessesTest, Oneway_WhenAnObjectsHandlerIsSlow_ThenTheSenderFailsInsteadOfThisProcessGrowing) {

@@ -42,7 +42,10 @@ public:
 
     explicit operator bool() const { return mBinder != nullptr; }
     friend bool operator==(const SpAIBinder& a, const SpAIBinder& b) { return a.mBinder == b.mBinder; }
-    friend auto operator<=>(const SpAIBinder& a, const SpAIBinder& b) { return a.mBinder <=> b.mBinder; }
+    friend bool operator<(const SpAIBinder& a, const SpAIBinder& b) { return AIBinder_lt(a.mBinder, b.mBinder); }
+    friend bool operator>(const SpAIBinder& a, const SpAIBinder& b) { return b < a; }
+    friend bool operator<=(const SpAIBinder& a, const SpAIBinder& b) { return !(b < a); }
+    friend bool operator>=(const SpAIBinder& a, const SpAIBinder& b) { return !(a < b); }
 
 private:
     AIBinder* mBinder = nullptr;
@@ -96,7 +99,19 @@ class ScopedAIBinder_Weak final : public impl::ScopedAResource<AIBinder_Weak, AI
 public:
     using ScopedAResource::ScopedAResource;
 
+    ScopedAIBinder_Weak() = default;
+    ScopedAIBinder_Weak(ScopedAIBinder_Weak&&) noexcept = default;
+    ScopedAIBinder_Weak(const ScopedAIBinder_Weak& other) : ScopedAResource(AIBinder_Weak_clone(other.get())) {}
+    ScopedAIBinder_Weak& operator=(ScopedAIBinder_Weak&&) noexcept = default;
+    ScopedAIBinder_Weak& operator=(const ScopedAIBinder_Weak& other) {
+        if (this != &other) set(AIBinder_Weak_clone(other.get()));
+        return *this;
+    }
+
     [[nodiscard]] SpAIBinder promote() const { return SpAIBinder(AIBinder_Weak_promote(get())); }
+    friend bool operator<(const ScopedAIBinder_Weak& a, const ScopedAIBinder_Weak& b) {
+        return AIBinder_Weak_lt(a.get(), b.get());
+    }
 };
 
 // The outcome of an interface method. Empty (default-constructed) is not a status: use ok().

@@ -5,6 +5,7 @@
 
 #include <android/binder_parcel.h>
 #include <android/binder_status.h>
+#include <stddef.h>
 #include <stdint.h>
 #include <sys/types.h>
 
@@ -16,6 +17,8 @@ typedef uint32_t binder_flags_t;
 enum {
     // Returns when the call is queued. No reply, and the handler's status is lost.
     FLAG_ONEWAY = 0x01,
+    // The kernel is to clear its copy of the data. There is none here.
+    FLAG_CLEAR_BUF = 0x20,
 };
 
 typedef uint32_t transaction_code_t;
@@ -44,6 +47,12 @@ AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor, AIBinder_
 // To be set before the first object of the class is made.
 void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump);
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
+// The names of the methods, for tools: the first is that of code 1. The array is not copied. To be set before the first
+// object of the class is made.
+void AIBinder_Class_setTransactionCodeToFunctionNameMap(AIBinder_Class* clazz,
+                                                        const char** transactionCodeToFunctionName, size_t length);
+// Null for a code without a name.
+const char* AIBinder_Class_getFunctionName(AIBinder_Class* clazz, transaction_code_t code);
 
 // A local object with one strong reference, the caller's.
 AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
@@ -56,8 +65,18 @@ bool AIBinder_isRemote(const AIBinder* binder);
 bool AIBinder_isAlive(const AIBinder* binder);
 // A call to the object's process and back.
 binder_status_t AIBinder_ping(AIBinder* binder);
-// Calls the class's onDump. A descriptor does not travel here: STATUS_INVALID_OPERATION for a remote object.
+// Calls the class's onDump. A descriptor does not travel here: what a remote object writes comes back as text, cut at
+// the size of a reply, and is written to `fd` then.
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs);
+
+// An object that goes with `binder`, which must be local (else STATUS_INVALID_OPERATION), and is found at its proxies
+// too. Replaces the one before.
+binder_status_t AIBinder_setExtension(AIBinder* binder, AIBinder* ext);
+// `*outExt` is the caller's reference, or null when there is none.
+binder_status_t AIBinder_getExtension(AIBinder* binder, AIBinder** outExt);
+
+// An order of objects, the same as long as they live; a weak reference compares as its object does, dead or alive.
+bool AIBinder_lt(const AIBinder* lhs, const AIBinder* rhs);
 
 // Says that this is an object of `clazz`; a remote object's descriptor is asked for, once, and compared. False for an
 // object of another class.
@@ -82,6 +101,9 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
 
 AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);
+// Another weak reference of the same object; null for null.
+AIBinder_Weak* AIBinder_Weak_clone(const AIBinder_Weak* weak);
+bool AIBinder_Weak_lt(const AIBinder_Weak* lhs, const AIBinder_Weak* rhs);
 // A new strong reference, or null when the object is gone.
 AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
 

@@ -7,8 +7,10 @@
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
+#include <android/log.h>
 
 #include <concepts>
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,23 +19,23 @@
 
 namespace ndk {
 
-// An object that hands out shared pointers to itself from the first moment on. Made by SharedRefBase::make only:
-// std::make_shared does not compile, and `new` is left to make().
+// An object that hands out shared pointers to itself. Made by SharedRefBase::make only: std::make_shared and `new` do
+// not compile elsewhere; an object with no owner, or with two, ends the process with a line in the log.
 class SharedRefBase {
 public:
     SharedRefBase() = default;
     SharedRefBase(const SharedRefBase&) = delete;
     SharedRefBase& operator=(const SharedRefBase&) = delete;
-    virtual ~SharedRefBase() = default;
+    virtual ~SharedRefBase() {
+        if (!mIsOwned) fail("an object that make() did not make");
+        if (mThis.lock() != nullptr) fail("an object with two owners was destroyed by one of them");
+    }
 
-    // The shared pointer of this object. Thread: any.
+    // The shared pointer of this object. Not in a constructor or destructor. Thread: any.
     std::shared_ptr<SharedRefBase> ref() {
-        std::shared_ptr<SharedRefBase> first;
-        std::call_once(mFlagThis, [this, &first] {
-            first.reset(this);
-            mThis = first;
-        });
-        return first != nullptr ? first : mThis.lock();
+        std::shared_ptr<SharedRefBase> owner = mThis.lock();
+        if (owner == nullptr) fail("an object without an owner");
+        return owner;
     }
     template <typename Child>
     std::shared_ptr<Child> ref() {
@@ -42,17 +44,25 @@ public:
 
     template <typename T, typename... Args>
     static std::shared_ptr<T> make(Args&&... args) {
-        T* object = new T(std::forward<Args>(args)...);
-        return object->template ref<T>();
+        std::shared_ptr<T> object(new T(std::forward<Args>(args)...));
+        static_cast<SharedRefBase&>(*object).own(object);
+        return object;
     }
 
     static void operator delete(void* memory) { ::operator delete(memory); }
 
 private:
     static void* operator new(std::size_t size) { return ::operator new(size); }
+    [[noreturn]] static void fail(const char* what) {
+        __android_log_assert(nullptr, "Binder", "SharedRefBase: %s", what);
+    }
+    void own(const std::shared_ptr<SharedRefBase>& object) {
+        mThis = object;
+        mIsOwned = true;
+    }
 
-    std::once_flag mFlagThis;
     std::weak_ptr<SharedRefBase> mThis;
+    bool mIsOwned = false;
 };
 
 // An interface: what local implementation and proxy have in common.
@@ -64,16 +74,25 @@ public:
     // Implementations write what helps to debug them. Thread: any.
     virtual binder_status_t dump(int /*fd*/, const char** /*args*/, uint32_t /*numArgs*/) { return STATUS_OK; }
 
-    // The class of an interface whose implementations derive from ICInterface. Defined once for each interface.
+    // The class of an interface whose implementations derive from ICInterface. Defined once for each interface. The
+    // names of its methods, by code from 1 on, are for tools and are not copied.
     static AIBinder_Class* defineClass(const char* descriptor, AIBinder_Class_onTransact onTransact) {
+        return defineClass(descriptor, onTransact, nullptr, 0);
+    }
+    static AIBinder_Class* defineClass(const char* descriptor, AIBinder_Class_onTransact onTransact,
+                                       const char** codeToFunction, size_t functionCount) {
         AIBinder_Class* clazz = AIBinder_Class_define(descriptor, onCreate, onDestroy, onTransact);
-        if (clazz != nullptr) AIBinder_Class_setOnDump(clazz, onDump);
+        if (clazz == nullptr) return nullptr;
+        AIBinder_Class_setOnDump(clazz, onDump);
+        AIBinder_Class_setTransactionCodeToFunctionNameMap(clazz, codeToFunction, functionCount);
         return clazz;
     }
 
-    // The implementation of a local object whose class defineClass made. Valid as long as `binder`.
+    // The implementation of a local object whose class defineClass made, null for a remote one. Valid as long as
+    // `binder`.
     static std::shared_ptr<ICInterface> asInterface(AIBinder* binder) {
-        return static_cast<Data*>(AIBinder_getUserData(binder))->interface;
+        const auto* const data = static_cast<const Data*>(AIBinder_getUserData(binder));
+        return data == nullptr ? nullptr : data->interface;
     }
 
 private:
@@ -126,6 +145,7 @@ public:
     explicit BpCInterface(const SpAIBinder& binder) : mBinder(binder) {}
 
     SpAIBinder asBinder() final { return mBinder; }
+    [[nodiscard]] const SpAIBinder& asBinderReference() const { return mBinder; }
     bool isRemote() final { return AIBinder_isRemote(mBinder.get()); }
     binder_status_t dump(int fd, const char** args, uint32_t numArgs) override {
         return AIBinder_dump(mBinder.get(), fd, args, numArgs);

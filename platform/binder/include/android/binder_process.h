@@ -10,10 +10,11 @@
 extern "C" {
 #endif
 
-// How many threads may serve at once, those that joined not counted. 15 when never called. False once started.
+// How many threads are started on demand, beyond the one that startThreadPool starts. 15 when never called; with 0 that
+// one serves. False once started.
 bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads);
 void ABinderProcess_startThreadPool(void);
-// Makes the calling thread one of them; it does not return.
+// Makes the calling thread one more of them; it does not return.
 void ABinderProcess_joinThreadPool(void);
 
 #ifdef __cplusplus

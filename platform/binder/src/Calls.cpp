@@ -1,0 +1,91 @@
+#include "Calls.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "CallContext.h"
+#include "Log.h"
+#include "Session.h"
+
+namespace binder {
+
+binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t target, uint32_t code, AParcel& parcel) {
+    binder_status_t status = STATUS_OK;
+    if (Stream* const waiting = CallContext::streamOf(*session)) {
+        const bool isSent = sendAll(waiting->fd(), parcel.frame(FrameKind::Call, target, code));
+        return isSent && waiting->await(session, parcel, status) ? status : session->onLost();
+    }
+    std::unique_ptr<Stream> stream;
+    status = acquire(*session, stream);
+    if (status != STATUS_OK) return status;
+    if (send(*stream, parcel.frame(FrameKind::Call, target, code)) && stream->await(session, parcel, status)) {
+        giveBack(std::move(stream));
+        return status;
+    }
+    drop(std::move(stream));
+    return session->onLost();
+}
+
+bool Calls::send(Stream& stream, Bytes frame) {
+    if (frame.size() <= kLargeCall) return sendAll(stream.fd(), frame);
+    const Lock lock(mLargeLock);
+    return sendAll(stream.fd(), frame);
+}
+
+binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
+    Lock lock(mLock);
+    if (mIdle.empty() && mOpen < kMaxCalls && !mEnded) {
+        ++mOpen;
+        lock.unlock();
+        stream = open(session);
+        lock.lock();
+        if (stream == nullptr) --mOpen;
+    }
+    // Another thread gives its connection back.
+    while (stream == nullptr && mIdle.empty() && mOpen != 0 && !mEnded) lock.wait(mChanged);
+    if (mEnded) return STATUS_DEAD_OBJECT;
+    if (stream == nullptr && mIdle.empty()) return STATUS_FAILED_TRANSACTION;
+    if (stream == nullptr) {
+        stream = std::move(mIdle.back());
+        mIdle.pop_back();
+    }
+    mUsed.push_back(stream.get());
+    return STATUS_OK;
+}
+
+std::unique_ptr<Stream> Calls::open(Session& session) {
+    auto [own, peers] = socketPair();
+    if (!own.isValid()) {
+        warn("no new connection to process %d: %s", session.peer().pid, strerror(errno));
+        return nullptr;
+    }
+    constexpr pid_t kUncounted = -1;
+    return session.pass(std::move(peers)) ? std::make_unique<Stream>(std::move(own), kUncounted) : nullptr;
+}
+
+void Calls::giveBack(std::unique_ptr<Stream> stream) {
+    const Lock lock(mLock);
+    std::erase(mUsed, stream.get());
+    if (mEnded) return;
+    mIdle.push_back(std::move(stream));
+    mChanged.notify_one();
+}
+
+void Calls::drop(std::unique_ptr<Stream> stream) {
+    const Lock lock(mLock);
+    std::erase(mUsed, stream.get());
+    --mOpen;
+    mChanged.notify_all();
+}
+
+void Calls::end() {
+    std::vector<std::unique_ptr<Stream>> idle;  // destroyed without the lock
+    const Lock lock(mLock);
+    mEnded = true;
+    idle.swap(mIdle);
+    for (const Stream* each : mUsed) shutdown(each->fd().get(), SHUT_RDWR);
+    mChanged.notify_all();
+}
+
+}  // namespace binder

@@ -1,0 +1,82 @@
+#include "FrameBuffer.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "Socket.h"
+
+namespace binder {
+
+FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, int flags) {
+    return fillWith(scratch, flags == 0, [&](size_t room) {
+        const ssize_t received = receiveSome(mFd, mEnd, room, flags);
+        mIsDry = received >= 0 && static_cast<size_t>(received) < room;
+        return received;
+    });
+}
+
+FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, std::vector<UniqueFd>& passed) {
+    return fillWith(scratch, false, [&](size_t room) {
+        const size_t before = passed.size();
+        const ssize_t received = receiveWith(mFd, mEnd, room, passed);
+        mIsDry = received >= 0 && static_cast<size_t>(received) < room && passed.size() == before;
+        return received;
+    });
+}
+
+template <typename Receive>
+FrameBuffer::Result FrameBuffer::fillWith(Scratch& scratch, bool waits, Receive receive) {
+    for (;;) {
+        if (const Result found = look(); found != Result::Again) return found;
+        if (mIsDry && !mIsEnding && !waits) return Result::Again;
+        const ssize_t received = receive(makeRoom(scratch));
+        if (received == 0) return Result::Closed;
+        if (received < 0) return errno == EAGAIN || errno == EWOULDBLOCK ? Result::Again : Result::Closed;
+        mEnd += received;
+    }
+}
+
+FrameBuffer::Result FrameBuffer::look() {
+    if (size() < sizeof(mHeader)) return Result::Again;
+    memcpy(&mHeader, mBegin, sizeof(mHeader));
+    if (!mHeader.isSane()) return Result::Malformed;
+    return size() < mHeader.size ? Result::Again : Result::Frame;
+}
+
+void FrameBuffer::take(AParcel& parcel) {
+    parcel.assign(mBegin + sizeof(mHeader), mHeader.dataSize(), mHeader.objects);
+    mBegin += mHeader.size;
+}
+
+size_t FrameBuffer::makeRoom(Scratch& scratch) {
+    if (size() == 0) {
+        mKept.reset();
+        mBegin = mEnd = scratch.data();
+        return scratch.size();
+    }
+    // A frame longer than the scratch memory makes room grow as its bytes arrive, not as its header claims.
+    if (mKept == nullptr || mEnd == mKept.get() + mCapacity) moveTo(std::max(scratch.size(), 4 * size()));
+    return static_cast<size_t>(mKept.get() + mCapacity - mEnd);
+}
+
+void FrameBuffer::moveTo(size_t capacity) {
+    std::unique_ptr<uint8_t[]> larger(new uint8_t[capacity]);
+    memcpy(larger.get(), mBegin, size());
+    mEnd = larger.get() + size();
+    mBegin = larger.get();
+    mKept = std::move(larger);
+    mCapacity = capacity;
+}
+
+void FrameBuffer::keep() {
+    if (size() == 0) {
+        mKept.reset();
+    } else if (mKept == nullptr) {
+        moveTo(std::max(size(), sizeof(Scratch)));
+    }
+    mHalfSent.set(size());
+}
+
+}  // namespace binder

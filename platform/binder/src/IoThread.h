@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+
+#include "Mutex.h"
+#include "Poller.h"
+
+namespace binder {
+
+// The one thread that waits for what no call waits for: names, hellos, output that a peer does not read yet, time. It
+// runs no user's code and never blocks on a peer. Thread: any.
+class IoThread {
+public:
+    // Milliseconds until it wants to run next; negative: when something else happens.
+    using Ticker = int (*)();
+
+    static IoThread& instance();
+
+    // Starts the thread unless it runs. False, with errno, when the system refuses; nothing else may be called then.
+    [[nodiscard]] bool start();
+    [[nodiscard]] Poller& poller() { return mPoller; }
+    // To be called by the thread whenever it woke up. There may be four.
+    void addTicker(Ticker ticker);
+    // Makes it ask its tickers again.
+    void wake() const;
+
+private:
+    [[noreturn]] void run();
+    [[nodiscard]] int tick();
+
+    Poller mPoller;
+    std::shared_ptr<Pollable> mWake;
+    Mutex mLock;
+    bool mStarted GUARDED_BY(mLock) = false;
+    std::array<std::atomic<Ticker>, 4> mTickers{};
+};
+
+// Starts a thread of this library; 0, or the error.
+[[nodiscard]] int startThread(const char* name, void* (*body)(void*), void* argument);
+
+}  // namespace binder

@@ -1,0 +1,67 @@
+#include "Log.h"
+
+#include <android/log.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdarg>
+#include <cstdio>
+#include <functional>
+#include <string_view>
+
+#include "Mutex.h"
+
+namespace binder {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::seconds kQuiet{1};
+
+struct Line {
+    size_t hash = 0;
+    Clock::time_point when;
+};
+
+Mutex sLock;
+std::array<Line, 32> sRecent GUARDED_BY(sLock);
+
+// Whether the line was not written during the last second. A line more than there are places for is written.
+bool isNews(std::string_view text) {
+    const size_t hash = std::hash<std::string_view>()(text);
+    const auto now = Clock::now();
+    const Lock lock(sLock);
+    for (Line& each : sRecent) {
+        if (each.hash != hash) continue;
+        if (now - each.when < kQuiet) return false;
+        each.when = now;
+        return true;
+    }
+    *std::min_element(sRecent.begin(), sRecent.end(), [](const Line& a, const Line& b) { return a.when < b.when; }) = {
+        hash, now};
+    return true;
+}
+
+void write(android_LogPriority priority, const char* format, va_list arguments) {
+    std::array<char, 512> text{};
+    vsnprintf(text.data(), text.size(), format, arguments);
+    if (isNews(text.data())) __android_log_write(priority, "Binder", text.data());
+}
+
+}  // namespace
+
+void warn(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    write(ANDROID_LOG_WARN, format, arguments);
+    va_end(arguments);
+}
+
+void info(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    write(ANDROID_LOG_INFO, format, arguments);
+    va_end(arguments);
+}
+
+}  // namespace binder

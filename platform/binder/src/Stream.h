@@ -1,0 +1,43 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "FrameBuffer.h"
+#include "Socket.h"
+
+namespace binder {
+
+class Session;
+
+// One end of a call connection: calls and replies alternate on it, in both directions. One thread at a time owns it.
+class Stream {
+public:
+    // Half sent frames are counted for process `pid`; -1: not counted.
+    Stream(UniqueFd fd, pid_t pid) : mFd(std::move(fd)), mBuffer(mFd, pid) {}
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
+
+    [[nodiscard]] const UniqueFd& fd() const { return mFd; }
+
+    using Result = FrameBuffer::Result;
+    // The next frame: a reply goes to `reply`, anything else to `call`. Waits for it with `flags` 0, not with
+    // MSG_DONTWAIT.
+    [[nodiscard]] Result read(FrameHeader& header, AParcel& call, AParcel& reply, int flags);
+
+    // Runs a call that was read and gives the frame to answer with, which lies in `out`; none, and the session is
+    // ended, when the peer cannot mean it.
+    [[nodiscard]] Bytes run(const std::shared_ptr<Session>& session, const FrameHeader& header, AParcel& in,
+                            AParcel& out);
+    // Waits for the reply to a call that was sent, and runs the calls that come back meanwhile. `parcel` is the call,
+    // whose objects stay referenced until then, and becomes the reply. False when the connection is lost.
+    [[nodiscard]] bool await(const std::shared_ptr<Session>& session, AParcel& parcel, binder_status_t& status);
+
+private:
+    const UniqueFd mFd;
+    FrameBuffer mBuffer;
+    // Of the peer's own objects in the last reply: they stay referenced until the peer has read it.
+    std::vector<ndk::SpAIBinder> mReplied;
+};
+
+}  // namespace binder
