@@ -58,7 +58,7 @@ private:
         if (mHello.protocol != kProtocol) return refuseAll("speaks another protocol");
         switch (mHello.kind) {
             case HelloKind::Identify:
-                return reply({kProtocol, 0, 0, processKey()});
+                return reply(mFd, {kProtocol, 0, 0, processKey()}) || refuseAll(kDeaf);
             case HelloKind::Open:
                 return open();
             case HelloKind::Root:
@@ -74,23 +74,28 @@ private:
             return refuseAll("opens a session without channels");
         if (Session::find(mHello.process, mPeer.pid) != nullptr) return refuseAll("has a session already");
         const Session::Peer peer{mHello.process, mPeer.pid, mPeer.uid};
-        if (Session::open(peer, std::move(passed[0]), std::move(passed[1])) != nullptr)
-            return reply({kProtocol, 0, 0, processKey()});
-        return refuseAll(errno == EUSERS ? "has too many sessions" : strerror(errno));
+        const auto keepsThis = shared_from_this();
+        close();  // here; what was accepted becomes the control socket
+        const auto session = Session::open(peer, std::move(mFd), std::move(passed[0]), std::move(passed[1]));
+        if (session == nullptr) return refuseAll(errno == EUSERS ? "has too many sessions" : strerror(errno));
+        if (!reply(session->control().socket(), rootIn(*session))) session->end(kDeaf);
+        return false;
     }
 
     bool sendRoot() {
         const auto session = Session::find(mHello.process, mPeer.pid);
-        const ndk::SpAIBinder root = registeredHere(mName);
-        if (session == nullptr || root.get() == nullptr) return refuseAll("has no session");
-        const uint32_t id = session->objects().send(root.get());
-        return reply({kProtocol, id, root.get()->clazz()->descriptorHash, processKey()});
+        if (session == nullptr) return refuseAll("has no session");
+        return reply(mFd, rootIn(*session)) || refuseAll(kDeaf);
     }
 
-    bool reply(const HelloReply& reply) {
+    [[nodiscard]] HelloReply rootIn(Session& session) const {
+        const ndk::SpAIBinder root = registeredHere(mName);
+        return {kProtocol, session.objects().send(root.get()), root.get()->clazz()->descriptorHash, processKey()};
+    }
+
+    static bool reply(const UniqueFd& fd, const HelloReply& reply) {
         const Bytes bytes(reinterpret_cast<const uint8_t*>(&reply), sizeof(reply));
-        if (sendSome(mFd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size())) return true;
-        return refuseAll("does not read the answer to its hello");
+        return sendSome(fd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
     }
 
     bool refuseAll(const char* reason) {
@@ -104,7 +109,9 @@ private:
         return false;
     }
 
-    const UniqueFd mFd;
+    static constexpr const char* kDeaf = "does not read the answer to its hello";
+
+    UniqueFd mFd;
     const ucred mPeer;
     const std::string mName;
     const Charge mCharge;

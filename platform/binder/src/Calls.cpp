@@ -61,7 +61,7 @@ std::unique_ptr<Stream> Calls::open(Session& session) {
         return nullptr;
     }
     constexpr pid_t kUncounted = -1;
-    return session.pass(std::move(peers)) ? std::make_unique<Stream>(std::move(own), kUncounted) : nullptr;
+    return session.control().pass(peers) ? std::make_unique<Stream>(std::move(own), kUncounted) : nullptr;
 }
 
 void Calls::giveBack(std::unique_ptr<Stream> stream) {

@@ -5,12 +5,13 @@
 // A client connects to the socket of a name and says hellos. With Open it hands over two sockets, and the two processes
 // have a session:
 //
-//   channel  one for each direction: oneway calls, reference counts, new connections; its reader sends back how many
-//            bytes of oneway calls have run. The end of a channel is the end of the session.
-//   call     a socket pair, one end passed over the channel: calls of its opener, their replies, and in between the
-//            calls that come back from whoever serves the call
+//   control  where Open was said: brings call connections, in both directions
+//   channel  one for each direction: oneway calls and reference counts; its reader sends back how many bytes of oneway
+//            calls have run. The end of a channel is the end of the session.
+//   call     a socket pair, one end passed over the control socket: calls of its opener, their replies, and in between
+//            the calls that come back from whoever serves the call
 //
-// Both carry frames: a header, the parcel's data, the offsets of the objects in that data.
+// All carry frames: a header, the parcel's data, the offsets of the objects in that data.
 
 #include <array>
 #include <cstddef>
@@ -27,11 +28,11 @@ inline constexpr uint32_t kProtocol = 0x42640002;
 
 enum class HelloKind : uint32_t {
     Identify = 1,  // which process serves this name?
-    Open = 2,      // a session; brings the opener's channel and the one back to it
-    Root = 3,      // the object of this name
+    Open = 2,      // a session, and the object of this name; brings the opener's channel and the one back to it
+    Root = 3,      // the object of this name, in the session of the two processes
 };
 
-// `process` is the sender's own. Each hello is answered, and another one may follow.
+// `process` is the sender's own. Each hello is answered. Another one may follow, but none follows Open.
 struct Hello {
     uint32_t protocol;
     HelloKind kind;
@@ -41,7 +42,7 @@ static_assert(sizeof(Hello) == 24);
 
 struct HelloReply {
     uint32_t protocol;
-    uint32_t object;      // of Root
+    uint32_t object;      // of Open and Root
     uint64_t descriptor;  // of the object; see FlatObject
     Key process;          // the server's
 };
@@ -50,9 +51,9 @@ static_assert(sizeof(HelloReply) == 32);
 enum class FrameKind : uint16_t {
     Call = 1,        // on call connections
     Reply = 2,       // `code` is the status; data only with STATUS_OK
-    Oneway = 3,      // on channels, like all below
+    Oneway = 3,      // on channels
     Release = 4,     // gives `code` references of the receiver's object `target` back
-    Connection = 5,  // brings the receiver's end of a call connection
+    Connection = 5,  // on the control socket: brings the receiver's end of a call connection
 };
 
 struct FrameHeader {

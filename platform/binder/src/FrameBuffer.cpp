@@ -10,31 +10,15 @@
 namespace binder {
 
 FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, int flags) {
-    return fillWith(scratch, flags == 0, [&](size_t room) {
-        const ssize_t received = receiveSome(mFd, mEnd, room, flags);
-        mIsDry = received >= 0 && static_cast<size_t>(received) < room;
-        return received;
-    });
-}
-
-FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, std::vector<UniqueFd>& passed) {
-    return fillWith(scratch, false, [&](size_t room) {
-        const size_t before = passed.size();
-        const ssize_t received = receiveWith(mFd, mEnd, room, passed);
-        mIsDry = received >= 0 && static_cast<size_t>(received) < room && passed.size() == before;
-        return received;
-    });
-}
-
-template <typename Receive>
-FrameBuffer::Result FrameBuffer::fillWith(Scratch& scratch, bool waits, Receive receive) {
     for (;;) {
         if (const Result found = look(); found != Result::Again) return found;
-        if (mIsDry && !mIsEnding && !waits) return Result::Again;
-        const ssize_t received = receive(makeRoom(scratch));
+        if (mIsDry && !mIsEnding && flags != 0) return Result::Again;
+        const size_t room = makeRoom(scratch);
+        const ssize_t received = receiveSome(mFd, mEnd, room, flags);
         if (received == 0) return Result::Closed;
         if (received < 0) return errno == EAGAIN || errno == EWOULDBLOCK ? Result::Again : Result::Closed;
         mEnd += received;
+        mIsDry = static_cast<size_t>(received) < room;
     }
 }
 

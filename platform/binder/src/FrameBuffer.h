@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "Frame.h"
 #include "Parcel.h"
@@ -31,8 +30,6 @@ public:
     // Reads until a whole frame is in front; Again when the socket holds no more. Waits for one with `flags` 0, not
     // with MSG_DONTWAIT. Throws std::bad_alloc.
     [[nodiscard]] Result fill(Scratch& scratch, int flags);
-    // The same without waiting, with the descriptors that come along.
-    [[nodiscard]] Result fill(Scratch& scratch, std::vector<UniqueFd>& passed);
 
     // The frame in front, when fill() said that there is one.
     [[nodiscard]] const FrameHeader& header() const { return mHeader; }
@@ -42,8 +39,6 @@ public:
     void keep();
 
 private:
-    template <typename Receive>
-    [[nodiscard]] Result fillWith(Scratch& scratch, bool waits, Receive receive);
     [[nodiscard]] Result look();
     [[nodiscard]] size_t size() const { return static_cast<size_t>(mEnd - mBegin); }
     // How much fits behind what is there.

@@ -5,8 +5,6 @@
 #include <utility>
 
 #include "LocalBinder.h"
-#include "Log.h"
-#include "ServedConnection.h"
 #include "Session.h"
 #include "ThreadPool.h"
 
@@ -100,7 +98,7 @@ void Inbox::next(FrameBuffer::Scratch& scratch, Work& work) {
 
 void Inbox::takeAll(FrameBuffer::Scratch& scratch, Work& work) {
     while (!mSession.hasFailed()) {
-        switch (mBuffer.fill(scratch, mPassed)) {
+        switch (mBuffer.fill(scratch, MSG_DONTWAIT)) {
             case FrameBuffer::Result::Frame:
                 if (!take(work)) return;
                 break;
@@ -132,8 +130,6 @@ bool Inbox::take(Work& work) {
             return takeOneway(work);
         case FrameKind::Release:
             return takeRelease(work);
-        case FrameKind::Connection:
-            return takeConnection(work);
         default:
             return work.refuse("sent a call on its channel");
     }
@@ -169,21 +165,6 @@ bool Inbox::takeRelease(Work& work) {
     if (!mSession.objects().release(header.target, header.code, dropped))
         return work.refuse("gives back references it does not have");
     if (dropped.get() != nullptr) work.dropped.push_back(std::move(dropped));
-    return true;
-}
-
-bool Inbox::takeConnection(Work& work) {
-    AParcel nothing;
-    mBuffer.take(nothing);
-    if (mPassed.empty()) {
-        warn("a connection of process %d is lost: no descriptors", mSession.peer().pid);
-        return true;
-    }
-    UniqueFd fd = std::move(mPassed.front());
-    mPassed.erase(mPassed.begin());
-    if (!isStreamOf(fd, mSession.peer().pid)) return work.refuse("passed something else than a connection");
-    if (!ServedConnection::start(work.session, std::move(fd)))
-        warn("a connection of process %d is refused", mSession.peer().pid);
     return true;
 }
 

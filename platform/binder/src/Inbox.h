@@ -3,7 +3,6 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "FrameBuffer.h"
 #include "Mutex.h"
@@ -39,7 +38,6 @@ private:
     [[nodiscard]] bool take(Work& work) REQUIRES(mLock);
     [[nodiscard]] bool takeOneway(Work& work) REQUIRES(mLock);
     [[nodiscard]] bool takeRelease(Work& work) REQUIRES(mLock);
-    [[nodiscard]] bool takeConnection(Work& work) REQUIRES(mLock);
     void handOn(bool isMore) REQUIRES(mLock);
 
     Session& mSession;
@@ -48,7 +46,6 @@ private:
 
     Mutex mLock;
     FrameBuffer mBuffer GUARDED_BY(mLock);
-    std::vector<UniqueFd> mPassed GUARDED_BY(mLock);  // not claimed by a frame yet
     bool mIsHandedOn GUARDED_BY(mLock) = false;
     uint64_t mTaken GUARDED_BY(mLock) = 0;  // bytes of oneway calls, as the peer counts them
     std::atomic<uint64_t> mRun{0};

@@ -15,7 +15,7 @@
 namespace binder {
 namespace {
 
-// Oneway calls in a chunk that are not written whole.
+// Oneway calls that end behind `begin`.
 uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
     uint64_t calls = 0;
     FrameHeader header{};
@@ -41,39 +41,31 @@ binder_status_t Outbox::post(Bytes frame) {
         return STATUS_FAILED_TRANSACTION;
     }
     if (mLost != 0) reportLost();
-    if (!write(frame, UniqueFd())) return STATUS_DEAD_OBJECT;
+    if (!write(frame)) return STATUS_DEAD_OBJECT;
     mPosted += cost;
     return STATUS_OK;
 }
 
-bool Outbox::send(Bytes frame, UniqueFd passed) {
+bool Outbox::send(Bytes frame) {
     const Lock lock(mLock);
     if (mEnded) return false;
-    if (mQueued <= kMaxUnread) return write(frame, std::move(passed));
+    if (mQueue.size() <= kMaxUnread) return write(frame);
     warn("process %d does not read what is given back to it", mPid);
     return false;
 }
 
-bool Outbox::write(Bytes frame, UniqueFd passed) {
-    ssize_t sent = 0;
+bool Outbox::write(Bytes frame) {
+    size_t sent = 0;
     if (mQueue.empty()) {
-        sent = writeSome(frame, passed);
-        if (sent < 0) return false;
-        if (static_cast<size_t>(sent) == frame.size()) return true;
+        const ssize_t some = sendSome(mFd, frame, MSG_DONTWAIT);
+        if (some < 0) return false;
+        sent = static_cast<size_t>(some);
+        if (sent == frame.size()) return true;
         if (!watch()) return false;
+        mWritten = sent;
     }
-    if (mQueue.empty() || passed.isValid()) mQueue.push_back({{}, static_cast<size_t>(sent), std::move(passed)});
-    auto& bytes = mQueue.back().bytes;
-    bytes.insert(bytes.end(), frame.begin(), frame.end());
-    mQueued += frame.size() - static_cast<size_t>(sent);
+    mQueue.insert(mQueue.end(), frame.begin(), frame.end());
     return true;
-}
-
-ssize_t Outbox::writeSome(Bytes bytes, UniqueFd& passed) {
-    if (!passed.isValid()) return sendSome(mFd, bytes, MSG_DONTWAIT);
-    const ssize_t sent = sendWith(mFd, bytes, {passed.get()}, MSG_DONTWAIT);
-    if (sent > 0) passed = UniqueFd();
-    return sent;
 }
 
 bool Outbox::watch() {
@@ -94,14 +86,12 @@ void Outbox::onReady(uint32_t) {
 
 // False when the connection is lost.
 bool Outbox::flush() {
-    while (!mQueue.empty()) {
-        Chunk& chunk = mQueue.front();
-        const ssize_t sent = writeSome(Bytes(chunk.bytes.data(), chunk.bytes.size()).substr(chunk.begin), chunk.passed);
-        if (sent < 0) return false;
-        if (sent == 0) break;
-        chunk.begin += static_cast<size_t>(sent);
-        mQueued -= static_cast<size_t>(sent);
-        if (chunk.begin == chunk.bytes.size()) mQueue.pop_front();
+    const ssize_t sent = sendSome(mFd, Bytes(mQueue.data(), mQueue.size()).substr(mWritten), MSG_DONTWAIT);
+    if (sent < 0) return false;
+    mWritten += static_cast<size_t>(sent);
+    if (mWritten == mQueue.size()) {
+        std::vector<uint8_t>().swap(mQueue);
+        mWritten = 0;
     }
     return true;
 }
@@ -134,14 +124,13 @@ void Outbox::reportLost() {
 }
 
 void Outbox::end() {
-    std::deque<Chunk> dropped;
     PollKey key = 0;
     {
         const Lock lock(mLock);
         mEnded = true;
         key = std::exchange(mKey, 0);
-        dropped.swap(mQueue);
-        for (const Chunk& each : dropped) mLost += callsIn(each.bytes, each.begin);
+        mLost += callsIn(mQueue, mWritten);
+        std::vector<uint8_t>().swap(mQueue);
         if (mLost != 0) reportLost();
     }
     shutdown(mFd.get(), SHUT_RDWR);

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -15,7 +14,7 @@
 
 namespace binder {
 
-// The channel to a peer: oneway calls, references given back, new call connections, in the order in which they were
+// The channel to a peer: oneway calls, references given back, in the order in which they were
 // sent. It never waits: what the socket does not take is queued and written by the I/O thread. Thread: any.
 class Outbox final : public Pollable, public std::enable_shared_from_this<Outbox> {
 public:
@@ -24,8 +23,8 @@ public:
     // A oneway call. STATUS_FAILED_TRANSACTION when too many of its calls have not run, STATUS_DEAD_OBJECT when the
     // peer is gone.
     [[nodiscard]] binder_status_t post(Bytes frame);
-    // Anything else; `passed` goes along. False when the peer is gone, or lets too much wait.
-    [[nodiscard]] bool send(Bytes frame, UniqueFd passed = UniqueFd());
+    // Anything else. False when the peer is gone, or lets too much wait.
+    [[nodiscard]] bool send(Bytes frame);
 
     // Whether the peer's process ends within this time.
     [[nodiscard]] bool isPeerGone(std::chrono::milliseconds within) const;
@@ -37,16 +36,8 @@ public:
     void onNoMemory() override { end(); }
 
 private:
-    // What is written together.
-    struct Chunk {
-        std::vector<uint8_t> bytes;
-        size_t begin = 0;  // of what is not written
-        UniqueFd passed;   // goes with the first byte
-    };
-
-    [[nodiscard]] bool write(Bytes frame, UniqueFd passed) REQUIRES(mLock);
+    [[nodiscard]] bool write(Bytes frame) REQUIRES(mLock);
     [[nodiscard]] bool flush() REQUIRES(mLock);
-    [[nodiscard]] ssize_t writeSome(Bytes bytes, UniqueFd& passed) REQUIRES(mLock);
     [[nodiscard]] bool watch() REQUIRES(mLock);
     void readAcks() REQUIRES(mLock);
     void reportLost() REQUIRES(mLock);
@@ -57,9 +48,9 @@ private:
     Mutex mLock;
     bool mEnded GUARDED_BY(mLock) = false;
     PollKey mKey GUARDED_BY(mLock) = 0;
-    std::deque<Chunk> mQueue GUARDED_BY(mLock);
-    size_t mQueued GUARDED_BY(mLock) = 0;    // bytes in it
-    uint64_t mPosted GUARDED_BY(mLock) = 0;  // bytes of oneway calls
+    std::vector<uint8_t> mQueue GUARDED_BY(mLock);  // frames of which the last is not written whole
+    size_t mWritten GUARDED_BY(mLock) = 0;          // of the queue
+    uint64_t mPosted GUARDED_BY(mLock) = 0;         // bytes of oneway calls
     Ack mAcked GUARDED_BY(mLock) = 0;
     std::vector<uint8_t> mAckBytes GUARDED_BY(mLock);
     uint64_t mLost GUARDED_BY(mLock) = 0;  // oneway calls

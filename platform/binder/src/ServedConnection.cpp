@@ -12,7 +12,7 @@
 namespace binder {
 namespace {
 
-constexpr uint32_t kCall = EPOLLIN | EPOLLRDHUP | EPOLLONESHOT;
+constexpr uint32_t kCall = EPOLLIN | EPOLLRDHUP | EPOLLET;
 constexpr uint32_t kRoom = EPOLLOUT | EPOLLONESHOT;
 
 }  // namespace
@@ -35,10 +35,7 @@ void ServedConnection::shutdown() {
 }
 
 void ServedConnection::onReady(uint32_t) {
-    mReply.empty() ? serve() : flush();
-}
-
-void ServedConnection::serve() {
+    if (mIsOwned.exchange(true, std::memory_order_acquire)) return;
     FrameHeader header{};
     AParcel in;
     switch (mStream.read(header, in, in, MSG_DONTWAIT)) {
@@ -48,7 +45,7 @@ void ServedConnection::serve() {
             return reply.empty() ? close() : answer(reply);
         }
         case Stream::Result::Again:
-            return arm();
+            return release();
         case Stream::Result::Closed:
             return close();
         case Stream::Result::Malformed:
@@ -57,30 +54,44 @@ void ServedConnection::serve() {
     }
 }
 
+// The peer may send its next call as soon as it has the reply, and another thread take it: nothing is touched then.
 void ServedConnection::answer(Bytes reply) {
+    mIsOwned.store(false, std::memory_order_release);
     const ssize_t sent = sendSome(mStream.fd(), reply, MSG_DONTWAIT);
+    if (sent == static_cast<ssize_t>(reply.size())) return;
+    const int reason = errno;
+    const bool isTaken = mIsOwned.exchange(true, std::memory_order_acquire);
+    if (isTaken) return sent < 0 ? void() : mSession->end("calls before it has read its reply");
+    errno = reason;
     if (sent < 0) return lose("cannot be answered");
     mReply.assign(reply.begin() + sent, reply.end());
     mWritten = 0;
-    arm();
+    if (!awaitRoom()) lose("cannot be answered");
 }
 
 void ServedConnection::flush() {
     const ssize_t sent = sendSome(mStream.fd(), Bytes(mReply.data(), mReply.size()).substr(mWritten), MSG_DONTWAIT);
     if (sent < 0) return lose("cannot be answered");
     mWritten += static_cast<size_t>(sent);
-    if (mWritten == mReply.size()) std::vector<uint8_t>().swap(mReply);
-    arm();
+    if (mWritten == mReply.size()) {
+        std::vector<uint8_t>().swap(mReply);
+        release();
+    } else if (!awaitRoom()) {
+        lose("cannot be answered");
+    }
 }
 
-void ServedConnection::arm() {
-    if (mReply.empty() ? ThreadPool::instance().poller().arm(mKey, kCall) : armFlush()) return;
-    lose("cannot be listened to");
-}
-
-bool ServedConnection::armFlush() {
+bool ServedConnection::awaitRoom() {
     Poller& poller = IoThread::instance().poller();
-    return mFlushKey != 0 ? poller.arm(mFlushKey, kRoom) : poller.add(shared_from_this(), kRoom, mFlushKey);
+    if (mFlushKey != 0) return poller.arm(mFlushKey, kRoom);
+    return poller.add(std::shared_ptr<Flusher>(shared_from_this(), &mFlusher), kRoom, mFlushKey);
+}
+
+// Asks for an event for what arrived while this thread was the owner, and nobody else cared.
+void ServedConnection::release() {
+    mIsOwned.store(false, std::memory_order_release);
+    if (ThreadPool::instance().poller().arm(mKey, kCall)) return;
+    if (!mIsOwned.exchange(true, std::memory_order_acquire)) lose("cannot be listened to");
 }
 
 // A peer that has died needs no line.
@@ -96,6 +107,7 @@ void ServedConnection::onNoMemory() {
     close();
 }
 
+// For good: the owner stays the owner.
 void ServedConnection::close() {
     mSession->removeServed(*this);
     shutdown();

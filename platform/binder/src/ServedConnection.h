@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -10,8 +11,9 @@
 
 namespace binder {
 
-// A connection on which a peer calls. It belongs to the binder thread that its poller woke, until that one has
-// answered; then to the poller again, or to the I/O thread while the peer does not read its reply. Thread: binder.
+// A connection on which a peer calls. The binder thread that takes it when a call arrives owns it until the reply is on
+// its way, or the I/O thread while the peer does not read its reply. What arrives meanwhile is the owner's, too: other
+// threads leave it alone. Thread: binder.
 class ServedConnection final : public Pollable, public std::enable_shared_from_this<ServedConnection> {
 public:
     // False when the peer has too many, the session has ended, or the system refuses.
@@ -26,20 +28,32 @@ public:
     void onNoMemory() override;
 
 private:
-    void serve();
+    // Writes the rest of a reply, on the I/O thread.
+    struct Flusher final : public Pollable {
+        explicit Flusher(ServedConnection& connection) : owner(connection) {}
+        [[nodiscard]] int fd() const override { return owner.fd(); }
+        void onReady(uint32_t) override { owner.flush(); }
+        void onNoMemory() override {}
+        ServedConnection& owner;
+    };
+
     void answer(Bytes reply);
     void flush();
-    // Waits for the next call, or until more of the reply can be written.
-    void arm();
-    [[nodiscard]] bool armFlush();
+    [[nodiscard]] bool awaitRoom();
+    // Leaves it to whoever is woken next.
+    void release();
     void lose(const char* what);
     void close();
 
     const std::shared_ptr<Session> mSession;
     const Charge mCharge;
+    PollKey mKey = 0;
+    std::atomic<bool> mIsOwned{false};
+
+    // The owner's.
     Stream mStream;
-    PollKey mKey = 0;             // of the binder threads
-    PollKey mFlushKey = 0;        // of the I/O thread
+    Flusher mFlusher{*this};
+    PollKey mFlushKey = 0;
     std::vector<uint8_t> mReply;  // what the peer has not read yet
     size_t mWritten = 0;
 };

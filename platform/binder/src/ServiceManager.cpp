@@ -112,33 +112,40 @@ std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vec
     return isAnswered && reply.protocol == kProtocol ? std::optional(reply) : std::nullopt;
 }
 
-std::shared_ptr<Session> openSession(const UniqueFd& fd, const Session::Peer& peer) {
+// An object of a peer.
+struct Root {
+    std::shared_ptr<Session> session;
+    std::optional<HelloReply> reply;
+};
+
+Root openSession(UniqueFd fd, const Session::Peer& peer) {
     auto [out, peersIn] = socketPair();
     auto [in, peersOut] = socketPair();
     if (!out.isValid() || !in.isValid()) {
         warn("no session with process %d: %s", peer.pid, strerror(errno));
-        return nullptr;
+        return {};
     }
-    if (!ask(fd, HelloKind::Open, {peersIn.get(), peersOut.get()})) return nullptr;
-    return Session::open(peer, std::move(in), std::move(out));
+    const auto reply = ask(fd, HelloKind::Open, {peersIn.get(), peersOut.get()});
+    if (!reply) return {};
+    return {Session::open(peer, std::move(fd), std::move(in), std::move(out)), reply};
 }
 
-std::shared_ptr<Session> sessionWith(const UniqueFd& fd, const Key& process, const ucred& server) {
+Root findRoot(UniqueFd fd, const Session::Peer& peer) {
     const Lock lock(registry().openLock);
-    auto known = Session::find(process, server.pid);
-    return known != nullptr ? known : openSession(fd, {process, server.pid, server.uid});
+    const auto known = Session::find(peer.process, peer.pid);
+    return known != nullptr ? Root{known, ask(fd, HelloKind::Root)} : openSession(std::move(fd), peer);
 }
 
 ndk::SpAIBinder find(const std::string& name) {
     if (ndk::SpAIBinder own = registeredHere(name); own.get() != nullptr) return own;
-    const UniqueFd fd = NameFolder::connect(name);
+    UniqueFd fd = NameFolder::connect(name);
     const ucred server = peerOf(fd);
     if (server.pid < 0 || !isOpen()) return nullptr;
     const auto identity = ask(fd, HelloKind::Identify);
-    const auto session = identity ? sessionWith(fd, identity->process, server) : nullptr;
-    const auto root = session != nullptr ? ask(fd, HelloKind::Root) : std::nullopt;
-    if (!root || root->object == 0) return nullptr;
-    return session->objects().import(root->object, root->descriptor, session);
+    if (!identity) return nullptr;
+    const Root root = findRoot(std::move(fd), {identity->process, server.pid, server.uid});
+    if (root.session == nullptr || !root.reply || root.reply->object == 0) return nullptr;
+    return root.session->objects().import(root.reply->object, root.reply->descriptor, root.session);
 }
 
 // Blocks until something in the folder changed, or for `time`.

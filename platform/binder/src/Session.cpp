@@ -30,24 +30,26 @@ Bytes bytesOf(const FrameHeader& header) {
 
 }  // namespace
 
-Session::Session(const Peer& peer, UniqueFd in, UniqueFd out, Charge charge)
+Session::Session(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out, Charge charge)
     : mPeer(peer),
       mCharge(std::move(charge)),
       mOut(std::make_shared<Outbox>(std::move(out), peer.pid)),
-      mIn(*this, std::move(in), peer.pid) {}
+      mIn(*this, std::move(in), peer.pid),
+      mControl(*this, std::move(control)) {}
 
-std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd in, UniqueFd out) {
+std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out) {
     auto charge = Charge::take(peer.pid, Cost::Session);
     if (!charge) {
         errno = EUSERS;
         return nullptr;
     }
-    auto session = std::make_shared<Session>(peer, std::move(in), std::move(out), std::move(*charge));
+    auto session =
+        std::make_shared<Session>(peer, std::move(control), std::move(in), std::move(out), std::move(*charge));
     {
         const Lock lock(sessions().lock);
         sessions().all.push_back(session);
     }
-    if (session->mIn.start()) return session;
+    if (session->mControl.start() && session->mIn.start()) return session;
     const int reason = errno;
     session->end();
     errno = reason;
@@ -91,10 +93,6 @@ void Session::release(uint32_t target, uint64_t count) {
     }
 }
 
-bool Session::pass(UniqueFd end) {
-    return mOut->send(bytesOf({sizeof(FrameHeader), FrameKind::Connection, 0, 0, 0}), std::move(end));
-}
-
 binder_status_t Session::onLost() {
     if (isAlive() && !mOut->isPeerGone(kDeathTime)) return STATUS_FAILED_TRANSACTION;
     end();
@@ -127,6 +125,7 @@ void Session::end(const char* breach) {
         const Lock lock(sessions().lock);
         std::erase(sessions().all, self);
     }
+    mControl.end();
     mOut->end();
     mIn.shutdown();
     mCalls.end();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Calls.h"
+#include "Control.h"
 #include "Inbox.h"
 #include "ObjectTable.h"
 #include "Outbox.h"
@@ -19,10 +20,11 @@ class ServedConnection;
 
 // What this process and one other share, from the first contact to the end of a channel.
 //
-//   registry, poller (for its inbox), proxies, served connections --shared--> Session ..weak..> proxies, connections
+//   registry, pollers (for inbox and control socket), proxies, served connections --shared--> Session ..weak..>
+//   proxies, connections
 //
-// end() takes it out of the registry and shuts everything down; the binder thread that reads the inbox to its end takes
-// it out of the poller. Thread: any.
+// end() takes it out of the registry and the I/O thread's poller, and shuts everything down; the binder thread that
+// reads the inbox to its end takes it out of its poller. Thread: any.
 class Session : public std::enable_shared_from_this<Session> {
 public:
     struct Peer {
@@ -33,14 +35,15 @@ public:
 
     // Makes the session known and begins to read. Null, with errno, when the peer has too many (EUSERS) or the system
     // refuses.
-    [[nodiscard]] static std::shared_ptr<Session> open(const Peer& peer, UniqueFd in, UniqueFd out);
+    [[nodiscard]] static std::shared_ptr<Session> open(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out);
     // The living session with this process, or null.
     [[nodiscard]] static std::shared_ptr<Session> find(const Key& process, pid_t pid);
-    Session(const Peer& peer, UniqueFd in, UniqueFd out, Charge charge);
+    Session(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out, Charge charge);
 
     [[nodiscard]] const Peer& peer() const { return mPeer; }
     [[nodiscard]] ObjectTable& objects() { return mObjects; }
     [[nodiscard]] Inbox& inbox() { return mIn; }
+    [[nodiscard]] Control& control() { return mControl; }
     [[nodiscard]] bool isAlive() const { return mAlive.load(std::memory_order_acquire); }
 
     // Turns the call in `parcel` into its reply.
@@ -49,8 +52,6 @@ public:
     [[nodiscard]] binder_status_t post(uint32_t target, uint32_t code, AParcel& parcel);
     // Gives references of the peer's object back.
     void release(uint32_t target, uint64_t count);
-    // Gives the peer its end of a connection for calls; false when it cannot.
-    [[nodiscard]] bool pass(UniqueFd end);
     // A connection broke. STATUS_DEAD_OBJECT, and the session is ended, when the peer died; STATUS_FAILED_TRANSACTION
     // when it is the only one.
     [[nodiscard]] binder_status_t onLost();
@@ -74,6 +75,7 @@ private:
     Calls mCalls;
     const std::shared_ptr<Outbox> mOut;
     Inbox mIn;
+    Control mControl;
     std::atomic<bool> mAlive{true};
     std::atomic<bool> mFailed{false};
     std::atomic<bool> mBuried{false};

@@ -144,23 +144,23 @@ public:
     }
     [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{kProtocol, kind, mKey}); }
 
-    /** A session: a channel for each direction, a connection for calls, and the id of the service's object. */
+    /** A session: the control socket, a channel for each direction, a connection for calls, and the id of the service's
+     * object. */
     void open(bool withCalls = true) {
-        const Fd naming = connect();
+        Fd naming = connect();
         auto [own, services] = pairOfSockets();
         auto [back, servicesBack] = pairOfSockets();
         ASSERT_TRUE(naming.send(hello(HelloKind::Open), {services.get(), servicesBack.get()}));
-        ASSERT_EQ(kProtocol, naming.receive<HelloReply>().protocol);
-        ASSERT_TRUE(naming.send(hello(HelloKind::Root)));
         root = naming.receive<HelloReply>().object;
         ASSERT_NE(0u, root);
+        control = std::move(naming);
         channel = std::move(own);
         incoming = std::move(back);
         if (withCalls) calls = openCalls();
     }
     [[nodiscard]] Fd openCalls() const {
         auto [own, services] = pairOfSockets();
-        EXPECT_TRUE(channel.send(frame(FrameKind::Connection, 0, 0), {services.get()}));
+        EXPECT_TRUE(control.send(frame(FrameKind::Connection, 0, 0), {services.get()}));
         return std::move(own);
     }
     [[nodiscard]] Bytes echoCall(size_t size) const {
@@ -180,6 +180,7 @@ public:
     /** Whether ECHO works. */
     [[nodiscard]] bool isServed() const { return calls.send(echoCall(8)) && calls.receiveData().size() == 12; }
 
+    Fd control;
     Fd channel;
     Fd incoming;
     Fd calls;
@@ -290,6 +291,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         EXPECT_TRUE(bad.calls.isClosed());
         EXPECT_TRUE(bad.channel.isClosed());
         EXPECT_TRUE(bad.incoming.isClosed());
+        EXPECT_TRUE(bad.control.isClosed());
         ASSERT_TRUE(mGood.isServed());
     }
     EXPECT_TRUE(isTold("sent a frame that makes no sense: its connections are closed"));
@@ -299,13 +301,13 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
 TEST_F(HostilePeerTest, Connection_WhenItIsNone_ThenThePeerIsCutOffOrTheConnectionLost) {
     RawPeer poor(mFolder);
     poor.open();
-    ASSERT_TRUE(poor.channel.send(frame(FrameKind::Connection, 0, 0)));
+    ASSERT_TRUE(poor.control.send(frame(FrameKind::Connection, 0, 0)));
     const std::string lost = "a connection of process " + std::to_string(getpid()) + " is lost: no descriptors";
     EXPECT_TRUE(mLog.await("Binder", lost));
     EXPECT_TRUE(poor.isServed());
     mBad.open();
     const Fd file(::open("/dev/zero", O_RDWR | O_CLOEXEC));
-    ASSERT_TRUE(mBad.channel.send(frame(FrameKind::Connection, 0, 0), {file.get()}));
+    ASSERT_TRUE(mBad.control.send(frame(FrameKind::Connection, 0, 0), {file.get()}));
     EXPECT_TRUE(mBad.channel.isClosed());
     EXPECT_TRUE(isTold("passed something else than a connection: its connections are closed"));
     EXPECT_TRUE(mGood.isServed());
@@ -390,7 +392,7 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     mBad.open();
     mBad.lend();
     auto ping = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
-    mBad.incoming.receivePassed().close();
+    mBad.control.receivePassed().close();
     EXPECT_EQ(STATUS_FAILED_TRANSACTION, ping.get());
     EXPECT_TRUE(mBad.isServed());
     const Bytes object = bytesOf(FlatObject{ObjectKind::Receivers, 99, 0}) + bytesOf(uint32_t{0});
@@ -400,7 +402,7 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
         bad.open();
         bad.lend();
         auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
-        const Fd connection = bad.incoming.receivePassed();
+        const Fd connection = bad.control.receivePassed();
         EXPECT_EQ(kPingCode, connection.receive<FrameHeader>().code);
         ASSERT_TRUE(connection.send(nonsense));
         EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
