@@ -42,6 +42,8 @@ inline constexpr std::chrono::seconds kHelloTime{2};
 inline constexpr std::chrono::milliseconds kRetryTime{100};
 // Calls wait this long for a binder thread before the log says so.
 inline constexpr std::chrono::seconds kStallTime{1};
+// So long after a change in the folder of names, a process looks whether its own names are there.
+inline constexpr std::chrono::milliseconds kChangeTime{500};
 // After a connection broke, the end of its peer's process shows within this time.
 inline constexpr std::chrono::milliseconds kDeathTime{1000};
 

@@ -77,6 +77,32 @@ struct flock wholeFile() {
     return region;
 }
 
+// Why a folder is not this user's alone, or null.
+const char* troubleWith(const struct stat& status) {
+    if (S_ISLNK(status.st_mode)) return "is a link";
+    if (!S_ISDIR(status.st_mode)) return "is no folder";
+    if (status.st_uid != geteuid()) return "belongs to another user";
+    return (status.st_mode & (S_IRWXG | S_IRWXO)) != 0 ? "is open to other users" : nullptr;
+}
+
+UniqueFd openAt(const std::string& path) {
+    struct stat status {};
+    UniqueFd folder(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder.isValid() || fstat(folder.get(), &status) != 0) {
+        if (errno != ENOENT) warn("the folder of names %s cannot be opened: %s", path.c_str(), strerror(errno));
+        return UniqueFd();
+    }
+    const char* const trouble = troubleWith(status);
+    if (trouble == nullptr) return folder;
+    warn("the folder of names %s %s", path.c_str(), trouble);
+    errno = EPERM;
+    return UniqueFd();
+}
+
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 }  // namespace
 
 bool NameFolder::isName(const char* name) {
@@ -90,17 +116,15 @@ bool NameFolder::isName(const char* name) {
 
 UniqueFd NameFolder::open() {
     const std::string path = folderPath();
-    mkdir(path.c_str(), S_IRWXU);
-    UniqueFd folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
-    if (!folder.isValid() || fstat(folder.get(), &status) != 0) {
-        if (errno != EMFILE) warn("the folder of names %s cannot be opened: %s", path.c_str(), strerror(errno));
+    if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        warn("the folder of names %s cannot be made: %s", path.c_str(), strerror(errno));
         return UniqueFd();
     }
-    if (status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return folder;
-    warn("the folder of names %s must belong to this user and be closed to all others", path.c_str());
-    errno = EPERM;
-    return UniqueFd();
+    return openAt(path);
+}
+
+UniqueFd NameFolder::openExisting() {
+    return openAt(folderPath());
 }
 
 UniqueFd NameFolder::lock(const UniqueFd& folder, std::string_view name) {
@@ -108,6 +132,18 @@ UniqueFd NameFolder::lock(const UniqueFd& folder, std::string_view name) {
         openat(folder.get(), lockOf(name).c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     struct flock region = wholeFile();
     return file.isValid() && fcntl(file.get(), F_OFD_SETLK, &region) == 0 ? std::move(file) : UniqueFd();
+}
+
+bool NameFolder::isLockIn(const UniqueFd& folder, std::string_view name, const UniqueFd& lock) {
+    struct stat here {};
+    struct stat held {};
+    return fstatat(folder.get(), lockOf(name).c_str(), &here, AT_SYMLINK_NOFOLLOW) == 0 &&
+           fstat(lock.get(), &held) == 0 && isSameFile(here, held);
+}
+
+ino_t NameFolder::socketIn(const UniqueFd& folder, std::string_view name) {
+    struct stat status {};
+    return fstatat(folder.get(), socketOf(name).c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 ? status.st_ino : 0;
 }
 
 bool NameFolder::isLocked(std::string_view name) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -15,9 +17,15 @@ public:
 
     // The folder, created when missing; invalid, and logged, when it is not this user's alone.
     [[nodiscard]] static UniqueFd open();
+    // The same, without creating it or logging that it is missing.
+    [[nodiscard]] static UniqueFd openExisting();
     // Makes this process the owner as long as the descriptor is open; invalid, with errno EAGAIN, while another is.
     [[nodiscard]] static UniqueFd lock(const UniqueFd& folder, std::string_view name);
     [[nodiscard]] static bool isLocked(std::string_view name);
+    // Whether the folder still holds the file that was locked.
+    [[nodiscard]] static bool isLockIn(const UniqueFd& folder, std::string_view name, const UniqueFd& lock);
+    // Which file the name's socket is, 0 when there is none.
+    [[nodiscard]] static ino_t socketIn(const UniqueFd& folder, std::string_view name);
     // A listening socket under the name. To be called by the owner.
     [[nodiscard]] static UniqueFd listen(const UniqueFd& folder, std::string_view name);
     // A connection to the name for hellos: connecting, writing and reading take kHelloTime at most. Invalid with errno

@@ -35,8 +35,8 @@ binder_status_t Outbox::post(Bytes frame) {
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > kMaxOnewayWaiting) {
         if (mLost++ == 0) {
-            warn("process %d %s: oneway calls to it fail until it does", mPid,
-                 mQueue.empty() ? "does not run its oneway calls" : "does not read");
+            mQueue.empty() ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
+                           : warn("process %d does not read: oneway calls to it fail until it does", mPid);
         }
         return STATUS_FAILED_TRANSACTION;
     }

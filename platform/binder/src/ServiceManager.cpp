@@ -21,6 +21,7 @@
 #include "Log.h"
 #include "Mutex.h"
 #include "NameFolder.h"
+#include "NameWatch.h"
 #include "Process.h"
 #include "Session.h"
 #include "Socket.h"
@@ -37,12 +38,18 @@ constexpr auto kForEver = 24h * 365 * 100;
 // A service that was there but did not answer is asked again after this time, though its name did not change.
 constexpr auto kAskAgain = 1s;
 
-// The names of this process. The descriptor of each lock file is left open on purpose: it ends with the process.
+// A name of this process, whose lock ends with the process.
+struct Service {
+    ndk::SpAIBinder object;
+    UniqueFd lock;
+    ino_t socket = 0;
+};
+
 struct Registry {
     Mutex addLock;   // one registration at a time
     Mutex openLock;  // one new session at a time, so that there is one for each process
     Mutex lock;
-    std::map<std::string, ndk::SpAIBinder> services GUARDED_BY(lock);
+    std::map<std::string, Service> services GUARDED_BY(lock);
 };
 
 Registry& registry() {
@@ -63,20 +70,69 @@ bool replace(const std::string& name, const ndk::SpAIBinder& service) {
     const Lock lock(registry().lock);
     const auto found = registry().services.find(name);
     if (found == registry().services.end()) return false;
-    replaced = std::exchange(found->second, service);
+    replaced = std::exchange(found->second.object, service);
     return true;
 }
 
 void hold(const std::string& name, const ndk::SpAIBinder& service) {
     const Lock lock(registry().lock);
-    registry().services[name] = service;
+    registry().services[name].object = service;
 }
 
 void unhold(const std::string& name) {
     ndk::SpAIBinder dropped;  // without the lock
     const Lock lock(registry().lock);
-    dropped = std::move(registry().services[name]);
+    dropped = std::move(registry().services[name].object);
     registry().services.erase(name);
+}
+
+// False, with errno, when the system refuses.
+bool listen(const UniqueFd& folder, const std::string& name) {
+    UniqueFd listener = NameFolder::listen(folder, name);
+    if (!listener.isValid() || !Acceptor::instance().listen(std::move(listener), name)) return false;
+    const Lock lock(registry().lock);
+    registry().services[name].socket = NameFolder::socketIn(folder, name);
+    return true;
+}
+
+// The lock file of a name was deleted or replaced: whether the name is still this process's.
+bool mendLock(const UniqueFd& folder, const std::string& name) {
+    UniqueFd fresh = NameFolder::lock(folder, name);
+    if (!fresh.isValid()) {
+        warn("the lock file of %s was deleted and cannot be made again: %s", name.c_str(),
+             errno == EAGAIN ? "another process holds the name" : strerror(errno));
+        return false;
+    }
+    warn("the lock file of %s was deleted: made again", name.c_str());
+    const Lock lock(registry().lock);
+    std::swap(registry().services[name].lock, fresh);
+    return true;
+}
+
+void mendSocket(const UniqueFd& folder, const std::string& name) {
+    if (listen(folder, name)) return warn("the socket of %s was deleted: made again", name.c_str());
+    warn("the socket of %s was deleted and cannot be made again: %s", name.c_str(), strerror(errno));
+}
+
+// Puts back what somebody deleted under this process, as far as the name is still free. Thread: the I/O thread.
+void mendNames() {
+    const UniqueFd folder = NameFolder::openExisting();
+    if (!folder.isValid()) return warn("the folder of names was deleted: no service of this process is found any more");
+    (void)NameWatch::instance().start(folder, mendNames);
+    const Lock adding(registry().addLock);
+    std::vector<std::string> lostLocks;
+    std::vector<std::string> lostSockets;
+    {
+        const Lock lock(registry().lock);
+        for (const auto& [name, service] : registry().services) {
+            if (!NameFolder::isLockIn(folder, name, service.lock)) lostLocks.push_back(name);
+            if (NameFolder::socketIn(folder, name) != service.socket) lostSockets.push_back(name);
+        }
+    }
+    for (const std::string& name : lostLocks) {
+        if (!mendLock(folder, name)) std::erase(lostSockets, name);
+    }
+    for (const std::string& name : lostSockets) mendSocket(folder, name);
 }
 
 binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& service) {
@@ -90,9 +146,12 @@ binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& servi
         return isHeld ? EX_ILLEGAL_STATE : EX_UNSUPPORTED_OPERATION;
     }
     hold(name, service);
-    UniqueFd listener = NameFolder::listen(folder, name);
-    if (listener.isValid() && Acceptor::instance().listen(std::move(listener), name)) {
-        owned.leak();
+    if (listen(folder, name)) {
+        const Lock lock(registry().lock);
+        registry().services[name].lock = std::move(owned);
+        if (!NameWatch::instance().start(folder, mendNames)) {
+            warn("the folder of names is not watched: %s", strerror(errno));
+        }
         return EX_NONE;
     }
     warn("%s is not registered: %s", name.c_str(), strerror(errno));
@@ -188,7 +247,7 @@ AIBinder* release(const ndk::SpAIBinder& binder) {
 ndk::SpAIBinder registeredHere(const std::string& name) {
     const Lock lock(registry().lock);
     const auto found = registry().services.find(name);
-    return found == registry().services.end() ? nullptr : found->second;
+    return found == registry().services.end() ? nullptr : found->second.object;
 }
 
 }  // namespace binder

@@ -76,8 +76,10 @@ binder_status_t knownStatus(binder_status_t status) {
 
 }  // namespace binder
 
+// Success is the same for everyone, and never destroyed.
 AStatus* AStatus_newOk() {
-    return new AStatus;
+    static AStatus* const ok = new AStatus;
+    return ok;
 }
 
 AStatus* AStatus_fromExceptionCode(binder_exception_t exception) {
@@ -85,6 +87,7 @@ AStatus* AStatus_fromExceptionCode(binder_exception_t exception) {
 }
 
 AStatus* AStatus_fromExceptionCodeWithMessage(binder_exception_t exception, const char* message) {
+    if (exception == EX_NONE) return AStatus_newOk();
     const binder_exception_t known = knownException(exception);
     const binder_status_t transport = known == EX_TRANSACTION_FAILED ? STATUS_FAILED_TRANSACTION : STATUS_OK;
     return new AStatus{known, 0, transport, message == nullptr ? "" : message};
@@ -136,5 +139,5 @@ void AStatus_deleteDescription(const char* description) {
 }
 
 void AStatus_delete(AStatus* status) {
-    delete status;
+    if (status != AStatus_newOk()) delete status;
 }

@@ -17,8 +17,6 @@ public:
     ~UniqueFd();
 
     [[nodiscard]] int get() const { return mFd; }
-    // Leaves it open until the process ends.
-    void leak() { mFd = -1; }
     [[nodiscard]] bool isValid() const { return mFd >= 0; }
 
 private:

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
+#include <fstream>
 #include <future>
 
 #include "binder/tests/Peer.h"
@@ -91,12 +92,39 @@ TEST_F(ServiceManagerTest, CheckService_WhenTheServerIsStopped_ThenNullAfterAWhi
     EXPECT_EQ(STATUS_OK, echo(service("name"), 1));
 }
 
-TEST_F(ServiceManagerTest, AddService_WhenOthersMayEnterTheFolder_ThenRefused) {
-    ASSERT_EQ(0, chmod(mFolder.c_str(), 0755));
-    EXPECT_EQ(EX_SECURITY, add(mObject, "name"));
-    EXPECT_EQ(nullptr, check("name").get());
-    ASSERT_EQ(0, chmod(mFolder.c_str(), 0700));
+TEST_F(ServiceManagerTest, AddService_WhenTheFolderIsNotThisUsersAlone_ThenRefusedAndTheLogSaysWhy) {
+    const LogCapture log;
+    const auto refused = [&](const std::filesystem::path& folder, const std::string& why) {
+        setenv("SUBSYS_BINDER_DIR", folder.c_str(), 1);
+        EXPECT_EQ(EX_SECURITY, add(mObject, "name")) << why;
+        EXPECT_EQ(nullptr, check("name").get());
+        EXPECT_TRUE(log.has("Binder", "the folder of names " + folder.string() + " " + why, ANDROID_LOG_WARN)) << why;
+    };
+    const auto link = mFolder / "link";
+    std::filesystem::create_directory(mFolder / "own");
+    std::filesystem::create_directory_symlink(mFolder / "own", link);
+    refused(link, "is a link");
+    std::ofstream(mFolder / "file");
+    refused(mFolder / "file", "is no folder");
+    ASSERT_EQ(0, chmod((mFolder / "own").c_str(), 0750));
+    refused(mFolder / "own", "is open to other users");
+    if (geteuid() != 0) refused("/", "belongs to another user");
+    setenv("SUBSYS_BINDER_DIR", mFolder.c_str(), 1);
     EXPECT_EQ(EX_NONE, add(mObject, "name"));
+}
+
+TEST_F(ServiceManagerTest, AddService_WhenItsFilesAreDeletedLater_ThenTheyAreMadeAgain) {
+    const LogCapture log;
+    ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    std::filesystem::remove(mFolder / "lock@name");
+    std::filesystem::remove(mFolder / "socket@name");
+    EXPECT_TRUE(log.await("Binder", "the lock file of name was deleted: made again"));
+    EXPECT_TRUE(log.await("Binder", "the socket of name was deleted: made again"));
+    ABinderProcess_startThreadPool();
+    EXPECT_TRUE(Peer("lend", "name").isReady()) << "and it is found";
+    EXPECT_EQ(3, Peer("serve", "name").wait()) << "and still this process's";
+    std::filesystem::remove_all(mFolder);
+    EXPECT_TRUE(log.await("Binder", "the folder of names was deleted: no service of this process is found any more"));
 }
 
 TEST_F(ServiceManagerTest, AddService_WhenTheNameCannotBeTaken_ThenNothingStaysBehindInTheFolder) {

@@ -12,6 +12,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 typedef uint32_t binder_flags_t;
 enum {
@@ -127,6 +128,7 @@ binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* 
 // STATUS_NAME_NOT_FOUND without such a link; STATUS_DEAD_OBJECT when the object has died.
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

@@ -11,6 +11,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 // Publishes `binder`, of which it keeps a reference. A name of this process is replaced, one left by a dead process
 // taken over. EX_ILLEGAL_ARGUMENT for a null object, a remote one, or a bad name (empty, over 127 characters, or
@@ -28,6 +29,7 @@ extern "C" {
 // There is no manifest here: a service is declared while a live process holds its name.
 [[nodiscard]] bool AServiceManager_isDeclared(const char* instance);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

@@ -15,6 +15,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 typedef struct AIBinder AIBinder;
 typedef struct AParcel AParcel;
@@ -132,6 +133,7 @@ binder_status_t AParcel_writeStatusHeader(AParcel* parcel, const AStatus* status
 // The caller owns `*status`, set when STATUS_OK is returned.
 binder_status_t AParcel_readStatusHeader(const AParcel* parcel, AStatus** status);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

@@ -9,6 +9,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 // How many threads are started on demand, beyond the one that startThreadPool starts. 15 when never called; with 0 that
 // one serves. False once started.
@@ -17,6 +18,7 @@ void ABinderProcess_startThreadPool(void);
 // Makes the calling thread one more of them; it does not return.
 void ABinderProcess_joinThreadPool(void);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

@@ -10,6 +10,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 enum {
     STATUS_OK = 0,
@@ -79,6 +80,7 @@ void AStatus_deleteDescription(const char* description);
 // Null is allowed.
 void AStatus_delete(AStatus* status);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif
