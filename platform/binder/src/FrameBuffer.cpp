@@ -13,6 +13,7 @@ FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, int flags) {
     for (;;) {
         if (const Result found = look(); found != Result::Again) return found;
         if (mIsDry && !mIsEnding && flags != 0) return Result::Again;
+        mHalfSent.pause();
         const size_t room = makeRoom(scratch);
         const ssize_t received = receiveSome(mFd, mEnd, room, flags);
         if (received == 0) return Result::Closed;

@@ -1,11 +1,12 @@
 #include "PeerCosts.h"
 
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <unordered_map>
-#include <vector>
 
 #include "Limits.h"
 #include "Log.h"
@@ -17,7 +18,6 @@ namespace {
 constexpr std::array<int, 3> kMost{kMaxGreetings, kMaxSessions, kMaxServed};
 
 struct Half {
-    const HalfSent* owner;
     int fd;
     pid_t pid;
     size_t bytes;
@@ -26,7 +26,8 @@ struct Half {
 struct Costs {
     Mutex lock;
     std::unordered_map<pid_t, std::array<int, kMost.size()>> units GUARDED_BY(lock);
-    std::vector<Half> halves GUARDED_BY(lock);  // the oldest first
+    uint64_t lastSince GUARDED_BY(lock) = 0;
+    std::map<uint64_t, Half> halves GUARDED_BY(lock);  // the oldest first
 };
 
 Costs& costs() {
@@ -34,21 +35,25 @@ Costs& costs() {
     return *instance;
 }
 
-size_t sumOf(const std::vector<Half>& halves, pid_t pid) {
-    size_t sum = 0;
-    for (const Half& each : halves) sum += pid < 0 || each.pid == pid ? each.bytes : 0;
-    return sum;
+// Whether the rest is the peer's to send: what has arrived is read soon.
+bool isStalled(const Half& half) {
+    int unread = 0;
+    return ioctl(half.fd, FIONREAD, &unread) == 0 && unread == 0;
 }
 
-// Shuts the oldest down, one of `pid` unless that is negative, until the rest is within `most`.
-void shrink(std::vector<Half>& halves, pid_t pid, size_t most) {
-    while (sumOf(halves, pid) > most) {
-        const auto oldest =
-            std::find_if(halves.begin(), halves.end(), [pid](const Half& each) { return pid < 0 || each.pid == pid; });
-        warn("process %d sends too much half: a connection of it is closed", oldest->pid);
-        shutdown(oldest->fd, SHUT_RDWR);
-        halves.erase(oldest);
-    }
+// Shuts down the oldest, one of `pid` unless that is negative, until those that are stalled are within `most`.
+void shrink(std::map<uint64_t, Half>& halves, pid_t pid, size_t most) {
+    const auto counts = [pid](const Half& each) { return (pid < 0 || each.pid == pid) && isStalled(each); };
+    size_t sum = 0;
+    for (const auto& [since, half] : halves) sum += counts(half) ? half.bytes : 0;
+    std::erase_if(halves, [&](const auto& each) {
+        const Half& half = each.second;
+        if (sum <= most || !counts(half)) return false;
+        warn("process %d sends too much half: a connection of it is closed", half.pid);
+        shutdown(half.fd, SHUT_RDWR);
+        sum -= std::min(sum, half.bytes);
+        return true;
+    });
 }
 
 }  // namespace
@@ -70,21 +75,23 @@ Charge::~Charge() {
 }
 
 void HalfSent::set(size_t bytes) {
-    if (mPid < 0 || bytes == mBytes) return;
-    const Lock lock(costs().lock);
-    auto& halves = costs().halves;
-    const auto found =
-        std::find_if(halves.begin(), halves.end(), [this](const Half& each) { return each.owner == this; });
+    if (mPid < 0 || (bytes == 0 && mSince == 0)) return;
+    pause();
     if (bytes == 0) {
-        if (found != halves.end()) halves.erase(found);
-    } else if (mBytes == 0) {
-        halves.push_back({this, mFd, mPid, bytes});
-    } else if (found != halves.end()) {
-        found->bytes = bytes;
+        mSince = 0;
+        return;
     }
-    mBytes = bytes;
-    shrink(halves, mPid, kMaxHalfSent);
-    shrink(halves, -1, kMaxAllHalfSent);
+    const Lock lock(costs().lock);
+    if (mSince == 0) mSince = ++costs().lastSince;
+    costs().halves[mSince] = {mFd, mPid, bytes};
+    shrink(costs().halves, mPid, kMaxHalfSent);
+    shrink(costs().halves, -1, kMaxAllHalfSent);
+}
+
+void HalfSent::pause() {
+    if (mSince == 0) return;
+    const Lock lock(costs().lock);
+    costs().halves.erase(mSince);
 }
 
 }  // namespace binder

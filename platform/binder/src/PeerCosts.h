@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -27,8 +28,8 @@ private:
     Cost mCost;
 };
 
-// The bytes of a frame that has not arrived whole on a connection. When a process, or all together, hold too many, the
-// connection that has been half sent longest is shut down.
+// The bytes of a frame that has not arrived whole on a connection. When a process, or all together, hold too many
+// without sending the rest, the connection that has been half sent longest is shut down.
 class HalfSent {
 public:
     // Counts nothing for pid -1. The descriptor stays open as long as bytes are counted.
@@ -37,12 +38,15 @@ public:
     HalfSent& operator=(const HalfSent&) = delete;
     ~HalfSent() { set(0); }
 
+    // So many bytes wait for the rest; 0: none do.
     void set(size_t bytes);
+    // The rest is being read. To be followed by set().
+    void pause();
 
 private:
     const int mFd;
     const pid_t mPid;
-    size_t mBytes = 0;
+    uint64_t mSince = 0;  // a number for when it was half sent first; 0: it is not
 };
 
 }  // namespace binder

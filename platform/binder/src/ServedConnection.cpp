@@ -54,15 +54,13 @@ void ServedConnection::onReady(uint32_t) {
     }
 }
 
-// The peer may send its next call as soon as it has the reply, and another thread take it: nothing is touched then.
 void ServedConnection::answer(Bytes reply) {
+    // The peer may send its next call as soon as it has the reply, and another thread take it.
     mIsOwned.store(false, std::memory_order_release);
+    const Lock lock(mReplyLock);
+    if (!mReply.empty()) return mSession->end("calls before it has read its reply");
     const ssize_t sent = sendSome(mStream.fd(), reply, MSG_DONTWAIT);
     if (sent == static_cast<ssize_t>(reply.size())) return;
-    const int reason = errno;
-    const bool isTaken = mIsOwned.exchange(true, std::memory_order_acquire);
-    if (isTaken) return sent < 0 ? void() : mSession->end("calls before it has read its reply");
-    errno = reason;
     if (sent < 0) return lose("cannot be answered");
     mReply.assign(reply.begin() + sent, reply.end());
     mWritten = 0;
@@ -70,15 +68,13 @@ void ServedConnection::answer(Bytes reply) {
 }
 
 void ServedConnection::flush() {
+    const Lock lock(mReplyLock);
     const ssize_t sent = sendSome(mStream.fd(), Bytes(mReply.data(), mReply.size()).substr(mWritten), MSG_DONTWAIT);
-    if (sent < 0) return lose("cannot be answered");
-    mWritten += static_cast<size_t>(sent);
-    if (mWritten == mReply.size()) {
-        std::vector<uint8_t>().swap(mReply);
-        release();
-    } else if (!awaitRoom()) {
-        lose("cannot be answered");
-    }
+    if (sent >= 0) mWritten += static_cast<size_t>(sent);
+    if (sent >= 0 && mWritten < mReply.size() && awaitRoom()) return;
+    if (mWritten < mReply.size()) lose("cannot be answered");
+    std::vector<uint8_t>().swap(mReply);
+    IoThread::instance().poller().remove(std::exchange(mFlushKey, 0));
 }
 
 bool ServedConnection::awaitRoom() {
@@ -87,11 +83,10 @@ bool ServedConnection::awaitRoom() {
     return poller.add(std::shared_ptr<Flusher>(shared_from_this(), &mFlusher), kRoom, mFlushKey);
 }
 
-// Asks for an event for what arrived while this thread was the owner, and nobody else cared.
+// Asks for an event for what arrived while this thread was the owner, and others left alone.
 void ServedConnection::release() {
     mIsOwned.store(false, std::memory_order_release);
-    if (ThreadPool::instance().poller().arm(mKey, kCall)) return;
-    if (!mIsOwned.exchange(true, std::memory_order_acquire)) lose("cannot be listened to");
+    if (!ThreadPool::instance().poller().arm(mKey, kCall)) lose("cannot be listened to");
 }
 
 // A peer that has died needs no line.
@@ -107,11 +102,9 @@ void ServedConnection::onNoMemory() {
     close();
 }
 
-// For good: the owner stays the owner.
 void ServedConnection::close() {
     mSession->removeServed(*this);
-    shutdown();
-    IoThread::instance().poller().remove(mFlushKey);
+    shutdown();  // which the flusher notices
     ThreadPool::instance().poller().remove(mKey);
 }
 

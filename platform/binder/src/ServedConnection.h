@@ -5,15 +5,15 @@
 #include <memory>
 #include <vector>
 
+#include "Mutex.h"
 #include "PeerCosts.h"
 #include "Poller.h"
 #include "Stream.h"
 
 namespace binder {
 
-// A connection on which a peer calls. The binder thread that takes it when a call arrives owns it until the reply is on
-// its way, or the I/O thread while the peer does not read its reply. What arrives meanwhile is the owner's, too: other
-// threads leave it alone. Thread: binder.
+// A connection on which a peer calls. The binder thread that takes it when a call arrives owns its reading side until
+// the reply is on its way. What arrives meanwhile is the owner's, too: other threads leave it alone. Thread: binder.
 class ServedConnection final : public Pollable, public std::enable_shared_from_this<ServedConnection> {
 public:
     // False when the peer has too many, the session has ended, or the system refuses.
@@ -39,7 +39,7 @@ private:
 
     void answer(Bytes reply);
     void flush();
-    [[nodiscard]] bool awaitRoom();
+    [[nodiscard]] bool awaitRoom() REQUIRES(mReplyLock);
     // Leaves it to whoever is woken next.
     void release();
     void lose(const char* what);
@@ -50,12 +50,13 @@ private:
     PollKey mKey = 0;
     std::atomic<bool> mIsOwned{false};
 
-    // The owner's.
-    Stream mStream;
+    Stream mStream;  // the owner's
+
+    Mutex mReplyLock;
     Flusher mFlusher{*this};
-    PollKey mFlushKey = 0;
-    std::vector<uint8_t> mReply;  // what the peer has not read yet
-    size_t mWritten = 0;
+    PollKey mFlushKey GUARDED_BY(mReplyLock) = 0;
+    std::vector<uint8_t> mReply GUARDED_BY(mReplyLock);  // what the peer has not read yet
+    size_t mWritten GUARDED_BY(mReplyLock) = 0;
 };
 
 }  // namespace binder

@@ -57,12 +57,12 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
 }
 
 std::shared_ptr<Session> Session::find(const Key& process, pid_t pid) {
-    const Lock lock(sessions().lock);
-    const auto& all = sessions().all;
-    const auto found = std::find_if(all.begin(), all.end(), [&](const auto& each) {
-        return each->mPeer.process == process && each->mPeer.pid == pid;
-    });
-    return found == all.end() ? nullptr : *found;
+    Sessions& known = sessions();
+    const Lock lock(known.lock);
+    for (const auto& each : known.all) {
+        if (each->mPeer.process == process && each->mPeer.pid == pid) return each;
+    }
+    return nullptr;
 }
 
 binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
@@ -116,6 +116,7 @@ void Session::removeServed(const ServedConnection& connection) {
 
 void Session::end(const char* breach) {
     if (!mAlive.exchange(false)) return;
+    mCharge.reset();
     if (breach != nullptr) {
         mFailed = true;
         warn("process %d %s: its connections are closed", mPeer.pid, breach);

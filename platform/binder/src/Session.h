@@ -70,7 +70,7 @@ public:
 
 private:
     const Peer mPeer;
-    const Charge mCharge;
+    std::optional<Charge> mCharge;  // until end()
     ObjectTable mObjects;
     Calls mCalls;
     const std::shared_ptr<Outbox> mOut;

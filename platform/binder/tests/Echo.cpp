@@ -49,7 +49,7 @@ binder_status_t note(Echo& echo, const AParcel* in) {
     const binder_status_t status = AParcel_readInt32(in, &value);
     if (status != STATUS_OK) return status;
     echo.last = value;
-    echo.onNote(value);
+    echo.note(value);
     return status;
 }
 

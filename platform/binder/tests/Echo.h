@@ -23,7 +23,7 @@ enum EchoCode : transaction_code_t {
     CALLBACK,  // bytes -> ECHO of the kept object
     POST,      // int n -> n oneway NOTE(i) to the kept object
     CALLER,    // -> pid and uid of the caller
-    NOTE,      // int: calls `onNote`
+    NOTE,      // int: what `onNote` was given
     LARGE,     // int n -> n bytes
     OPEN,      // name -> status of a call with the kept object to that service
     LAST,      // -> the value of the last NOTE
@@ -34,7 +34,17 @@ enum EchoCode : transaction_code_t {
 
 /** An object of the class below, whose behaviour the tests drive. */
 struct Echo {
-    std::function<void(int32_t)> onNote = [](int32_t) {};
+    /** What NOTE calls from now on. */
+    void onNote(std::function<void(int32_t)> action) {
+        const std::lock_guard lock(mLock);
+        mOnNote = std::move(action);
+    }
+    void note(int32_t value) const {
+        std::unique_lock lock(mLock);
+        const auto action = mOnNote;
+        lock.unlock();
+        action(value);
+    }
     std::function<void()> onDestroy = [] {};
     std::atomic<int32_t> last{0};
     ndk::SpAIBinder kept() const {
@@ -50,6 +60,7 @@ struct Echo {
 private:
     mutable std::mutex mLock;
     ndk::SpAIBinder mKept;
+    std::function<void(int32_t)> mOnNote = [](int32_t) {};
 };
 
 extern const char* const ECHO_DESCRIPTOR;

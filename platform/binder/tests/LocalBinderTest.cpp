@@ -105,9 +105,9 @@ TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
     const ndk::SpAIBinder object = newEcho(echo);
     const auto here = std::this_thread::get_id();
     bool ran = false;
-    echo->onNote = [&](int32_t value) {
+    echo->onNote([&](int32_t value) {
         ran = value == 5 && std::this_thread::get_id() == here && AIBinder_getCallingPid() == getpid();
-    };
+    });
     EXPECT_EQ(STATUS_OK, call(
                              object, NOTE, [](AParcel* in) { AParcel_writeInt32(in, 5); }, {}, FLAG_ONEWAY));
     EXPECT_TRUE(ran);

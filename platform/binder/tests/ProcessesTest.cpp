@@ -74,7 +74,7 @@ class Lent {
 public:
     Lent(const ndk::SpAIBinder& server, std::function<void(int32_t)> onNote) : mServer(server) {
         auto* own = new Echo;
-        own->onNote = std::move(onNote);
+        own->onNote(std::move(onNote));
         own->onDestroy = [this] { mDestroyed.signal(); };
         EXPECT_EQ(STATUS_OK, keep(mServer, newEcho(own)));
     }
@@ -217,12 +217,12 @@ TEST_F(ProcessesTest, Transact_WhenTheServerCallsBackMeanwhile_ThenNeitherWaitsF
 /** Calls that go to and fro `depth` times before the first one returns; the threads that this process used. */
 void bounce(const ndk::SpAIBinder& server, int32_t depth, std::set<std::thread::id>& threads) {
     auto* const own = new Echo;
-    own->onNote = [&, own](int32_t left) {
+    own->onNote([&, own](int32_t left) {
         threads.insert(std::this_thread::get_id());
         if (left > 0) {
             EXPECT_EQ(STATUS_OK, call(own->kept(), BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, left - 1); }));
         }
-    };
+    });
     own->keep(server);
     ASSERT_EQ(STATUS_OK, keep(server, newEcho(own)));
     ASSERT_EQ(STATUS_OK, call(server, BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, depth); }));
