@@ -1,4 +1,5 @@
-#include <android/binder_parcel_utils.h>
+#include <android/binder_parcelable_utils.h>
+#include <android/binder_to_string.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -57,6 +58,11 @@ TEST(ParcelTest, WriteData_WhenWrittenAndRead_ThenTheBytesAreThoseOfADevice) {
     expectLayout(int8_t{-2}, {0xfe, 0xff, 0xff, 0xff});
     expectLayout(int32_t{0x01020304}, {4, 3, 2, 1});
     expectLayout(int64_t{0x0102030405060708}, {8, 7, 6, 5, 4, 3, 2, 1});
+    expectLayout(u'\x20ac', {0xac, 0x20, 0, 0});
+    expectLayout(uint32_t{0xfffefdfc}, {0xfc, 0xfd, 0xfe, 0xff});
+    expectLayout(uint64_t{1} << 63, {0, 0, 0, 0, 0, 0, 0, 0x80});
+    expectLayout(1.5F, {0, 0, 0xc0, 0x3f});
+    expectLayout(-2.0, {0, 0, 0, 0, 0, 0, 0, 0xc0});
     expectLayout(Colour::BLUE, {0xfe, 0xff, 0xff, 0xff});
     expectLayout(""s, {0, 0, 0, 0, 0, 0, 0, 0});
     expectLayout("a\0b"s, {3, 0, 0, 0, 'a', 0, 0, 0, 'b', 0, 0, 0});
@@ -66,6 +72,12 @@ TEST(ParcelTest, WriteData_WhenWrittenAndRead_ThenTheBytesAreThoseOfADevice) {
     expectLayout(std::vector<int32_t>{1, -1}, {2, 0, 0, 0, 1, 0, 0, 0, 0xff, 0xff, 0xff, 0xff});
     expectLayout(std::vector<int64_t>{1}, {1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0});
     expectLayout(std::vector<bool>{true, false}, {2, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0});
+    expectLayout(std::vector<float>{1.5F}, {1, 0, 0, 0, 0, 0, 0xc0, 0x3f});
+    expectLayout(std::vector<double>{}, {0, 0, 0, 0});
+    expectLayout(std::vector<char16_t>{u'a', u'b'}, {2, 0, 0, 0, 'a', 0, 0, 0, 'b', 0, 0, 0});
+    expectLayout(std::vector<std::string>{"a", ""}, {2, 0, 0, 0, 1, 0, 0, 0, 'a', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    expectLayout(std::array<int32_t, 1>{7}, {1, 0, 0, 0, 7, 0, 0, 0});
+    expectLayout(std::vector<std::optional<std::string>>{std::nullopt}, {1, 0, 0, 0, 0xff, 0xff, 0xff, 0xff});
     expectLayout(std::vector<Colour>{Colour::RED}, {1, 0, 0, 0, 3, 0, 0, 0});
     expectLayout(Record{7}, {1, 0, 0, 0, 7, 0, 0, 0});
     expectLayout(std::vector<Record>{{7}}, {1, 0, 0, 0, 1, 0, 0, 0, 7, 0, 0, 0});
@@ -87,6 +99,44 @@ TEST(ParcelTest, PrepareTransaction_WhenTheClassIsKnown_ThenItBeginsWithTheToken
     EXPECT_EQ(
         (Bytes{0, 0, 0, 0x80, 0xff, 0xff, 0xff, 0xff, 'T', 'S', 'Y', 'S', 3, 0, 0, 0, 'a', 0, 'b', 0, 'c', 0, 0, 0}),
         bytesOf(parcel.get()));
+}
+
+TEST(ParcelTest, StringArray_WhenWrittenAndRead_ThenElementsMayBeNull) {
+    const std::vector<const char*> texts{"a", nullptr, ""};
+    ndk::ScopedAParcel parcel(AParcel_create());
+    ASSERT_EQ(STATUS_OK,
+              AParcel_writeStringArray(parcel.get(), texts.data(), 3, [](const void* all, size_t i, int32_t* size) {
+                  const char* const text = static_cast<const char* const*>(all)[i];
+                  *size = text == nullptr ? -1 : static_cast<int32_t>(strlen(text));
+                  return text;
+              }));
+    AParcel_setDataPosition(parcel.get(), 0);
+    std::vector<std::optional<std::string>> read;
+    ASSERT_EQ(STATUS_OK, ndk::AParcel_readData(parcel.get(), &read));
+    EXPECT_EQ((std::vector<std::optional<std::string>>{"a", std::nullopt, ""}), read);
+}
+
+TEST(ParcelTest, SetDataPosition_WhenPastTheEnd_ThenNothingIsReadAndWritingFillsTheGap) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 400));
+    int32_t number = 0;
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(parcel.get(), &number));
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(parcel.get(), 7));
+    Bytes expected(404);
+    expected[400] = 7;
+    EXPECT_EQ(expected, bytesOf(parcel.get()));
+}
+
+TEST(ToStringTest, ToString_WhenGivenAnyValue_ThenItsText) {
+    using android::internal::ToString;
+    EXPECT_EQ("true", ToString(true));
+    EXPECT_EQ("-3", ToString(int8_t{-3}));
+    EXPECT_EQ("97", ToString(u'a'));
+    EXPECT_EQ("1.5", ToString(1.5));
+    EXPECT_EQ("-2", ToString(Colour::BLUE));
+    EXPECT_EQ("[a, (null)]", ToString(std::vector<std::optional<std::string>>{"a", std::nullopt}));
+    EXPECT_EQ("[true, false]", ToString(std::vector<bool>{true, false}));
+    EXPECT_EQ("(null)", ToString(ndk::SpAIBinder()));
 }
 
 template <typename T>
@@ -111,6 +161,7 @@ TEST(ParcelTest, ReadData_WhenTheParcelIsShortOrWrong_ThenTheStatusSaysHow) {
     EXPECT_EQ(STATUS_NO_MEMORY, reading<std::vector<Record>>(huge));
     EXPECT_EQ(STATUS_BAD_VALUE, reading<Bytes>(below));
     EXPECT_EQ(STATUS_BAD_VALUE, reading<std::vector<Record>>(below));
+    EXPECT_EQ(STATUS_NO_MEMORY, (reading<std::array<int32_t, 2>>({1, 0, 0, 0, 7, 0, 0, 0}))) << "another length";
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, reading<Bytes>(null));
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, reading<std::vector<bool>>(null));
     EXPECT_EQ(STATUS_UNEXPECTED_NULL, reading<std::vector<Record>>(null));

@@ -1,15 +1,17 @@
 #pragma once
 
-// Typed reading and writing: one template for each direction, chosen by the type. bool, int8_t, int32_t, int64_t and
-// enumerations over them, std::string, SpAIBinder, std::shared_ptr of an interface, records with readFromParcel and
-// writeToParcel, std::vector of any of these (of uint8_t: packed bytes), and std::optional of what may be null.
-// Thread: any; one thread at a time uses a parcel.
+// Typed reading and writing: one template for each direction, chosen by the type. bool, int8_t, char16_t, int32_t,
+// int64_t, uint32_t, uint64_t, float, double and enumerations over integers, std::string, SpAIBinder, std::shared_ptr
+// of an interface, records with readFromParcel and writeToParcel, std::vector of any of these (of uint8_t: packed
+// bytes), and std::optional of what may be null. Thread: any; one thread at a time uses a parcel.
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_interface_utils.h>
 #include <android/binder_parcel.h>
 
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -31,6 +33,10 @@ template <typename T>
 binder_status_t AParcel_writeData(AParcel* parcel, const T& value);
 template <typename T>
 binder_status_t AParcel_readData(const AParcel* parcel, T* value);
+template <typename T>
+binder_status_t AParcel_writeNullableData(AParcel* parcel, const T& value);
+template <typename T>
+binder_status_t AParcel_readNullableData(const AParcel* parcel, T* value);
 
 namespace internal {
 
@@ -38,6 +44,16 @@ template <typename T>
 constexpr bool isVector = false;
 template <typename T>
 constexpr bool isVector<std::vector<T>> = true;
+
+template <typename T>
+constexpr bool isOptional = false;
+template <typename T>
+constexpr bool isOptional<std::optional<T>> = true;
+
+template <typename T>
+constexpr bool isFixedArray = false;
+template <typename T, size_t N>
+constexpr bool isFixedArray<std::array<T, N>> = true;
 
 template <typename T>
 constexpr bool isInterface = false;
@@ -61,7 +77,10 @@ constexpr bool alwaysFalse = false;
 template <typename Vector, typename Element>
 bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
     auto* vector = static_cast<Vector*>(vectorData);
-    if constexpr (isVector<Vector>) {
+    if constexpr (isFixedArray<Vector>) {
+        *outBuffer = reinterpret_cast<Element*>(vector->data());
+        return length >= 0 && static_cast<size_t>(length) == vector->size();
+    } else if constexpr (isVector<Vector>) {
         if (length < 0) return false;
         vector->resize(static_cast<size_t>(length));
         *outBuffer = reinterpret_cast<Element*>(vector->data());
@@ -77,7 +96,9 @@ bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
 template <typename Vector>
 bool allocateElements(void* vectorData, int32_t length) {
     auto* vector = static_cast<Vector*>(vectorData);
-    if constexpr (isVector<Vector>) {
+    if constexpr (isFixedArray<Vector>) {
+        return length >= 0 && static_cast<size_t>(length) == vector->size();
+    } else if constexpr (isVector<Vector>) {
         if (length < 0) return false;
         vector->resize(static_cast<size_t>(length));
     } else {
@@ -89,7 +110,7 @@ bool allocateElements(void* vectorData, int32_t length) {
 
 template <typename Vector>
 auto& elementsOf(Vector& vector) {
-    if constexpr (isVector<std::remove_const_t<Vector>>) {
+    if constexpr (isVector<std::remove_const_t<Vector>> || isFixedArray<std::remove_const_t<Vector>>) {
         return vector;
     } else {
         return *vector;
@@ -126,6 +147,16 @@ binder_status_t writeVector(AParcel* parcel, const Vector& vector, const Element
         return AParcel_writeInt32Array(parcel, elements, length);
     } else if constexpr (std::same_as<Element, int64_t>) {
         return AParcel_writeInt64Array(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, uint32_t>) {
+        return AParcel_writeUint32Array(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, uint64_t>) {
+        return AParcel_writeUint64Array(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, float>) {
+        return AParcel_writeFloatArray(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, double>) {
+        return AParcel_writeDoubleArray(parcel, elements, length);
+    } else if constexpr (std::same_as<Element, char16_t>) {
+        return AParcel_writeCharArray(parcel, elements, length);
     } else {
         return AParcel_writeParcelableArray(parcel, &vector, length, writeElement<Vector>);
     }
@@ -141,6 +172,16 @@ binder_status_t readVector(const AParcel* parcel, Vector* vector) {
         return AParcel_readInt32Array(parcel, vector, allocateVector<Vector, int32_t>);
     } else if constexpr (std::same_as<Element, int64_t>) {
         return AParcel_readInt64Array(parcel, vector, allocateVector<Vector, int64_t>);
+    } else if constexpr (std::same_as<Element, uint32_t>) {
+        return AParcel_readUint32Array(parcel, vector, allocateVector<Vector, uint32_t>);
+    } else if constexpr (std::same_as<Element, uint64_t>) {
+        return AParcel_readUint64Array(parcel, vector, allocateVector<Vector, uint64_t>);
+    } else if constexpr (std::same_as<Element, float>) {
+        return AParcel_readFloatArray(parcel, vector, allocateVector<Vector, float>);
+    } else if constexpr (std::same_as<Element, double>) {
+        return AParcel_readDoubleArray(parcel, vector, allocateVector<Vector, double>);
+    } else if constexpr (std::same_as<Element, char16_t>) {
+        return AParcel_readCharArray(parcel, vector, allocateVector<Vector, char16_t>);
     } else {
         return AParcel_readParcelableArray(parcel, vector, allocateElements<Vector>, readElement<Vector>);
     }
@@ -257,10 +298,25 @@ binder_status_t AParcel_writeData(AParcel* parcel, const T& value) {
         return AParcel_writeBool(parcel, value);
     } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
         return AParcel_writeByte(parcel, static_cast<int8_t>(value));
+    } else if constexpr (std::same_as<T, char16_t>) {
+        return AParcel_writeChar(parcel, value);
     } else if constexpr (std::same_as<T, int32_t>) {
         return AParcel_writeInt32(parcel, value);
     } else if constexpr (std::same_as<T, int64_t>) {
         return AParcel_writeInt64(parcel, value);
+    } else if constexpr (std::same_as<T, uint32_t>) {
+        return AParcel_writeUint32(parcel, value);
+    } else if constexpr (std::same_as<T, uint64_t>) {
+        return AParcel_writeUint64(parcel, value);
+    } else if constexpr (std::same_as<T, float>) {
+        return AParcel_writeFloat(parcel, value);
+    } else if constexpr (std::same_as<T, double>) {
+        return AParcel_writeDouble(parcel, value);
+    } else if constexpr (internal::isOptional<T>) {
+        return AParcel_writeNullableData(parcel, value);
+    } else if constexpr (internal::isFixedArray<T>) {
+        return internal::writeVector<typename T::value_type>(parcel, value, value.data(),
+                                                             static_cast<int32_t>(value.size()));
     } else if constexpr (std::same_as<T, std::string>) {
         return AParcel_writeString(parcel, value);
     } else if constexpr (std::same_as<T, SpAIBinder>) {
@@ -287,10 +343,24 @@ binder_status_t AParcel_readData(const AParcel* parcel, T* value) {
         return AParcel_readBool(parcel, value);
     } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
         return AParcel_readByte(parcel, reinterpret_cast<int8_t*>(value));
+    } else if constexpr (std::same_as<T, char16_t>) {
+        return AParcel_readChar(parcel, value);
     } else if constexpr (std::same_as<T, int32_t>) {
         return AParcel_readInt32(parcel, value);
     } else if constexpr (std::same_as<T, int64_t>) {
         return AParcel_readInt64(parcel, value);
+    } else if constexpr (std::same_as<T, uint32_t>) {
+        return AParcel_readUint32(parcel, value);
+    } else if constexpr (std::same_as<T, uint64_t>) {
+        return AParcel_readUint64(parcel, value);
+    } else if constexpr (std::same_as<T, float>) {
+        return AParcel_readFloat(parcel, value);
+    } else if constexpr (std::same_as<T, double>) {
+        return AParcel_readDouble(parcel, value);
+    } else if constexpr (internal::isOptional<T>) {
+        return AParcel_readNullableData(parcel, value);
+    } else if constexpr (internal::isFixedArray<T>) {
+        return internal::readVector<typename T::value_type>(parcel, value);
     } else if constexpr (std::same_as<T, std::string>) {
         return AParcel_readString(parcel, value);
     } else if constexpr (std::same_as<T, SpAIBinder>) {
