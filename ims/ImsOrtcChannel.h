@@ -1,6 +1,6 @@
 #pragma once
 
-#include "component/CallbackRef.h"
+#include "service/channel/CallbackRef.h"
 
 #include <android/binder_interface_utils.h>
 #include <mindroid/Handler.h>
@@ -94,7 +94,7 @@ bool ImsOrtcHolder<Traits>::isClientDeath() const {
 
 template <typename Traits>
 ImsOrtcChannel<Traits>::ImsOrtcChannel() : mSlots{new Holder(), new Holder()} {
-    // One message for both slots on purpose: a death makes the channel look at both.
+    // Deliberate: one message for both slots. A death makes the channel look at both, as its lines in the log show.
     for (const auto& slot : mSlots) slot->getMonitor()->registerClientDeathEvent(this, MSG_CLIENT_DEATH, nullptr);
 }
 
@@ -108,7 +108,7 @@ void ImsOrtcChannel<Traits>::setCallback(std::shared_ptr<Callback> callback) {
         mSlots[slot]->setCallback(callback);
         return;
     }
-    // A third live client is ignored on purpose, without a line.
+    // Deliberate: a third live client is ignored without a line. The first two keep their slots.
 }
 
 template <typename Traits>

@@ -34,7 +34,7 @@ public:
     ImsOrtcComponent();
 
     void handleMessage(const mindroid::sp<mindroid::Message>& msg) override;
-    // Empty on purpose: it does not pass on to Component::init.
+    // Deliberate: empty, it does not pass on to Component::init. Components override it and choose.
     void init(int32_t instanceId) override;
 
     // Carrier: ImsRtpPubIpAddrInfoType.

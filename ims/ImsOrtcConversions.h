@@ -27,8 +27,7 @@ namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 // The integers are narrowed to 8 and 16 bits.
 [[nodiscard]] ImsRtpRedunSignalMsgType packImsRtpRedunSignalMsg(const interface::ImsRtpRedunSignalMsg& msg);
 
-// Each fills the whole interface record. Text ends at its first NUL or at the end of its field, before a UTF-8 sequence
-// that is cut there: the binder would refuse the text. The cut is logged.
+// Each fills the whole interface record. Text ends at its first NUL or at the end of its field.
 void unpackImsRtpPubIpAddrInfo(const ImsRtpPubIpAddrInfoType& record, interface::ImsRtpPubIpAddrInfo& info);
 // A dataLen outside 0..256 is logged and handed on; the bytes copied are those that the record has.
 void unpackImsRtpDataInfo(const ImsRtpDataInfoType& record, interface::ImsRtpDataInfo& info);

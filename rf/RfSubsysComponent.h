@@ -2,9 +2,7 @@
 
 #include "component/SubsysComponent.h"
 #include "rf/IccProxy.h"
-#include "rf/VsRecords.h"
 
-#include <mindroid/Boxes.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
@@ -38,8 +36,8 @@ public:
     // Wires the notifications and starts asking for the RF ICC information; once in a process. Looper.
     virtual void onVsComponentReady();
 
-    // Requests. Each answers its reply message; those that are virtual always with error 1, on purpose: they complete
-    // the interface.
+    // Requests. Each answers its reply message.
+    // Deliberate: those that are virtual answer error 1 at once. They complete the interface for its clients.
     virtual void getSwtpStatus(const mindroid::sp<mindroid::Message>& reply);
     virtual void setMipiFreqClk(int32_t id, uint64_t freqClk, const mindroid::sp<mindroid::Message>& reply);
     virtual void setOscFreqClk(int32_t id, int32_t freqClk, const mindroid::sp<mindroid::Message>& reply);
@@ -72,13 +70,13 @@ private:
     void onRfIccInfo(const mindroid::Message& reply);
     void iccApisInit(uint8_t version, uint8_t brindle);
 
-    // A callback that runs the operation with the record that a notification carries.
-    template <typename Record>
-    mindroid::sp<mindroid::MessageCallback> onRecord(void (RfSubsysComponent::*operation)(const Record&));
-    void onClatState(const VsClatState& state);
-    void onTxSharingState(const VsTxSharingState& state);
-    void onScreenState(const mindroid::Integer& state);
-    void onIccEvent(const VsIccEvent& event);
+    // A callback that runs the operation with the carrier that a notification brings, see VsRecords.h.
+    mindroid::sp<mindroid::MessageCallback> onNotification(
+        void (RfSubsysComponent::*operation)(const mindroid::Object&));
+    void onClatState(const mindroid::Object& carrier);
+    void onTxSharingState(const mindroid::Object& carrier);
+    void onScreenState(const mindroid::Object& carrier);
+    void onIccEvent(const mindroid::Object& carrier);
 
     template <typename Operation, typename... Args>
     void request(const mindroid::sp<mindroid::Message>& reply, Operation operation, Args&&... args);

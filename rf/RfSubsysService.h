@@ -24,7 +24,8 @@ public:
 
     void init();
     void postInit();
-    // A client came: connects to the RF component's events in 200 ms. One that left changes nothing. Any.
+    // A client came: connects to the RF component's events 200 ms later, once for each call. One that left changes
+    // nothing. Any.
     void setSubsysState(bool connected);
     // For the RF side, when the SWTP status changed. Any.
     void sendSwtpStatusChanged(uint8_t status);

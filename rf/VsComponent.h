@@ -19,8 +19,8 @@ public:
 
     VsComponent() : SubsysComponent(TYPE) {}
 
-    // Each keeps the callback and from then on has it run on the handler's looper, with a message whose obj is the
-    // record named. A Registrant made of the three arguments does that. Any.
+    // Each keeps the callback and from then on has it run on the handler's looper, with a message whose obj carries the
+    // record named, see VsRecords.h. A Registrant made of the three arguments does that. Any.
     virtual void registerClatStateInd(const mindroid::sp<mindroid::Handler>& handler,
                                       const mindroid::sp<mindroid::MessageCallback>& callback,
                                       const mindroid::sp<mindroid::Object>& obj) = 0;  // VsClatState
@@ -31,9 +31,9 @@ public:
                                      const mindroid::sp<mindroid::MessageCallback>& callback,
                                      const mindroid::sp<mindroid::Object>& obj) = 0;  // VsIccEvent
 
-    // Answers, now or later and from any thread, by SubsysComponent::sendResponse on the message with a VsRfIccInfo, or
-    // with an error alone. The caller asks again every 50 ms, five times; the first answer counts. Looper of the RF
-    // component.
+    // Answers, now or later and from any thread, by SubsysComponent::sendResponse on the message with a carrier of
+    // VsRfIccInfo, or with an error alone. The caller asks again every 50 ms, five times; the first answer counts.
+    // Looper of the RF component.
     virtual void getRfIccInfo(const mindroid::sp<mindroid::Message>& message) = 0;
 
     // Notify with an Integer 1 when the component is ready. Listeners added later are not told again of an earlier

@@ -5,9 +5,9 @@
 #include "ims/ImsOrtcServiceResponse.h"
 #include "rf/RfSubsysService.h"
 #include "service/OsUtils.h"
-#include "service/SubsysServiceIndication.h"
-#include "service/SubsysServiceResponse.h"
 #include "service/SubsysServiceStateTracker.h"
+#include "service/channel/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceResponse.h"
 
 #include <android/binder_manager.h>
 #include <mindroid/Log.h>
@@ -24,9 +24,9 @@ namespace {
 
 constexpr int32_t MSG_CLIENT_DEATH = 0;
 
-// A callback without a binder is one of this process, which can't die.
-bool isDead(const std::shared_ptr<ISubsysResponse>& response) {
-    const ::ndk::SpAIBinder binder = response->asBinder();
+// False without a callback; one without a binder is of this process, which can't die.
+bool isDead(const std::shared_ptr<::ndk::ICInterface>& callback) {
+    const ::ndk::SpAIBinder binder = callback ? callback->asBinder() : nullptr;
     return binder.get() != nullptr && !AIBinder_isAlive(binder.get());
 }
 
@@ -46,9 +46,7 @@ void SubsysService::SubsysServiceHandler::handleMessage(const sp<Message>& messa
 }
 
 void SubsysService::SubsysServiceHandler::onClientDeath(const sp<Message>& /*message*/) {
-    // Only what is stored now counts: a live client is the successor of the one that died.
-    const Client client = mService->getClient();
-    if (!client.response || isDead(client.response)) mService->forget(client);
+    if (mService != nullptr) mService->onClientDeath();
 }
 
 SubsysService::SubsysService() {
@@ -67,9 +65,7 @@ SubsysService::SubsysService() {
 }
 
 SubsysService::~SubsysService() {
-    // No death may reach the handler any more: its way back here ends.
-    mDeathMonitor.clear();
-    mHandler->removeCallbacksAndMessages();
+    mHandler->detach();
 }
 
 void SubsysService::init() {
@@ -98,7 +94,26 @@ void SubsysService::onHidlClientDisconnected() {
 }
 
 void SubsysService::serviceDied() {
-    forget(getClient());
+    cleanUp(mSubsysResponse->getCallback(), mSubsysIndication->getCallback());
+}
+
+void SubsysService::onClientDeath() {
+    // The indication first: setCallback stores it last, so it is no newer than the response.
+    const auto indication = mSubsysIndication->getCallback();
+    const auto response = mSubsysResponse->getCallback();
+    // A living client is the successor of the one that died, and stays.
+    const bool successor = response && !isDead(response);
+    successor ? cleanUp(nullptr, nullptr) : cleanUp(response, indication);
+}
+
+void SubsysService::cleanUp(const std::shared_ptr<ISubsysResponse>& response,
+                            const std::shared_ptr<ISubsysIndication>& indication) {
+    Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
+    Log::d(TAG, "SubsysService::clearCallbacks");
+    mSubsysResponse->clearCallback(response);
+    mSubsysIndication->clearCallback(indication);
+    mStateTracker->setHidlState(0);
+    mRfSubsysService->setSubsysState(false);
 }
 
 void SubsysService::clearCallbacks() {
@@ -107,45 +122,23 @@ void SubsysService::clearCallbacks() {
     mSubsysIndication->setCallback(nullptr);
 }
 
-SubsysService::Client SubsysService::getClient() const {
-    auto indication = mSubsysIndication->getCallback();
-    return {std::move(indication), mSubsysResponse->getCallback()};
-}
-
-void SubsysService::forget(const Client& client) {
-    if (!mSubsysResponse->clearCallback(client.response)) return;
-    Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
-    Log::d(TAG, "SubsysService::clearCallbacks");
-    mSubsysIndication->clearCallback(client.indication);
-    mStateTracker->setHidlState(0);
-    mRfSubsysService->setSubsysState(false);
-    // A successor that came since then may have been told to the tracker before the 0. One whose indication callback is
-    // still to be stored will be told after it.
-    if (mSubsysIndication->getCallback()) mStateTracker->setHidlState(1);
-}
-
 ScopedAStatus SubsysService::setCallback(const std::shared_ptr<ISubsysResponse>& response,
                                          const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::setCallbacks");
-    const auto before = mSubsysResponse->getCallback();
+    const bool followsDead = isDead(mSubsysResponse->getCallback()) || isDead(mSubsysIndication->getCallback());
     mSubsysResponse->setCallback(response);
     if (response) mDeathMonitor->init(response);
     mSubsysIndication->setCallback(indication);
-    // Nobody hears of the death of the one before any more, and a client after a death is told the state.
-    if (before && isDead(before)) mStateTracker->setHidlState(0);
+    // The death of the client before may not have been heard. Its successor is told the state all the same.
+    if (followsDead) mStateTracker->setHidlState(0);
     mStateTracker->setHidlState(1);
     mRfSubsysService->setSubsysState(true);
-    // One that died meanwhile may have been forgotten before all of it was stored: its death is looked at once more.
-    if (response && isDead(response)) mHandler->sendEmptyMessage(MSG_CLIENT_DEATH);
-    // Another client came meanwhile, and the two may have begun their watches in the other order.
-    const auto now = mSubsysResponse->getCallback();
-    if (now && now != response) mDeathMonitor->init(now);
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus SubsysService::setImsOrtcCallback(const std::shared_ptr<IImsOrtcResponse>& response,
                                                 const std::shared_ptr<IImsOrtcIndication>& indication) {
-    // Neither the death monitor nor the state tracker hears of it, on purpose: these channels watch their own clients.
+    // Deliberate: neither the death monitor nor the state tracker hears of it. These channels watch their own clients.
     Log::d(TAG, "SubsysService::setImsOrtcCallback");
     mImsOrtcResponse->setCallback(response);
     mImsOrtcIndication->setCallback(indication);

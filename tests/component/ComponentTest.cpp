@@ -4,7 +4,6 @@
 #include "component/SubsysComponent.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
-#include "tests/support/Threads.h"
 
 #include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
@@ -111,12 +110,10 @@ TEST_F(ComponentTest, ProxyState_WhenComponentVotes_ThenTicketFollowsTheState) {
         return voter->getTicket()->isUp();
     };
     EXPECT_TRUE(report(new Integer(-3)));
-    EXPECT_TRUE(report(new String("down")));  // Not a state: the ticket stays.
     EXPECT_FALSE(report(new Integer(0)));
     EXPECT_EQ(log.lines("Component"),
               (std::vector<LogLine>{
                   {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is -3"},
-                  {ANDROID_LOG_ERROR, "Component", "proxy state of type 42 is no Integer"},
                   {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is 0"}}));
 }
 
@@ -179,17 +176,6 @@ TEST_F(ComponentTest, SendResponse_WhenWithoutValue_ThenObjectIsLeftAsItWas) {
     const auto got = handler->replies.all();
     EXPECT_EQ(std::pair(got[0].error, got[0].value), std::pair(4, before));
     EXPECT_EQ(std::pair(got[1].error, got[1].value), std::pair(1, before));
-}
-
-TEST_F(ComponentTest, SendResponse_WhenManyThreadsReplyToOneMessage_ThenItIsAnsweredOnce) {
-    const sp<Message> message = reply();
-    test::inThreads(8, [&](size_t) { SubsysComponent::sendResponse(message, SUBSYS_Errno::SUCCESS, uint8_t{1}); });
-    (void)onlyReply();
-    component->sendErrorResponse(message, 1);  // Dispatched already.
-    component->sendErrorResponse(nullptr, 1);
-    (void)onlyReply();
-    EXPECT_EQ(log.count("Component", "second reply to a message refused", ANDROID_LOG_WARN), 8u);
-    EXPECT_EQ(log.count("Component", "reply without a message refused", ANDROID_LOG_WARN), 1u);
 }
 
 TEST_F(ComponentTest, SetInstanceId_WhenCalledAgain_ThenComponentAndModulesKeepTheFirst) {

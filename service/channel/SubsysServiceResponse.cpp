@@ -1,6 +1,4 @@
-#include "service/SubsysServiceResponse.h"
-
-#include "component/Utf8.h"
+#include "service/channel/SubsysServiceResponse.h"
 
 #include <mindroid/Log.h>
 #include <utils/ByteVector.h>
@@ -48,18 +46,7 @@ ScopedAStatus SubsysServiceResponse::getNvramDataResponse(int32_t serial, SUBSYS
                                                           uint32_t length) {
     if (length == 0) Log::e(TAG, "%s getNvramDataResponse bufInfo is NULL !", "getNvramDataResponse");
     const std::vector<uint8_t> bytes = ::subsys_utils::toVec(buffer, length);
-    std::string data(bytes.begin(), bytes.end());
-    SubsysResponseInfo info;
-    populateResponseInfo(info, serial, error);
-    const auto callback = getCallback();
-    if (!callback || callback->getNvramDataResponse(info, data).getStatus() != STATUS_BAD_VALUE)
-        return ScopedAStatus::ok();
-    // Refused before it was sent, since it is no string to the binder.
-    if (::hal::dropCutSequence(data)) {
-        Log::e(TAG, "getNvramDataResponse ends inside a UTF-8 sequence, sent %zu of %u bytes", data.size(), length);
-        (void)callback->getNvramDataResponse(info, data);
-    }
-    return ScopedAStatus::ok();
+    return respond(&ISubsysResponse::getNvramDataResponse, serial, error, std::string(bytes.begin(), bytes.end()));
 }
 
 ScopedAStatus SubsysServiceResponse::setIccTuningStateResponse(int32_t serial, SUBSYS_Errno error) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "component/CallbackRef.h"
+#include "service/channel/CallbackRef.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsysIndication.h>
 #include <mindroid/Object.h>
@@ -22,8 +22,8 @@ public:
     // Null clears it.
     void setCallback(const std::shared_ptr<ISubsysIndication>& callback) { mCallback.set(callback); }
     [[nodiscard]] std::shared_ptr<ISubsysIndication> getCallback() const { return mCallback.get(); }
-    // Clears it, unless another one is stored by now: false then.
-    bool clearCallback(const std::shared_ptr<ISubsysIndication>& callback) { return mCallback.clearIf(callback); }
+    // Clears it, unless another one is stored by now.
+    void clearCallback(const std::shared_ptr<ISubsysIndication>& callback) { mCallback.clearIf(callback); }
 
     // Any state but 0 is up.
     void sendSubsysStateChanged(uint8_t state);

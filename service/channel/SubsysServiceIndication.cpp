@@ -1,4 +1,4 @@
-#include "service/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceIndication.h"
 
 #include <mindroid/Log.h>
 

@@ -14,9 +14,9 @@ public:
     void set(std::shared_ptr<Interface> callback) { std::atomic_store(&mCallback, std::move(callback)); }
     // Null without a client.
     [[nodiscard]] std::shared_ptr<Interface> get() const { return std::atomic_load(&mCallback); }
-    // Clears it, unless another one than `callback` is stored by now: false then.
-    bool clearIf(std::shared_ptr<Interface> callback) {
-        return std::atomic_compare_exchange_strong(&mCallback, &callback, std::shared_ptr<Interface>());
+    // Clears it, unless another one than `callback` is stored by now.
+    void clearIf(std::shared_ptr<Interface> callback) {
+        std::atomic_compare_exchange_strong(&mCallback, &callback, std::shared_ptr<Interface>());
     }
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "component/CallbackRef.h"
-#include "component/ResponseInfo.h"
+#include "service/channel/CallbackRef.h"
+#include "service/channel/ResponseInfo.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsysResponse.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
@@ -25,22 +25,22 @@ public:
     // Null clears it.
     void setCallback(const std::shared_ptr<ISubsysResponse>& callback) { mCallback.set(callback); }
     [[nodiscard]] std::shared_ptr<ISubsysResponse> getCallback() const { return mCallback.get(); }
-    // Clears it, unless another one is stored by now: false then.
-    bool clearCallback(const std::shared_ptr<ISubsysResponse>& callback) { return mCallback.clearIf(callback); }
+    // Clears it, unless another one is stored by now.
+    void clearCallback(const std::shared_ptr<ISubsysResponse>& callback) { mCallback.clearIf(callback); }
 
     ndk::ScopedAStatus getSwtpStatusResponse(int32_t serial, SUBSYS_Errno error, uint8_t status);
     ndk::ScopedAStatus getLcdInfoResponse(int32_t serial, SUBSYS_Errno error, const std::string& lcdInfo);
     ndk::ScopedAStatus setMipiFreqClkResponse(int32_t serial, SUBSYS_Errno error);
     ndk::ScopedAStatus setOscFreqClkResponse(int32_t serial, SUBSYS_Errno error);
-    // The bytes travel as a string of the same length, zero bytes included, on purpose. An end that the binder does not
-    // take in a string is left out, with an error line.
+    // Deliberate: the bytes travel as a string of the same length, zero bytes included. Clients read them so. What the
+    // binder refuses in a string is lost.
     ndk::ScopedAStatus getNvramDataResponse(int32_t serial, SUBSYS_Errno error, const uint8_t* buffer, uint32_t length);
     ndk::ScopedAStatus setIccTuningStateResponse(int32_t serial, SUBSYS_Errno error);
     ndk::ScopedAStatus setIccWifiAntStateResponse(int32_t serial, SUBSYS_Errno error);
     ndk::ScopedAStatus setIccSatelliteAntStateResponse(int32_t serial, SUBSYS_Errno error);
     ndk::ScopedAStatus getIccStateResponse(int32_t serial, SUBSYS_Errno error, const IccStateInfo& state);
     ndk::ScopedAStatus killProcessResponse(int32_t serial, SUBSYS_Errno error);
-    // Only the low byte of the request id travels, on purpose: clients match answers by serial.
+    // Deliberate: only the low byte of the request id travels. Clients match answers by serial.
     ndk::ScopedAStatus sendIccCmdResponse(int32_t serial, SUBSYS_Errno error, int32_t reqId, const uint8_t* buffer,
                                           uint32_t length);
 
