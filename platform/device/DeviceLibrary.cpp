@@ -3,6 +3,7 @@
 #include <android-base/unique_fd.h>
 #include <android/log.h>
 #include <device/DevicePath.h>
+#include <device/Mutex.h>
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
@@ -12,7 +13,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <mutex>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -71,12 +71,16 @@ std::string loaderReason(const std::string& file) {
     return std::string(reason);
 }
 
+struct LinesSoFar {
+    Mutex lock;
+    std::set<std::string> lines SUBSYS_GUARDED_BY(lock);
+};
+
 bool isNew(const std::string& line) {
     // Never destroyed: a plugin may be opened while the process ends.
-    static auto& sLock = *new std::mutex();
-    static auto& sLines = *new std::set<std::string>();
-    const std::lock_guard lock(sLock);
-    return sLines.insert(line).second;
+    static auto& sSoFar = *new LinesSoFar();
+    const MutexLock lock(sSoFar.lock);
+    return sSoFar.lines.insert(line).second;
 }
 
 }  // namespace

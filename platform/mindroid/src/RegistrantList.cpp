@@ -53,7 +53,7 @@ void Registrant::notify(const sp<Object>& result) const {
 
 void RegistrantList::add(const sp<Registrant>& registrant) {
     if (registrant == nullptr) return;
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     mRegistrants.push_back(registrant);
 }
 
@@ -63,13 +63,13 @@ void RegistrantList::add(const sp<Handler>& handler, int32_t what, const sp<Obje
 
 void RegistrantList::remove(const sp<Handler>& handler) {
     std::vector<sp<Registrant>> removed;
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     removed = extract(mRegistrants, handler);
 }
 
 size_t RegistrantList::replace(const sp<Registrant>& registrant) {
     std::vector<sp<Registrant>> removed;
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     const size_t size = mRegistrants.size();
     if (registrant == nullptr) return size;
     removed = extract(mRegistrants, registrant->getHandler());
@@ -78,14 +78,14 @@ size_t RegistrantList::replace(const sp<Registrant>& registrant) {
 }
 
 size_t RegistrantList::size() const {
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     return mRegistrants.size();
 }
 
 void RegistrantList::notify(const sp<Object>& result) const {
     std::vector<sp<Registrant>> registrants;
     {
-        const std::lock_guard lock(mLock);
+        const device::MutexLock lock(mLock);
         registrants = mRegistrants;
     }
     for (const sp<Registrant>& registrant : registrants) registrant->notify(result);

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
+#include <device/Mutex.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Object.h>
 
@@ -44,8 +44,8 @@ public:
     void notify(const sp<Object>& result = nullptr) const;
 
 private:
-    mutable std::mutex mLock;
-    std::vector<sp<Registrant>> mRegistrants;
+    mutable device::Mutex mLock;
+    std::vector<sp<Registrant>> mRegistrants SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace mindroid
