@@ -42,6 +42,8 @@ public:
     // The component registered first with the type (and the instance id), or null. Any.
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId) const;
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId, int32_t instanceId) const;
+    // All that were added, in that order; null ones too. Any, after start-up.
+    [[nodiscard]] const std::vector<mindroid::sp<Component>>& components() const { return mComponents; }
 
 private:
     void initComponent(Component& component);

@@ -8,26 +8,32 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 
 #include "component/ComponentManager.h"
 #include "host/ComponentLibrary.h"
-#include "host/SignalWaiter.h"
+#include "host/PluginList.h"
+#include "host/SignalThread.h"
 #include "rf/RfSubsysComponent.h"
 #include "service/SubsysService.h"
 
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::SubsysService;
 
+using mindroid::Log;
+
 namespace {
 
+constexpr const char* TAG = "subsysd";
 // Requests return at once, so that a few threads serve many clients.
 constexpr uint32_t BINDER_THREADS = 4;
 
-bool loadAll(const std::vector<std::string>& libraries) {
-    for (const auto& library : libraries) {
+bool loadComponents(const Options& options) {
+    for (const auto& library : options.libraries) {
         if (!loadComponentLibrary(library)) return false;
     }
+    for (const auto& folder : options.folders) loadComponentFolder(folder);
     return true;
 }
 
@@ -48,9 +54,14 @@ bool publish(SubsysService& service) {
     if (service.registerAsServer() == 0) return true;
     // The name's lock says it: a holder that is stopped would not answer.
     const bool isHeld = AServiceManager_isDeclared(serviceName().c_str());
-    fprintf(stderr, "subsysd: can't publish %s: %s\n", serviceName().c_str(),
-            isHeld ? "another process serves it" : "the folder of service names is not usable");
+    Log::e(TAG, "can't publish %s: %s", serviceName().c_str(),
+           isHeld ? "another process serves it" : "the folder of service names is not usable");
     return false;
+}
+
+void logState() {
+    Log::i(TAG, "%s, pid %d, %zu components", serviceName().c_str(), getpid(),
+           hal::ComponentManager::getInstance()->components().size());
 }
 
 void startBinder() {
@@ -60,10 +71,11 @@ void startBinder() {
 
 }  // namespace
 
-int subsysdServe(const std::vector<std::string>& libraries) {
+int subsysdServe(const Options& options) {
     mindroid::Looper::prepare();
-    const SignalWaiter waiter;
-    if (!loadAll(libraries)) return EXIT_FAILURE;
+    const SignalThread signals(options.stopTimeout, logState);
+    checkPluginList();
+    if (!loadComponents(options)) return EXIT_FAILURE;
     startComponents();
     const auto service = ndk::SharedRefBase::make<SubsysService>();
     if (!publish(*service)) return EXIT_FAILURE;

@@ -50,8 +50,15 @@ function(subsys_common target)
     target_link_options(${target} PRIVATE ${flags})
 endfunction()
 
+# The room whose tests stand in the current folder, for `ctest -L`: rf for tests/rf, binder for platform/binder/tests.
+function(subsys_room result)
+    string(REGEX REPLACE "/tests$" "" folder ${CMAKE_CURRENT_SOURCE_DIR})
+    get_filename_component(room ${folder} NAME)
+    set(${result} ${room} PARENT_SCOPE)
+endfunction()
+
 # subsys_test(<name> SOURCES <files> LIBRARIES <targets>): a GoogleTest program. Each of its cases runs in a process of
-# its own, since some of the system's flags are set once for a process.
+# its own, since some of the system's flags are set once for a process. Its label is the room.
 function(subsys_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
@@ -63,7 +70,8 @@ function(subsys_test name)
     # Shared by all tests, which takes the same code model for all of them.
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
     target_precompile_headers(${name} REUSE_FROM test_support)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60)
+    subsys_room(room)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS ${room})
 endfunction()
 find_package(GTest REQUIRED)
 include(GoogleTest)
