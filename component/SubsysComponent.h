@@ -2,6 +2,7 @@
 
 #include "component/Component.h"
 #include "component/ComponentSingleton.h"
+#include "component/Interface.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <mindroid/HandlerThread.h>
@@ -10,7 +11,7 @@
 
 namespace hal {
 
-using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno;
+using interface::SUBSYS_Errno;
 
 // A component whose replies carry a SUBSYS_Errno. The integer replies of the base are hidden.
 class SubsysComponent : public Component {

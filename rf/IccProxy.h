@@ -38,14 +38,11 @@ public:
     IccProxy(int32_t instance, const mindroid::sp<mindroid::HandlerThread>& thread);
     ~IccProxy() override;
 
-    // Everything up to sendIccCmd returns at once, from any thread; the proxy's thread does the work.
+    // Everything up to sendIccCmd returns at once; the proxy's thread does the work. Any.
 
     // `speed` in Hz.
     void iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle);
 
-    using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
-                              const mindroid::sp<mindroid::MessageCallback>& callback,
-                              const mindroid::sp<mindroid::Object>& obj);
     // Each puts the callback in the place of what the handler registered for this event before, and asks the plugin for
     // the event again. The callback's message carries a SubsysInterfaceData of the record named. A listener is not told
     // what happened before, and an event that comes while it changes places is missed. While the plugin can't be loaded
@@ -104,7 +101,7 @@ private:
     const mindroid::sp<mindroid::HandlerThread> mThread;
     // Null where the proxy has no thread of its own.
     const mindroid::sp<mindroid::Executor> mExecutor;
-    // The proxy's thread alone, both.
+    // Both: proxy.
     IccPlugin mPlugin;
     IccCommands mCommands;
     IccEvents mEvents;

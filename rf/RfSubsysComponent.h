@@ -17,7 +17,7 @@ namespace hal {
 // proxy, initialises the ICC plugin with what the VsComponent tells, and turns the notifications of that component into
 // commands of the proxy.
 //
-// The register operations and the requests: any thread, from the end of init on. They only hand work to the proxy.
+// The register operations and the requests: any, from the end of init on. They only hand work to the proxy.
 class RfSubsysComponent : public SubsysComponent {
 public:
     static constexpr const char* TAG = "RfSubsysComponent";
@@ -55,11 +55,11 @@ public:
                     const mindroid::sp<mindroid::Message>& reply);
 
     // See the IccProxy operations of the same names. Nothing happens where there is no ICC module.
-    IccProxy::Registration registerIccStateInd;
-    IccProxy::Registration registerIccClatInfoInd;
-    IccProxy::Registration registerIccDeviceErrInd;
-    IccProxy::Registration registerIccPercChangeInd;
-    IccProxy::Registration registerIccInfoChangedInd;
+    Registration registerIccStateInd;
+    Registration registerIccClatInfoInd;
+    Registration registerIccDeviceErrInd;
+    Registration registerIccPercChangeInd;
+    Registration registerIccInfoChangedInd;
 
     // What the property "persist.vendor.nuvex.icc.module.enable" said when it was first asked for. Any.
     [[nodiscard]] static bool isIccSupported();
