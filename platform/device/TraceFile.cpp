@@ -24,8 +24,8 @@ namespace {
 
 using android::base::unique_fd;
 
-// Room for differences of two times.
-constexpr uint64_t MAX_TIME = uint64_t{1} << 62;
+// Leaves room for sums and differences.
+constexpr uint64_t MAX_TIME = uint64_t{1} << 60;
 
 std::string printable(std::string_view bytes) {
     std::string text(bytes);
