@@ -1,16 +1,5 @@
 #include "host/Daemon.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
-
-#include <android/binder_auto_utils.h>
-#include <android/binder_manager.h>
-#include <android/binder_process.h>
-#include <mindroid/Log.h>
-#include <mindroid/Looper.h>
-
 #include "component/ComponentManager.h"
 #include "host/ComponentLibrary.h"
 #include "host/PluginList.h"
@@ -18,9 +7,19 @@
 #include "rf/RfSubsysComponent.h"
 #include "service/SubsysService.h"
 
+#include <android/binder_auto_utils.h>
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <mindroid/Log.h>
+#include <mindroid/Looper.h>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::SubsysService;
-
 using mindroid::Log;
 
 namespace {
@@ -59,9 +58,9 @@ bool publish(SubsysService& service) {
     return false;
 }
 
+// On the signals' thread, while components may still start.
 void logState() {
-    Log::i(TAG, "%s, pid %d, %zu components", serviceName().c_str(), getpid(),
-           hal::ComponentManager::getInstance()->components().size());
+    Log::i(TAG, "%s, pid %d", serviceName().c_str(), getpid());
 }
 
 void startBinder() {
