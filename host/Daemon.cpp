@@ -8,6 +8,7 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <device/Recorder.h>
 #include <mindroid/Looper.h>
 
 #include "component/ComponentManager.h"
@@ -23,6 +24,13 @@ namespace {
 
 // Requests return at once, so that a few threads serve many clients.
 constexpr uint32_t BINDER_THREADS = 4;
+
+// On a device the system records.
+void startRecorder() {
+#if !defined(__ANDROID__)
+    (void)device::startRecorder("subsysd");
+#endif
+}
 
 bool loadAll(const std::vector<std::string>& libraries) {
     for (const auto& library : libraries) {
@@ -61,6 +69,7 @@ void startBinder() {
 }  // namespace
 
 int subsysdServe(const std::vector<std::string>& libraries) {
+    startRecorder();
     mindroid::Looper::prepare();
     const SignalWaiter waiter;
     if (!loadAll(libraries)) return EXIT_FAILURE;
