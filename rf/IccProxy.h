@@ -43,9 +43,6 @@ public:
     // `speed` in Hz.
     void iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle);
 
-    using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
-                              const mindroid::sp<mindroid::MessageCallback>& callback,
-                              const mindroid::sp<mindroid::Object>& obj);
     // Each puts the callback in the place of what the handler registered for this event before, and asks the plugin for
     // the event again. The callback's message carries a SubsysInterfaceData of the record named. A listener is not told
     // what happened before, and an event that comes while it changes places is missed. While the plugin can't be loaded

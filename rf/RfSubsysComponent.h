@@ -1,7 +1,6 @@
 #pragma once
 
 #include "component/SubsysComponent.h"
-#include "rf/IccProxy.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
@@ -12,6 +11,8 @@
 #include <vector>
 
 namespace hal {
+
+class IccProxy;
 
 // Serves the RF requests. Decides once for the process whether there is an ICC module at all; if so it owns the ICC
 // proxy, initialises the ICC plugin with what the VsComponent tells, and turns the notifications of that component into
@@ -55,11 +56,11 @@ public:
                     const mindroid::sp<mindroid::Message>& reply);
 
     // See the IccProxy operations of the same names. Nothing happens where there is no ICC module.
-    IccProxy::Registration registerIccStateInd;
-    IccProxy::Registration registerIccClatInfoInd;
-    IccProxy::Registration registerIccDeviceErrInd;
-    IccProxy::Registration registerIccPercChangeInd;
-    IccProxy::Registration registerIccInfoChangedInd;
+    Registration registerIccStateInd;
+    Registration registerIccClatInfoInd;
+    Registration registerIccDeviceErrInd;
+    Registration registerIccPercChangeInd;
+    Registration registerIccInfoChangedInd;
 
     // What the property "persist.vendor.nuvex.icc.module.enable" said when it was first asked for. Any.
     [[nodiscard]] static bool isIccSupported();
