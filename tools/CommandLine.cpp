@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "tools/NewProject.h"
 #include "tools/Requests.h"
 
 namespace subsysctl {
@@ -109,6 +110,21 @@ void addRegistrations(CLI::App& app, std::vector<Step>& steps) {
     add("set-ims-ortc-callback", "Become an IMS ORTC client until the end of this call", false);
 }
 
+struct ProjectArguments {
+    std::string kind;
+    std::string name;
+};
+
+CLI::App* addNew(CLI::App& app, ProjectArguments& arguments) {
+    CLI::App* verb = app.add_subcommand("new", "Write a project to start from into the folder NAME\n  new plugin mine");
+    verb->group("For authors");
+    verb->add_option("KIND", arguments.kind, "plugin, component or client")
+        ->required()
+        ->check(CLI::IsMember({"plugin", "component", "client"}));
+    verb->add_option("NAME", arguments.name, "Of the project")->required()->check(refuseProjectName);
+    return verb;
+}
+
 Step requestStep(Request request) {
     const bool rf = request.needs == Needs::RF;
     const bool ims = request.needs == Needs::IMS;
@@ -144,8 +160,12 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addWatch(app, commandLine.steps);
     addStatus(app, commandLine.steps);
     addRegistrations(app, commandLine.steps);
+    ProjectArguments project;
+    const CLI::App* newVerb = addNew(app, project);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        if (newVerb->parsed() && app.get_subcommands().size() > 1)
+            throw CLI::ValidationError("new", "no other verb may follow");
     } catch (const CLI::ParseError& error) {
         if (const auto rest = app.remaining(); !rest.empty()) {
             std::cerr << "subsysctl: no such verb or option: " << rest.front() << std::endl;
@@ -153,6 +173,7 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
         }
         return app.exit(error) == 0 ? OK : USAGE;
     }
+    if (newVerb->parsed()) return newProject(project.kind, project.name);
     return std::nullopt;
 }
 
