@@ -5,6 +5,7 @@
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/RegistrantList.h>
+#include <mindroid/Runnable.h>
 #include <mindroid/VoteBox.h>
 
 #include <cstdint>
@@ -14,6 +15,12 @@
 namespace hal {
 
 class ModuleManager;
+
+// How a listener registers for an event of a component or of a proxy: each event runs the callback on the handler's
+// looper, with a message whose obj carries the event's record. A mindroid::Registrant made of the three does that.
+using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
+                          const mindroid::sp<mindroid::MessageCallback>& callback,
+                          const mindroid::sp<mindroid::Object>& obj);
 
 // A unit of device logic, served by a handler on the looper of the thread that constructs it. A request hands it a
 // reply message; the component answers by filling that message and sending it back, at once or later, from any thread.

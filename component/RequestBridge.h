@@ -1,5 +1,7 @@
 #pragma once
 
+#include "component/Interface.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <android/binder_auto_utils.h>
 #include <mindroid/Boxes.h>
@@ -47,7 +49,7 @@ template <typename OnReply>
 
 // The error of a reply; not yet limited to what a client may see.
 [[nodiscard]] inline auto replyError(const mindroid::Message& reply) {
-    return static_cast<::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno>(reply.arg2);
+    return static_cast<interface::SUBSYS_Errno>(reply.arg2);
 }
 
 // The value of a reply, null for an error and for a reply without one. It lives as long as the message.

@@ -2,23 +2,16 @@
 
 #include "component/Component.h"
 #include "component/ComponentSingleton.h"
+#include "component/Interface.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
-#include <mindroid/Handler.h>
 #include <mindroid/HandlerThread.h>
-#include <mindroid/Message.h>
-#include <mindroid/Runnable.h>
 
 #include <utility>
 
 namespace hal {
 
-using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno;
-
-// An operation that registers a listener: the callback runs on the handler's looper, and `obj` comes along.
-using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
-                          const mindroid::sp<mindroid::MessageCallback>& callback,
-                          const mindroid::sp<mindroid::Object>& obj);
+using interface::SUBSYS_Errno;
 
 // A component whose replies carry a SUBSYS_Errno. The integer replies of the base are hidden.
 class SubsysComponent : public Component {

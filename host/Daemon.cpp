@@ -8,6 +8,7 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <device/Recorder.h>
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 
@@ -72,6 +73,7 @@ void startBinder() {
 }  // namespace
 
 int subsysdServe(const Options& options) {
+    (void)device::startRecorder("subsysd");
     mindroid::Looper::prepare();
     const SignalThread signals(options.stopTimeout, logState);
     checkPluginList();

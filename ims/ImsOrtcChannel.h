@@ -3,6 +3,7 @@
 #include "service/channel/CallbackRef.h"
 
 #include <android/binder_interface_utils.h>
+#include <device/Mutex.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -11,7 +12,6 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
@@ -23,8 +23,8 @@ namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 //   HOLDER_TAG      the holders' log tag
 //   LOCKS_ON_DEATH  whether freeing the slots of dead clients takes the registration lock
 
-// One client slot: free, or a client's callback and the watch on its process. Any thread; the channel serialises
-// registration.
+// One client slot: free, or a client's callback and the watch on its process. The channel serialises
+// registration. Any.
 template <typename Traits>
 class ImsOrtcHolder final : public ::mindroid::Object {
 public:
@@ -81,7 +81,7 @@ private:
 
     const std::array<::mindroid::sp<Holder>, 2> mSlots;
     // Serialises registration, and death handling where Traits::LOCKS_ON_DEATH says so.
-    std::mutex mLock;
+    ::device::Mutex mLock;
 };
 
 template <typename Traits>
@@ -101,7 +101,7 @@ ImsOrtcChannel<Traits>::ImsOrtcChannel() : mSlots{new Holder(), new Holder()} {
 template <typename Traits>
 void ImsOrtcChannel<Traits>::setCallback(std::shared_ptr<Callback> callback) {
     if (callback == nullptr) return;
-    const std::lock_guard lock(mLock);
+    const ::device::MutexLock lock(mLock);
     for (size_t slot = 0; slot < mSlots.size(); ++slot) {
         if (!mSlots[slot]->isClientDeath()) continue;
         ::mindroid::Log::d(Traits::TAG, "set cb:%d", static_cast<int>(slot));
@@ -113,9 +113,12 @@ void ImsOrtcChannel<Traits>::setCallback(std::shared_ptr<Callback> callback) {
 
 template <typename Traits>
 void ImsOrtcChannel<Traits>::onClientDeath(const ::mindroid::sp<::mindroid::Message>&) {
-    std::unique_lock lock(mLock, std::defer_lock);
-    if constexpr (Traits::LOCKS_ON_DEATH) lock.lock();
-    freeDeadSlots();
+    if constexpr (Traits::LOCKS_ON_DEATH) {
+        const ::device::MutexLock lock(mLock);
+        freeDeadSlots();
+    } else {
+        freeDeadSlots();
+    }
 }
 
 template <typename Traits>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "component/Interface.h"
 #include "ims/ImsOrtcRecords.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/CallInfo.h>
@@ -12,10 +13,8 @@
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcRoomInfo.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcStatus.h>
 
-// Between the records of the binder interface and those of the component. Safe on any input; any thread.
+// Between the records of the binder interface and those of the component. Safe on any input. Any.
 namespace hal {
-
-namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 // Text is copied byte for byte, embedded NULs too, where it is strictly shorter than its field; a longer one is not
 // truncated: its field stays empty and the other fields are filled all the same.

@@ -38,7 +38,7 @@ public:
     IccProxy(int32_t instance, const mindroid::sp<mindroid::HandlerThread>& thread);
     ~IccProxy() override;
 
-    // Everything up to sendIccCmd returns at once, from any thread; the proxy's thread does the work.
+    // Everything up to sendIccCmd returns at once; the proxy's thread does the work. Any.
 
     // `speed` in Hz.
     void iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle);
@@ -101,7 +101,7 @@ private:
     const mindroid::sp<mindroid::HandlerThread> mThread;
     // Null where the proxy has no thread of its own.
     const mindroid::sp<mindroid::Executor> mExecutor;
-    // The proxy's thread alone, both.
+    // Both: proxy.
     IccPlugin mPlugin;
     IccCommands mCommands;
     IccEvents mEvents;

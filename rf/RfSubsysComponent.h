@@ -18,7 +18,7 @@ class IccProxy;
 // proxy, initialises the ICC plugin with what the VsComponent tells, and turns the notifications of that component into
 // commands of the proxy.
 //
-// The register operations and the requests: any thread, from the end of init on. They only hand work to the proxy.
+// The register operations and the requests: any, from the end of init on. They only hand work to the proxy.
 class RfSubsysComponent : public SubsysComponent {
 public:
     static constexpr const char* TAG = "RfSubsysComponent";

@@ -18,6 +18,7 @@ struct Step {
     bool ims = false;
     std::optional<Request> request;
     std::function<int(Session&)> run;  // where it is no request
+    std::function<int()> look;         // where it needs no service
 };
 
 struct CommandLine {
@@ -27,8 +28,7 @@ struct CommandLine {
     std::vector<Step> steps;
 };
 
-// Fills `commandLine` and returns nothing, or does what needs no service (help, an error, a new project) and returns the
-// exit code.
+// Fills `commandLine` and returns nothing, or prints the help or the error and returns the exit code.
 std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine& commandLine);
 
 // Runs the steps over one connection and returns the exit code: that of the first step that failed.

@@ -4,6 +4,7 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <binder/peer.h>
+#include <cutils/trace.h>
 #include <signal.h>
 
 #include <algorithm>
@@ -147,6 +148,8 @@ int Session::request(const Request& request) {
     const auto until = Clock::now() + mTimeout;
     const int32_t serial = mNextSerial;
     mNextSerial = static_cast<int32_t>(static_cast<uint32_t>(serial) + 1);  // wraps
+    const std::string mark = request.method + " #" + std::to_string(serial);
+    atrace_async_begin(ATRACE_TAG_APP, mark.c_str(), serial);
     {
         const CallTimer timer(mTimeout);
         const auto callback = ndk::SharedRefBase::make<IccMetaCallback>(mMailbox);
@@ -155,6 +158,7 @@ int Session::request(const Request& request) {
     }
     const auto answer = mMailbox->takeAnswer([&](const Json& json) { return request.isAnswer(json, serial); }, until);
     if (!answer) return failAnswer(request);
+    atrace_async_end(ATRACE_TAG_APP, mark.c_str(), serial);
     mOutput.print(*answer);
     const Json& info = answer->at("info");
     const bool succeeded = info.contains("error") ? info["error"] == 0 : info.value("result", false);

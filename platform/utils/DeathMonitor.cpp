@@ -88,7 +88,7 @@ void DeathMonitor::State::post(uint64_t died) {
     const auto deliverIt = [state = weak_from_this(), died] {
         if (const auto self = state.lock()) self->deliver(died);
     };
-    target->post(mindroid::sp<mindroid::Runnable>(new mindroid::Runnable(deliverIt)));
+    target->obtainMessage(new mindroid::Runnable(deliverIt))->sendToTarget();
 }
 
 // Looper of the handler.
@@ -101,7 +101,7 @@ void DeathMonitor::State::deliver(uint64_t died) {
         target = handler;
         message = target->obtainMessage(what, obj);
     }
-    target->dispatchMessage(message);
+    target->handleMessage(message);
 }
 
 DeathMonitor::DeathMonitor() : mState(std::make_shared<State>()) {}

@@ -1,7 +1,5 @@
 #include <mindroid/Handler.h>
 
-#include <algorithm>
-
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 #include <mindroid/SystemClock.h>
@@ -34,12 +32,9 @@ Handler::~Handler() = default;
 void Handler::handleMessage(const sp<Message>&) {}
 
 void Handler::dispatchMessage(const sp<Message>& message) {
-    const sp<Runnable> callback = message->getCallback();
-    if (callback != nullptr) {
-        callback->run();
-    } else {
-        handleMessage(message);
-    }
+    if (message->mRunnable != nullptr) return message->mRunnable->run();
+    if (message->mMessageCallback != nullptr) return message->mMessageCallback->handleMessage(message);
+    handleMessage(message);
 }
 
 sp<Message> Handler::obtainMessage() {
@@ -102,14 +97,14 @@ bool Handler::postDelayed(const sp<Runnable>& task, int64_t delayMillis) {
 void Handler::removeMessages(int32_t what) {
     if (mLooper == nullptr) return;
     mLooper->mQueue->remove([this, what](const Message& message) {
-        return message.mTarget.get() == this && message.mCallback == nullptr && message.what == what;
+        return message.mTarget.get() == this && message.mRunnable == nullptr && message.what == what;
     });
 }
 
 void Handler::removeCallbacks(const sp<Runnable>& task) {
     if (mLooper == nullptr || task == nullptr) return;
     mLooper->mQueue->remove(
-        [this, &task](const Message& message) { return message.mTarget.get() == this && message.mCallback == task; });
+        [this, &task](const Message& message) { return message.mTarget.get() == this && message.mRunnable == task; });
 }
 
 void Handler::removeCallbacksAndMessages() {
@@ -121,18 +116,18 @@ bool Handler::send(const sp<Message>& message, uint64_t dueTime) {
     if (message == nullptr) return refuse("no message to send");
     if (!message->markSent()) return false;
     if (message->mTarget.get() != this) message->mTarget = this;
-    return enqueue(message, dueTime);
+    return enqueue(*message, dueTime);
 }
 
-bool Handler::sendNew(sp<Message> message, int64_t delayMillis) {
+bool Handler::sendNew(const sp<Message>& message, int64_t delayMillis) {
     // Nobody else has it yet.
     message->mSent.store(true, std::memory_order_relaxed);
-    return enqueue(std::move(message), dueTimeAfter(delayMillis));
+    return enqueue(*message, dueTimeAfter(delayMillis));
 }
 
-bool Handler::enqueue(sp<Message> message, uint64_t dueTime) {
-    if (mLooper != nullptr && mLooper->mQueue->enqueue(std::move(message), dueTime)) return true;
-    message->letGo();
+bool Handler::enqueue(Message& message, uint64_t dueTime) {
+    if (mLooper != nullptr && mLooper->mQueue->enqueue(message, dueTime)) return true;
+    message.letGo();
     return refuse("the handler has no live looper: message dropped");
 }
 

@@ -2,28 +2,23 @@
 
 #include <pthread.h>
 
-#include <future>
+#include <system_error>
 #include <utility>
 
-#include <mindroid/Looper.h>
+#include <mindroid/Log.h>
 
 namespace mindroid {
 
 namespace {
 
+constexpr char TAG[] = "HandlerThread";
+
 // The most that the system keeps of a thread's name.
 constexpr size_t kMaxNameLength = 15;
 
-void run(const std::string& name, std::promise<sp<Looper>> looper) {
-    pthread_setname_np(pthread_self(), name.c_str());
-    Looper::prepare();
-    looper.set_value(Looper::myLooper());
-    Looper::loop();
-}
-
 }  // namespace
 
-HandlerThread::HandlerThread(std::string name) : mName(std::move(name), 0, kMaxNameLength) {}
+HandlerThread::HandlerThread(std::string name) : mName(std::move(name), 0, kMaxNameLength), mLooper(new Looper()) {}
 
 HandlerThread::~HandlerThread() {
     quit();
@@ -34,24 +29,26 @@ HandlerThread::~HandlerThread() {
     }
 }
 
-bool HandlerThread::start() {
-    if (getLooper() != nullptr) return false;
-    std::promise<sp<Looper>> promise;
-    std::future<sp<Looper>> looper = promise.get_future();
-    mThread = std::thread(run, mName, std::move(promise));
-    const std::lock_guard lock(mLock);
-    mLooper = looper.get();
-    return true;
+void HandlerThread::run(const std::string& name, const sp<Looper>& looper) {
+    pthread_setname_np(pthread_self(), name.c_str());
+    Looper::bind(looper);
+    Looper::loop();
 }
 
-sp<Looper> HandlerThread::getLooper() const {
-    const std::lock_guard lock(mLock);
-    return mLooper;
+bool HandlerThread::start() {
+    if (std::exchange(mStarted, true)) return false;
+    try {
+        mThread = std::thread(run, mName, mLooper);
+        return true;
+    } catch (const std::system_error& error) {
+        Log::e(TAG, "thread %s can't be started: %s", mName.c_str(), error.what());
+        quit();
+        return false;
+    }
 }
 
 void HandlerThread::quit() {
-    const sp<Looper> looper = getLooper();
-    if (looper != nullptr) looper->quit();
+    mLooper->quit();
 }
 
 void HandlerThread::join() {

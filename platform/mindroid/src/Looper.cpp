@@ -1,5 +1,8 @@
 #include <mindroid/Looper.h>
 
+#include <android/log.h>
+#include <pthread.h>
+
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -12,16 +15,21 @@ namespace {
 
 constexpr char TAG[] = "Looper";
 
-// The looper of a thread. Nobody runs its messages once the thread has ended, so it quits then.
-struct ThreadLooper {
-    sp<Looper> looper;
+// Nobody runs a thread's messages once it has ended.
+void quitAtThreadEnd(void* looper) {
+    sp<Looper>::adopt(static_cast<Looper*>(looper))->quit();
+}
 
-    ~ThreadLooper() {
-        if (looper != nullptr) looper->quit();
-    }
-};
-
-thread_local ThreadLooper sThreadLooper;
+// Where each thread keeps a reference to its looper. Not a thread_local: its first use waits while a library is being
+// loaded, and so would a thread that a static initialiser starts.
+pthread_key_t looperKey() {
+    static const pthread_key_t sKey = [] {
+        pthread_key_t key{};
+        if (pthread_key_create(&key, quitAtThreadEnd) != 0) __android_log_assert(nullptr, TAG, "no thread key is left");
+        return key;
+    }();
+    return sKey;
+}
 
 }  // namespace
 
@@ -30,12 +38,16 @@ Looper::Looper() : mQueue(std::make_unique<MessageQueue>()) {}
 Looper::~Looper() = default;
 
 bool Looper::prepare() {
-    if (sThreadLooper.looper != nullptr) {
+    if (myLooper() != nullptr) {
         Log::e(TAG, "the thread has a looper already");
         return false;
     }
-    sThreadLooper.looper = new Looper();
+    bind(new Looper());
     return true;
+}
+
+void Looper::bind(sp<Looper> looper) {
+    pthread_setspecific(looperKey(), looper.release());
 }
 
 void Looper::loop() {
@@ -48,7 +60,7 @@ void Looper::loop() {
 }
 
 sp<Looper> Looper::myLooper() {
-    return sThreadLooper.looper;
+    return static_cast<Looper*>(pthread_getspecific(looperKey()));
 }
 
 void Looper::quit() {
@@ -58,7 +70,7 @@ void Looper::quit() {
 }
 
 bool Looper::isCurrentThread() const {
-    return sThreadLooper.looper.get() == this;
+    return pthread_getspecific(looperKey()) == this;
 }
 
 }  // namespace mindroid

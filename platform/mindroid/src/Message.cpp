@@ -6,7 +6,6 @@
 #include <mindroid/Log.h>
 #include <mindroid/Runnable.h>
 
-#include "MessagePool.h"
 #include "MessageQueue.h"
 
 namespace mindroid {
@@ -18,14 +17,6 @@ constexpr char TAG[] = "Message";
 Message::Message() : Object(Adopted{}) {}
 
 Message::~Message() = default;
-
-void* Message::operator new(size_t size) {
-    return messagepool::allocate(size);
-}
-
-void Message::operator delete(void* memory) {
-    messagepool::release(memory);
-}
 
 sp<Message> Message::create(sp<Handler> target) {
     sp<Message> message = sp<Message>::adopt(new Message());
@@ -62,17 +53,17 @@ sp<Message> Message::obtain(const sp<Handler>& target, int32_t what, int32_t arg
 
 sp<Message> Message::obtain(const sp<Handler>& target, const sp<Runnable>& callback) {
     sp<Message> message = create(target);
-    message->mCallback = callback;
+    message->mRunnable = callback;
     return message;
 }
 
 void Message::setCallback(const sp<Runnable>& callback) {
     if (wasSent()) return Log::w(TAG, "a message that was sent keeps its callback");
-    mCallback = callback;
+    mRunnable = callback;
 }
 
 const sp<Runnable>& Message::getCallback() const {
-    return mCallback;
+    return mRunnable;
 }
 
 void Message::setTarget(const sp<Handler>& target) {
@@ -86,9 +77,7 @@ const sp<Handler>& Message::getTarget() const {
 
 bool Message::sendToTarget() {
     if (!markSent()) return false;
-    // Held here, since the looper may be done with the message before the call returns.
-    const sp<Handler> target = mTarget;
-    if (target != nullptr) return target->enqueue(this, MessageQueue::kNow);
+    if (mTarget != nullptr) return mTarget->enqueue(*this, MessageQueue::kNow);
     Log::w(TAG, "a message without a target can't be sent");
     mSent.store(false, std::memory_order_release);
     return false;
@@ -105,7 +94,8 @@ bool Message::markSent() {
 }
 
 void Message::letGo() {
-    mCallback.clear();
+    mRunnable.clear();
+    mMessageCallback.clear();
     obj.clear();
     mTarget.clear();
 }

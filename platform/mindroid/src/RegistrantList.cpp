@@ -14,19 +14,6 @@ namespace {
 
 constexpr char TAG[] = "Registrant";
 
-// Runs a registrant's callback with the message that carries this task.
-class Notification final : public Runnable {
-public:
-    Notification(const sp<MessageCallback>& callback, const sp<Message>& message)
-        : Runnable(nullptr), mCallback(callback), mMessage(message) {}
-
-    void run() override { mCallback->handleMessage(mMessage); }
-
-private:
-    const sp<MessageCallback> mCallback;
-    const sp<Message> mMessage;
-};
-
 // Moves the registrants of the handler out, for the caller to destroy without the lock.
 std::vector<sp<Registrant>> extract(std::vector<sp<Registrant>>& registrants, const sp<Handler>& handler) {
     const auto isOther = [&](const sp<Registrant>& registrant) { return registrant->getHandler() != handler; };
@@ -47,7 +34,7 @@ Registrant::Registrant(const sp<Handler>& handler, const sp<MessageCallback>& ca
 void Registrant::notify(const sp<Object>& result) const {
     if (mHandler == nullptr) return Log::w(TAG, "no handler to notify");
     const sp<Message> message = mHandler->obtainMessage(mWhat, result != nullptr ? result : mObj);
-    if (mCallback != nullptr) message->setCallback(new Notification(mCallback, message));
+    message->mMessageCallback = mCallback;
     message->sendToTarget();
 }
 

@@ -149,7 +149,6 @@ TEST_F(DeathMonitors, Destroy_WhenADeathIsQueued_ThenNoMessage) {
     });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 0u);
-    EXPECT_EQ(handler->strongCount(), 1);
 }
 
 TEST_F(DeathMonitors, Death_WhenTheHandlerIsMissingOrHasNoLooper_ThenItIsDropped) {

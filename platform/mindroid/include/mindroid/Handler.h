@@ -55,9 +55,9 @@ private:
     friend class Message;
 
     bool send(const sp<Message>& message, uint64_t dueTime);
-    bool sendNew(sp<Message> message, int64_t delayMillis);
+    bool sendNew(const sp<Message>& message, int64_t delayMillis);
     // Takes a message that is marked as sent.
-    bool enqueue(sp<Message> message, uint64_t dueTime);
+    bool enqueue(Message& message, uint64_t dueTime);
 
     const sp<Looper> mLooper;
 };

@@ -28,8 +28,11 @@ public:
 
 private:
     friend class Handler;
+    friend class HandlerThread;
 
     Looper();
+    // Makes it the calling thread's, which has none.
+    static void bind(sp<Looper> looper);
 
     const std::unique_ptr<MessageQueue> mQueue;
 };

@@ -10,9 +10,10 @@ namespace mindroid {
 
 class Handler;
 class Looper;
+class MessageCallback;
 class Runnable;
 
-// A unit of work for a handler. Messages come from a pool: obtain one, fill it, send it once.
+// A unit of work for a handler. Obtain one, fill it, send it once.
 // The sender owns the fields until it sends; the target's looper thread owns them from then on. A message is spent once
 // it was dispatched, removed, dropped by a quit or refused by a looper that is gone: it lets go of its callback, its
 // object and its target then, and can't be sent again. So a callback may hold its own message.
@@ -29,12 +30,6 @@ public:
     int32_t arg1 = 0;
     int32_t arg2 = 0;
 
-private:
-    // Stand here to fill the gap before `obj`, so that a message is one cache line.
-    std::atomic<bool> mSent{false};
-    std::atomic<bool> mClaimed{false};
-
-public:
     sp<Object> obj;
 
     ~Message() override;
@@ -54,14 +49,11 @@ public:
     // message. It lets several threads compete to answer one message without touching its fields. Any thread.
     [[nodiscard]] bool claim();
 
-    // Memory comes from the message pool.
-    static void* operator new(size_t size);
-    static void operator delete(void* memory);
-
 private:
     friend class Handler;
     friend class Looper;
-    friend class MessageList;
+    friend class MessageQueue;
+    friend class Registrant;
 
     Message();
     [[nodiscard]] static sp<Message> create(sp<Handler> target);
@@ -70,9 +62,12 @@ private:
     [[nodiscard]] bool markSent();
     void letGo();
 
-    sp<Runnable> mCallback;
+    std::atomic<bool> mSent{false};
+    std::atomic<bool> mClaimed{false};
+    sp<Runnable> mRunnable;
+    // Runs in place of a Runnable, for a registrant.
+    sp<MessageCallback> mMessageCallback;
     sp<Handler> mTarget;
-    Message* mNext = nullptr;
 };
 
 }  // namespace mindroid
