@@ -1,6 +1,7 @@
 #pragma once
 
 #include "component/Interface.h"
+#include "component/RequestTrace.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <android/binder_auto_utils.h>
@@ -28,15 +29,21 @@ namespace hal {
 template <typename OnReply>
 class ReplyTask {
 public:
-    ReplyTask(const mindroid::Message* reply, OnReply onReply) : mReply(reply), mOnReply(std::move(onReply)) {}
+    ReplyTask(const mindroid::Message* reply, OnReply onReply)
+        : mReply(reply), mOnReply(std::move(onReply)), mTrace(RequestTrace::begin()) {}
 
-    void operator()() const { mOnReply(*mReply); }
+    void operator()() const {
+        mTrace.beginReply();
+        mOnReply(*mReply);
+        mTrace.end();
+    }
 
 private:
     // Borrowed: the message holds this task, and is alive while the task runs. A reference back would keep a message
     // that is dropped without a reply alive for ever.
     const mindroid::Message* mReply;
     OnReply mOnReply;
+    RequestTrace mTrace;
 };
 
 template <typename OnReply>

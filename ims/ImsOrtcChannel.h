@@ -1,5 +1,6 @@
 #pragma once
 
+#include "component/RequestTrace.h"
 #include "service/channel/CallbackRef.h"
 
 #include <android/binder_interface_utils.h>
@@ -105,6 +106,7 @@ void ImsOrtcChannel<Traits>::setCallback(std::shared_ptr<Callback> callback) {
     for (size_t slot = 0; slot < mSlots.size(); ++slot) {
         if (!mSlots[slot]->isClientDeath()) continue;
         ::mindroid::Log::d(Traits::TAG, "set cb:%d", static_cast<int>(slot));
+        atrace_instant(::hal::TRACE_TAG, "IMS client set");
         mSlots[slot]->setCallback(callback);
         return;
     }
@@ -129,6 +131,7 @@ void ImsOrtcChannel<Traits>::freeDeadSlots() {
         if (!mSlots[slot]->isClientDeath()) continue;
         // The line comes for a slot that was free already, too.
         ::mindroid::Log::d(Traits::TAG, "client death:%d", static_cast<int>(slot));
+        atrace_instant(::hal::TRACE_TAG, "IMS client died");
         mSlots[slot]->release(std::move(dead));
     }
 }

@@ -1,6 +1,7 @@
 #include "ims/ImsOrtcService.h"
 
 #include "component/RequestBridge.h"
+#include "component/RequestTrace.h"
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
 #include "ims/ImsOrtcConversions.h"
@@ -56,6 +57,7 @@ sp<MessageCallback> converter(void (*unpack)(const Record&, Info&),
     return new MessageCallback([unpack, indicate](const sp<Message>& event) {
         const auto indication = ImsOrtcServiceIndication::getInstance();
         if (indication == nullptr || event->obj == nullptr) return;
+        atrace_instant(::hal::TRACE_TAG, "IMS event");
         Info info;
         unpack(::hal::carriedRecord<Record>(*event->obj), info);
         (indication.get()->*indicate)(info);

@@ -1,5 +1,6 @@
 #include "rf/IccPlugin.h"
 
+#include "component/RequestTrace.h"
 #include "plugin/PluginManagerComponent.h"
 #include "rf/IccProxy.h"
 
@@ -24,10 +25,7 @@ std::atomic<bool> sIccApisLoaded = false;
 
 // The functions of the plugin. Symbol and type both come from the declaration in IccPluginApi.h.
 struct IccPlugin::Functions {
-#define PLUGIN_FUNCTION(name)    \
-    Function<decltype(::name)> { \
-#name                    \
-    }
+#define PLUGIN_FUNCTION(name) Function<decltype(::name)>{#name, "plugin " #name}
     static constexpr auto init = PLUGIN_FUNCTION(iccApis_init);
     static constexpr auto registerEvent = PLUGIN_FUNCTION(registerIccEvent);
     static constexpr auto sendReqSync = PLUGIN_FUNCTION(iccSendReqSync);
@@ -61,6 +59,7 @@ bool IccPlugin::loadIccApisPlugin() {
 template <typename R, typename... Args>
 R IccPlugin::call(Function<R(Args...)> function, std::type_identity_t<Args>... args) {
     if (!isReachable()) return R();
+    const TraceSection section(function.section);
     return mPlugin->call<R, Args...>(function.symbol, std::move(args)...);
 }
 

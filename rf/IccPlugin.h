@@ -41,10 +41,11 @@ public:
     void iccStartUartLog();
 
 private:
-    // A plugin function: its symbol and its exact type.
+    // A plugin function: its symbol and its exact type, and the name of its section in the trace.
     template <typename Signature>
     struct Function {
         const char* symbol;
+        const char* section;
     };
     struct Functions;
 

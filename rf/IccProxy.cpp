@@ -1,9 +1,11 @@
 #include "rf/IccProxy.h"
 
+#include "component/RequestTrace.h"
 #include "rf/IccEvent.h"
 
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
+#include <pthread.h>
 
 #include <tuple>
 #include <utility>
@@ -44,13 +46,18 @@ IccProxy::IccProxy(int32_t instance, const sp<HandlerThread>& thread)
       mExecutor(thread ? new ExecutorProxy(thread) : nullptr),
       mCommands(mPlugin) {
     Log::d(TAG, "new IccProxy %d", instance);
+    if (mExecutor) mExecutor->execute(new Runnable([] { pthread_setname_np(pthread_self(), TAG); }));
 }
 
 IccProxy::~IccProxy() = default;
 
 template <typename Task>
 void IccProxy::post(Task task) {
-    const sp<Runnable> runnable = new Runnable([self = sp<IccProxy>(this), task = std::move(task)] { task(*self); });
+    const sp<Runnable> runnable =
+        new Runnable([self = sp<IccProxy>(this), request = RequestTrace::currentCookie(), task = std::move(task)] {
+            const RequestStage stage("plugin", request);
+            task(*self);
+        });
     if (mExecutor) {
         mExecutor->execute(runnable);
     } else {
@@ -113,6 +120,7 @@ void IccProxy::registerWithPlugin(IccEventType type) {
 void IccProxy::processIccStateEvent(IccEventType type, const void* data, int size) {
     // Unsigned, since the plugin may choose any type.
     const auto what = static_cast<int32_t>(uint32_t{type} + IccEvents::MESSAGE_BASE);
+    atrace_instant(TRACE_TAG, TraceName("ICC event", " ", type).c_str());
     obtainMessage(what, new IccEvent(type, data, size))->sendToTarget();
 }
 

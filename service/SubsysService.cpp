@@ -1,5 +1,6 @@
 #include "service/SubsysService.h"
 
+#include "component/RequestTrace.h"
 #include "ims/ImsOrtcService.h"
 #include "ims/ImsOrtcServiceIndication.h"
 #include "ims/ImsOrtcServiceResponse.h"
@@ -30,10 +31,19 @@ bool isDead(const std::shared_ptr<::ndk::ICInterface>& callback) {
     return binder.get() != nullptr && !AIBinder_isAlive(binder.get());
 }
 
-// The handler's own status is dropped for a fresh success.
-template <typename Handler, typename Method, typename... Args>
-ScopedAStatus forward(const sp<Handler>& handler, Method method, const Args&... args) {
-    (void)((*handler).*method)(args...);
+int32_t requestId(int32_t serial) {
+    return serial;
+}
+int32_t requestId(const IccMetaReqInfo& info) {
+    return info.token;
+}
+
+// The handler's own status is dropped for a fresh success. The first argument tells the request from others.
+template <typename Handler, typename Method, typename Id, typename... Args>
+ScopedAStatus forward(const char* operation, const sp<Handler>& handler, Method method, const Id& id,
+                      const Args&... args) {
+    const ::hal::RequestScope scope(operation, requestId(id));
+    (void)((*handler).*method)(id, args...);
     return ScopedAStatus::ok();
 }
 
@@ -109,6 +119,7 @@ void SubsysService::onClientDeath() {
 void SubsysService::cleanUp(const std::shared_ptr<ISubsysResponse>& response,
                             const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
+    atrace_instant(::hal::TRACE_TAG, "RF client died");
     Log::d(TAG, "SubsysService::clearCallbacks");
     mSubsysResponse->clearCallback(response);
     mSubsysIndication->clearCallback(indication);
@@ -125,6 +136,7 @@ void SubsysService::clearCallbacks() {
 ScopedAStatus SubsysService::setCallback(const std::shared_ptr<ISubsysResponse>& response,
                                          const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::setCallbacks");
+    atrace_instant(::hal::TRACE_TAG, "RF client set");
     const bool followsDead = isDead(mSubsysResponse->getCallback()) || isDead(mSubsysIndication->getCallback());
     mSubsysResponse->setCallback(response);
     if (response) mDeathMonitor->init(response);
@@ -153,70 +165,74 @@ ScopedAStatus SubsysService::killProcess(int32_t serial, int32_t pid, const std:
 }
 
 ScopedAStatus SubsysService::getSwtpStatus(int32_t serial) {
-    return forward(mRfSubsysService, &RfSubsysService::getSwtpStatus, serial);
+    return forward("getSwtpStatus", mRfSubsysService, &RfSubsysService::getSwtpStatus, serial);
 }
 
 ScopedAStatus SubsysService::getLcdInfo(int32_t serial, int32_t type) {
-    return forward(mRfSubsysService, &RfSubsysService::getLcdInfo, serial, type);
+    return forward("getLcdInfo", mRfSubsysService, &RfSubsysService::getLcdInfo, serial, type);
 }
 
 ScopedAStatus SubsysService::setMipiFreqClk(int32_t serial, int32_t id, int64_t freqClk) {
-    return forward(mRfSubsysService, &RfSubsysService::setMipiFreqClk, serial, id, freqClk);
+    return forward("setMipiFreqClk", mRfSubsysService, &RfSubsysService::setMipiFreqClk, serial, id, freqClk);
 }
 
 ScopedAStatus SubsysService::setOscFreqClk(int32_t serial, int32_t id, int32_t freqClk) {
-    return forward(mRfSubsysService, &RfSubsysService::setOscFreqClk, serial, id, freqClk);
+    return forward("setOscFreqClk", mRfSubsysService, &RfSubsysService::setOscFreqClk, serial, id, freqClk);
 }
 
 ScopedAStatus SubsysService::getNvramData(int32_t serial, int32_t id, int32_t size) {
-    return forward(mRfSubsysService, &RfSubsysService::getNvramData, serial, id, size);
+    return forward("getNvramData", mRfSubsysService, &RfSubsysService::getNvramData, serial, id, size);
 }
 
 ScopedAStatus SubsysService::setIccTuningState(int32_t serial, int32_t technology, int32_t band, int32_t antenna,
                                                int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccTuningState, serial, technology, band, antenna, state);
+    return forward("setIccTuningState", mRfSubsysService, &RfSubsysService::setIccTuningState, serial, technology, band,
+                   antenna, state);
 }
 
 ScopedAStatus SubsysService::setIccWifiAntState(int32_t serial, int32_t antenna, int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccWifiAntState, serial, antenna, state);
+    return forward("setIccWifiAntState", mRfSubsysService, &RfSubsysService::setIccWifiAntState, serial, antenna,
+                   state);
 }
 
 ScopedAStatus SubsysService::setIccSatelliteAntState(int32_t serial, int32_t technology, int32_t antenna,
                                                      int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccSatelliteAntState, serial, technology, antenna, state);
+    return forward("setIccSatelliteAntState", mRfSubsysService, &RfSubsysService::setIccSatelliteAntState, serial,
+                   technology, antenna, state);
 }
 
 ScopedAStatus SubsysService::getIccState(int32_t serial) {
-    return forward(mRfSubsysService, &RfSubsysService::getIccState, serial);
+    return forward("getIccState", mRfSubsysService, &RfSubsysService::getIccState, serial);
 }
 
 ScopedAStatus SubsysService::sendIccCmd(int32_t serial, const IccReqInfo& info) {
-    return forward(mRfSubsysService, &RfSubsysService::sendIccCmd, serial, info);
+    return forward("sendIccCmd", mRfSubsysService, &RfSubsysService::sendIccCmd, serial, info);
 }
 
 ScopedAStatus SubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
                                             const std::shared_ptr<ISubsysIccMetaCallback>& callback) {
-    return forward(mRfSubsysService, &RfSubsysService::sendIccMetaCmd, info, callback);
+    return forward("sendIccMetaCmd", mRfSubsysService, &RfSubsysService::sendIccMetaCmd, info, callback);
 }
 
 ScopedAStatus SubsysService::setCallInfo(int32_t serial, const CallInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setCallInfo, serial, info);
+    return forward("setCallInfo", mImsOrtcService, &ImsOrtcService::setCallInfo, serial, info);
 }
 
 ScopedAStatus SubsysService::setOrtcRoomInfo(int32_t serial, const OrtcRoomInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setOrtcRoomInfo, serial, info);
+    return forward("setOrtcRoomInfo", mImsOrtcService, &ImsOrtcService::setOrtcRoomInfo, serial, info);
 }
 
 ScopedAStatus SubsysService::sendImsRtpData(int32_t serial, const ImsRtpDataInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::sendImsRtpData, serial, info);
+    return forward("sendImsRtpData", mImsOrtcService, &ImsOrtcService::sendImsRtpData, serial, info);
 }
 
 ScopedAStatus SubsysService::setImsRtpRemotePubIpAddr(int32_t serial, const ImsRtpPubIpAddrInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setImsRtpRemotePubIpAddr, serial, info);
+    return forward("setImsRtpRemotePubIpAddr", mImsOrtcService, &ImsOrtcService::setImsRtpRemotePubIpAddr, serial,
+                   info);
 }
 
 ScopedAStatus SubsysService::sendImsRtpRedunSignalMsg(int32_t serial, const ImsRtpRedunSignalMsg& msg) {
-    return forward(mImsOrtcService, &ImsOrtcService::sendImsRtpRedunSignalMsg, serial, msg);
+    return forward("sendImsRtpRedunSignalMsg", mImsOrtcService, &ImsOrtcService::sendImsRtpRedunSignalMsg, serial, msg);
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

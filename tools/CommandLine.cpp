@@ -26,7 +26,7 @@ constexpr char kDescription[] =
 
 constexpr char kFooter[] =
     "An integer that is not given is 0, a text or a byte vector empty; integers are decimal or 0x hexadecimal, byte\n"
-    "vectors pairs of hexadecimal digits.\n"
+    "vectors pairs of hexadecimal digits. Without --data-len that is the number of bytes of --data.\n"
     "The service has one RF client and two IMS ORTC clients. A call with an RF verb becomes the RF client in place of\n"
     "another one, whose watch then stays silent; a third IMS client is ignored. Both IMS clients get every IMS "
     "answer:\n"
@@ -174,7 +174,7 @@ void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& requ
         const auto store = [option](const std::string& text) {
             if (!option.store(text)) throw CLI::ValidationError(option.name, "not a value: " + text);
         };
-        verb->add_option_function<std::string>(option.name, store)
+        verb->add_option_function<std::string>(option.name, store, option.help)
             ->type_name(option.type)
             ->required(option.required)
             ->take_last();

@@ -20,7 +20,14 @@ namespace subsysctl {
 
 namespace {
 
+namespace binder = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+
 using Clock = Mailbox::Clock;
+
+template <class I>
+std::shared_ptr<I> report(const char* kind, const std::shared_ptr<Mailbox>& mailbox) {
+    return ndk::SharedRefBase::make<Reporter<I>>(kind, mailbox);
+}
 
 // The cookie of a death link: a share of the mailbox, freed when the link ends.
 using Cookie = std::shared_ptr<Mailbox>;
@@ -132,15 +139,15 @@ void Session::watchServer() {
 
 int Session::registerRf() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setCallback(ndk::SharedRefBase::make<RfResponse>(mMailbox),
-                                              ndk::SharedRefBase::make<RfIndication>(mMailbox));
+    const auto status = mService->setCallback(report<binder::ISubsysResponse>("response", mMailbox),
+                                              report<binder::ISubsysIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setCallback", status);
 }
 
 int Session::registerIms() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setImsOrtcCallback(ndk::SharedRefBase::make<ImsResponse>(mMailbox),
-                                                     ndk::SharedRefBase::make<ImsIndication>(mMailbox));
+    const auto status = mService->setImsOrtcCallback(report<binder::IImsOrtcResponse>("response", mMailbox),
+                                                     report<binder::IImsOrtcIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setImsOrtcCallback", status);
 }
 
@@ -152,15 +159,15 @@ int Session::request(const Request& request) {
     atrace_async_begin(ATRACE_TAG_APP, mark.c_str(), serial);
     {
         const CallTimer timer(mTimeout);
-        const auto callback = ndk::SharedRefBase::make<IccMetaCallback>(mMailbox);
-        const auto status = request.send(*mService, serial, callback);
+        const auto status = request.send(*mService, serial, mMailbox);
         if (!status.isOk()) return failCall(request.method, status);
     }
+    if (!request.isAnswer) return OK;
     const auto answer = mMailbox->takeAnswer([&](const Json& json) { return request.isAnswer(json, serial); }, until);
     if (!answer) return failAnswer(request);
     atrace_async_end(ATRACE_TAG_APP, mark.c_str(), serial);
     mOutput.print(*answer);
-    const Json& info = answer->at("info");
+    const Json info = answer->value("info", Json::object());
     const bool succeeded = info.contains("error") ? info["error"] == 0 : info.value("result", false);
     return succeeded ? OK : ANSWERED_WITH_ERROR;
 }

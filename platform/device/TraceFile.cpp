@@ -26,6 +26,7 @@ using android::base::unique_fd;
 
 // Leaves room for sums and differences.
 constexpr uint64_t MAX_TIME = uint64_t{1} << 60;
+constexpr uint64_t MAX_WALL_TIME = uint64_t{1} << 62;
 
 std::string printable(std::string_view bytes) {
     std::string text(bytes);
@@ -41,8 +42,8 @@ std::string textIn(const Field& field) {
     return printable(bytes.substr(0, bytes.find('\0')));
 }
 
-int64_t timeOf(uint64_t word) {
-    return static_cast<int64_t>(std::min(word, MAX_TIME));
+int64_t atMost(uint64_t limit, uint64_t word) {
+    return static_cast<int64_t>(std::min(word, limit));
 }
 
 // The mark in a slot; nothing where the words can't be those of a recorder.
@@ -132,8 +133,8 @@ Trace decode(const Copies& copies) {
     Trace trace;
     trace.program = textIn(file.program);
     trace.pid = static_cast<int32_t>(file.pid);
-    trace.startTime = timeOf(file.startTime);
-    trace.startWallTime = timeOf(file.startWallTime);
+    trace.startTime = atMost(MAX_TIME, file.startTime);
+    trace.startWallTime = atMost(MAX_WALL_TIME, file.startWallTime);
     const auto unplaced = static_cast<int64_t>(file.begunWithoutPlace - file.endedWithoutPlace);
     trace.unplaced = static_cast<uint64_t>(std::max<int64_t>(unplaced, 0));
     trace.lostMarks = file.lostMarks;

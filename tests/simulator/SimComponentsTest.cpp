@@ -66,7 +66,7 @@ public:
     }
     // The closure does not own its message, so that one that is never answered is no leak.
     sp<Message> reply() {
-        const sp<Message> message = handler()->obtainMessage();
+        sp<Message> message = handler()->obtainMessage();
         message->setCallback(new Runnable([this, raw = message.get()] {
             came.add({"reply " + std::to_string(raw->arg2), raw->obj});
         }));

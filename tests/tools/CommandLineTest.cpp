@@ -28,8 +28,9 @@ Words callsOf(const std::string& command) {
     CommandLine line;
     EXPECT_EQ(std::nullopt, parse(split(command), line));
     const auto service = ndk::SharedRefBase::make<stubs_test::RecordingSubsys>();
+    const auto mailbox = std::make_shared<Mailbox>();
     int32_t serial = 0;
-    for (const Step& step : line.steps) EXPECT_TRUE(step.request.value().send(*service, ++serial, nullptr).isOk());
+    for (const Step& step : line.steps) EXPECT_TRUE(step.request.value().send(*service, ++serial, mailbox).isOk());
     return service->calls;
 }
 
@@ -48,7 +49,7 @@ TEST(Requests, Verb_WhenWithItsOptions_ThenItsCall) {
         {"send-icc-cmd --req-id 2 --data 0aFF --timeout-ms 100",
          "sendIccCmd(1, IccReqInfo{reqId: 2, data: [10, 255], timeout: 100})"},
         {"send-icc-meta-cmd --id 1 --token 2 --type 3 --req-id 4 --data 05",
-         "sendIccMetaCmd(IccMetaReqInfo{id: 1, token: 2, type: 3, reqId: 4, data: [5]}, null)"},
+         "sendIccMetaCmd(IccMetaReqInfo{id: 1, token: 2, type: 3, reqId: 4, data: [5]}, object)"},
         {"set-call-info --slot-id 1 --call-id 2 --call-type 3 --call-state 4 --text1 a --text2 b --text3 c --text4 d "
          "--text5 e --text6 f --value64 5 --value32 6",
          "setCallInfo(1, CallInfo{slotId: 1, callId: 2, callType: 3, callState: 4, text1: a, text2: b, text3: c, "

@@ -139,6 +139,7 @@ uint8_t* AParcel::append(size_t size) {
     const size_t end = mPosition + padded(size);
     if (mPosition < mSize && !mObjects.empty()) forgetObjects(mPosition, end);
     reserve(end);
+    if (mPosition > mSize) memset(mBytes + sizeof(FrameHeader) + mSize, 0, mPosition - mSize);
     uint8_t* place = mBytes + sizeof(FrameHeader) + mPosition;
     memset(place + size, 0, padded(size) - size);
     mPosition = end;
@@ -235,7 +236,7 @@ int32_t AParcel_getDataPosition(const AParcel* parcel) {
 }
 
 binder_status_t AParcel_setDataPosition(const AParcel* parcel, int32_t position) {
-    if (position < 0 || static_cast<size_t>(position) > parcel->size()) return STATUS_BAD_VALUE;
+    if (position < 0) return STATUS_BAD_VALUE;
     parcel->setPosition(static_cast<size_t>(position));
     return STATUS_OK;
 }

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] const uint8_t* data() const { return mBytes + sizeof(binder::FrameHeader); }
     [[nodiscard]] size_t size() const { return mSize; }
     [[nodiscard]] size_t position() const { return mPosition; }
-    [[nodiscard]] size_t remaining() const { return mSize - mPosition; }
+    [[nodiscard]] size_t remaining() const { return mPosition < mSize ? mSize - mPosition : 0; }
     void setPosition(size_t position) const { mPosition = position; }
     [[nodiscard]] std::vector<Object>& objects() { return mObjects; }
 

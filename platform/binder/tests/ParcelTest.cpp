@@ -162,10 +162,21 @@ TEST(ParcelTest, WriteArray_WhenLengthAndPointerDisagree_ThenBadValue) {
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeByteArray(parcel.get(), nullptr, 1));
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeString(parcel.get(), nullptr, 0));
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_writeString(parcel.get(), "", -1));
-    EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(parcel.get(), 1));
+    EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(parcel.get(), -1));
     EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
     EXPECT_EQ(STATUS_OK, AParcel_writeByteArray(parcel.get(), nullptr, -1));
     EXPECT_EQ(Bytes(4, 0xff), bytesOf(parcel.get()));
+}
+
+TEST(ParcelTest, SetDataPosition_WhenPastTheEnd_ThenNothingToReadAndAWriteFillsTheGap) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel_writeInt32(parcel.get(), 7);
+    ASSERT_EQ(STATUS_OK, AParcel_setDataPosition(parcel.get(), 12));
+    int32_t value = 0;
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(parcel.get(), &value));
+    EXPECT_EQ(4, AParcel_getDataSize(parcel.get()));
+    AParcel_writeInt32(parcel.get(), 9);
+    EXPECT_EQ((Bytes{7, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9, 0, 0, 0}), bytesOf(parcel.get()));
 }
 
 TEST(ParcelTest, SetDataPosition_WhenWritingOverAnObject_ThenItIsGone) {

@@ -84,14 +84,15 @@ TEST_F(Recorder, Marks_WhenOfEachKind_ThenReadAsTheyWere) {
                                                                    {MarkKind::ASYNC_END, "request #7", -7},
                                                                    {MarkKind::END, "", 0}};
     ASSERT_THAT(trace.marks, SizeIs(std::size(expected)));
-    int64_t time = trace.startTime;
+    int64_t previous = trace.startTime;
     for (size_t i = 0; i < std::size(expected); ++i) {
         const TraceMark& mark = trace.marks[i];
         EXPECT_EQ(std::tuple(mark.kind, mark.name, mark.value), expected[i]);
         EXPECT_EQ(mark.thread, gettid());
-        EXPECT_LE(time, mark.time);
-        time = mark.time;
+        EXPECT_LE(previous, mark.time);
+        previous = mark.time;
     }
+    EXPECT_NEAR(static_cast<double>(trace.startWallTime), static_cast<double>(time(nullptr)) * 1e9, 10e9);
     EXPECT_EQ(trace.program, "test");
     EXPECT_EQ(trace.pid, getpid());
     EXPECT_TRUE(trace.isAlive);

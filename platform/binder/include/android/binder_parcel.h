@@ -25,7 +25,8 @@ void AParcel_delete(AParcel* parcel);
 binder_status_t AParcel_reset(AParcel* parcel);
 int32_t AParcel_getDataSize(const AParcel* parcel);
 int32_t AParcel_getDataPosition(const AParcel* parcel);
-// STATUS_BAD_VALUE outside 0..getDataSize. Writing continues there, over what is present.
+// STATUS_BAD_VALUE when negative. Writing continues there, over what is present. Past the end nothing can be read, and
+// a write fills the gap with zeros.
 binder_status_t AParcel_setDataPosition(const AParcel* parcel, int32_t position);
 
 binder_status_t AParcel_writeBool(AParcel* parcel, bool value);

@@ -24,8 +24,8 @@ struct Trace {
     std::string program;
     int32_t pid = 0;
     bool isAlive = false;       // its process still runs, or hangs
-    int64_t startTime = 0;      // CLOCK_MONOTONIC in ns
-    int64_t startWallTime = 0;  // CLOCK_REALTIME in ns, of the same moment
+    int64_t startTime = 0;      // CLOCK_MONOTONIC in ns, 0 to 2^60
+    int64_t startWallTime = 0;  // CLOCK_REALTIME in ns, of the same moment, 0 to 2^62
 
     std::vector<TraceMark> marks;  // the latest, by time
     std::vector<TraceMark> open;   // the begins of the sections that are open, by time
