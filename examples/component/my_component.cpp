@@ -43,11 +43,12 @@ public:
     // Requests come on binder threads, which must not wait: the work is done on the component's own thread. `info` and
     // `reply` are copied into the task.
     void setCallInfo(const hal::CallInfoType& info, const sp<Message>& reply) override {
-        mWork->sendMessage(mWork->obtainMessage(new Runnable([this, info, reply] {
+        const sp<Runnable> task = new Runnable([this, info, reply] {
             mCallState = info.callState;
             sendResponse(reply, SUBSYS_Errno::SUCCESS);
             mStatusListeners->notify(carrierOf(hal::OrtcStatusType{info.slotId, info.callId, 0, 0, mCallState}));
-        })));
+        });
+        mWork->obtainMessage(task)->sendToTarget();
     }
 
     // What is quick may be answered at once.
