@@ -3,7 +3,9 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#if !defined(__ANDROID__)
 #include <binder/peer.h>
+#endif
 #include <cutils/trace.h>
 #include <signal.h>
 
@@ -215,7 +217,9 @@ int Session::status() {
     if (!time) return fail(NO_SERVICE, "status: the service does not answer a ping");
     status["version"] = version;
     status["hash"] = hash;
+#if !defined(__ANDROID__)  // where no call of the NDK tells it
     status["pid"] = AIBinder_getServerPid(mService->asBinder().get());
+#endif
     status["roundTripMicros"] = time->count();
     mOutput.print(status);
     return OK;

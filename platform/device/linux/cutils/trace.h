@@ -1,10 +1,5 @@
 #pragma once
 
-#if defined(__ANDROID__)
-// A device build has this folder on its include path too, and takes the device's own header.
-#include_next <cutils/trace.h>
-#else
-
 #include <cstdint>
 
 // The tracing calls of a device. On Linux the marks go to the recorder's file (device/Recorder.h); without a recorder a
@@ -51,5 +46,3 @@ void atrace_int64(uint64_t tag, const char* name, int64_t value);
 #define ATRACE_INSTANT(name) atrace_instant(ATRACE_TAG, name)
 #define ATRACE_INT(name, value) atrace_int(ATRACE_TAG, name, value)
 #define ATRACE_INT64(name, value) atrace_int64(ATRACE_TAG, name, value)
-
-#endif
