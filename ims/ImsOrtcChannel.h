@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
@@ -47,6 +48,7 @@ public:
     [[nodiscard]] std::shared_ptr<Callback> getCallback() const { return mCallback.get(); }
     // Whether the slot can take a client: it is free, or its client is dead.
     [[nodiscard]] bool isClientDeath() const;
+    [[nodiscard]] std::string describe() const { return mCallback.describe(); }
     // Frees the slot, unless another callback than `dead` is in it by now.
     void release(std::shared_ptr<Callback> dead) { mCallback.clearIf(std::move(dead)); }
 
@@ -66,6 +68,11 @@ public:
     // Frees the slots whose clients are dead. Looper.
     void onClientDeath(const ::mindroid::sp<::mindroid::Message>& msg);
     void handleMessage(const ::mindroid::sp<::mindroid::Message>& msg) override;
+
+    // The process in each slot and whether it lives. Any.
+    [[nodiscard]] std::array<std::string, 2> describeClients() const {
+        return {mSlots[0]->describe(), mSlots[1]->describe()};
+    }
 
 protected:
     ImsOrtcChannel();

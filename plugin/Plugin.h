@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <any>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -34,6 +35,8 @@ public:
     [[nodiscard]] const std::string& getPath() const { return mPath; }
     // Deliberate: always false, no operation sets it. Callers of PluginManager::isPluginLoaded know it so.
     [[nodiscard]] bool isLoaded() const { return mLoaded; }
+    // Whether load has opened the library. Any.
+    [[nodiscard]] bool isOpen() const { return mPluginHandle != nullptr; }
 
     // Whether this process may read the device's file with this path.
     [[nodiscard]] static bool fileAccessible(const std::string& path);
@@ -58,7 +61,7 @@ public:
 private:
     std::string mPath;
     std::string mName;
-    void* mPluginHandle = nullptr;
+    std::atomic<void*> mPluginHandle = nullptr;
     bool mLoaded = false;
     // A std::weak_ptr<PluginSym<Signature>> for each name.
     std::unordered_map<std::string, std::any> mSyms;

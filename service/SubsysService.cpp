@@ -6,6 +6,7 @@
 #include "ims/ImsOrtcServiceResponse.h"
 #include "rf/RfSubsysService.h"
 #include "service/OsUtils.h"
+#include "service/ServiceState.h"
 #include "service/SubsysServiceStateTracker.h"
 #include "service/channel/SubsysServiceIndication.h"
 #include "service/channel/SubsysServiceResponse.h"
@@ -13,6 +14,9 @@
 #include <android/binder_manager.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
+#include <mindroid/SystemClock.h>
+
+#include <cstdio>
 
 using ::mindroid::Log;
 using ::mindroid::Message;
@@ -25,10 +29,8 @@ namespace {
 
 constexpr int32_t MSG_CLIENT_DEATH = 0;
 
-// False without a callback; one without a binder is of this process, which can't die.
 bool isDead(const std::shared_ptr<::ndk::ICInterface>& callback) {
-    const ::ndk::SpAIBinder binder = callback ? callback->asBinder() : nullptr;
-    return binder.get() != nullptr && !AIBinder_isAlive(binder.get());
+    return callback != nullptr && !isAlive(callback);
 }
 
 int32_t requestId(int32_t serial) {
@@ -59,7 +61,7 @@ void SubsysService::SubsysServiceHandler::onClientDeath(const sp<Message>& /*mes
     if (mService != nullptr) mService->onClientDeath();
 }
 
-SubsysService::SubsysService() {
+SubsysService::SubsysService() : mStartTime(::mindroid::SystemClock::uptimeMillis()) {
     Log::d(TAG, "SubsysService create");
     mHandler = new SubsysServiceHandler(*this);
     mDeathMonitor = new ::subsys_utils::DeathMonitor();
@@ -95,6 +97,10 @@ int32_t SubsysService::registerAsServer() {
     return -1;
 }
 
+binder_status_t SubsysService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
+    return dprintf(fd, "%s", ::hal::describeState(mStartTime).c_str()) < 0 ? STATUS_UNKNOWN_ERROR : STATUS_OK;
+}
+
 void SubsysService::onHidlClientConnected() {
     mRfSubsysService->setSubsysState(true);
 }
@@ -112,8 +118,7 @@ void SubsysService::onClientDeath() {
     const auto indication = mSubsysIndication->getCallback();
     const auto response = mSubsysResponse->getCallback();
     // A living client is the successor of the one that died, and stays.
-    const bool successor = response && !isDead(response);
-    successor ? cleanUp(nullptr, nullptr) : cleanUp(response, indication);
+    isAlive(response) ? cleanUp(nullptr, nullptr) : cleanUp(response, indication);
 }
 
 void SubsysService::cleanUp(const std::shared_ptr<ISubsysResponse>& response,

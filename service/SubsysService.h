@@ -41,6 +41,10 @@ public:
     // 0, or -1 when the name could not be registered.
     [[nodiscard]] int32_t registerAsServer();
 
+    // Writes what the library knows of itself to the file, in lines of "key: value". Takes no client's place and waits
+    // for no thread. A host may override it and add what it knows. Any.
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
+
     // A client came or went by another way than setCallback. Any.
     void onHidlClientConnected();
     void onHidlClientDisconnected();
@@ -101,6 +105,8 @@ private:
     ::mindroid::sp<SubsysServiceStateTracker> mStateTracker;
     ::mindroid::sp<ImsOrtcServiceResponse> mImsOrtcResponse;
     ::mindroid::sp<ImsOrtcServiceIndication> mImsOrtcIndication;
+    // In milliseconds of SystemClock.
+    const uint64_t mStartTime;
 };
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

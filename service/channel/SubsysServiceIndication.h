@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 
@@ -24,6 +25,7 @@ public:
     [[nodiscard]] std::shared_ptr<ISubsysIndication> getCallback() const { return mCallback.get(); }
     // Clears it, unless another one is stored by now.
     void clearCallback(const std::shared_ptr<ISubsysIndication>& callback) { mCallback.clearIf(callback); }
+    [[nodiscard]] std::string describeClient() const { return mCallback.describe(); }
 
     // Any state but 0 is up.
     void sendSubsysStateChanged(uint8_t state);

@@ -27,6 +27,7 @@ public:
     [[nodiscard]] std::shared_ptr<ISubsysResponse> getCallback() const { return mCallback.get(); }
     // Clears it, unless another one is stored by now.
     void clearCallback(const std::shared_ptr<ISubsysResponse>& callback) { mCallback.clearIf(callback); }
+    [[nodiscard]] std::string describeClient() const { return mCallback.describe(); }
 
     ndk::ScopedAStatus getSwtpStatusResponse(int32_t serial, SUBSYS_Errno error, uint8_t status);
     ndk::ScopedAStatus getLcdInfoResponse(int32_t serial, SUBSYS_Errno error, const std::string& lcdInfo);

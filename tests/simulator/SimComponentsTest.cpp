@@ -12,6 +12,7 @@
 #include "component/ComponentManager.h"
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
+#include "mindroid/testing/ManualClock.h"
 #include "rf/VsComponent.h"
 #include "tests/simulator/ScenarioFolder.h"
 #include "tests/support/Await.h"
@@ -19,7 +20,6 @@
 #include "tests/support/LooperThread.h"
 
 #include <mindroid/Boxes.h>
-#include <mindroid/SystemClock.h>
 
 namespace simulator {
 namespace {

@@ -21,11 +21,11 @@ constexpr size_t kMaxNameLength = 15;
 HandlerThread::HandlerThread(std::string name) : mName(std::move(name), 0, kMaxNameLength), mLooper(new Looper()) {}
 
 HandlerThread::~HandlerThread() {
-    quit();
+    mLooper->quit();
     if (mThread.get_id() == std::this_thread::get_id()) {
         mThread.detach();
-    } else {
-        join();
+    } else if (mThread.joinable()) {
+        mThread.join();
     }
 }
 
@@ -42,17 +42,9 @@ bool HandlerThread::start() {
         return true;
     } catch (const std::system_error& error) {
         Log::e(TAG, "thread %s can't be started: %s", mName.c_str(), error.what());
-        quit();
+        mLooper->quit();
         return false;
     }
-}
-
-void HandlerThread::quit() {
-    mLooper->quit();
-}
-
-void HandlerThread::join() {
-    if (mThread.joinable()) mThread.join();
 }
 
 }  // namespace mindroid

@@ -16,8 +16,10 @@ namespace {
 constexpr char TAG[] = "Looper";
 
 // Nobody runs a thread's messages once it has ended.
-void quitAtThreadEnd(void* looper) {
-    sp<Looper>::adopt(static_cast<Looper*>(looper))->quit();
+void quitAtThreadEnd(void* value) {
+    auto* const looper = static_cast<Looper*>(value);
+    looper->quit();
+    looper->decStrong();
 }
 
 // Where each thread keeps a reference to its looper. Not a thread_local: its first use waits while a library is being
@@ -46,15 +48,16 @@ bool Looper::prepare() {
     return true;
 }
 
-void Looper::bind(sp<Looper> looper) {
-    pthread_setspecific(looperKey(), looper.release());
+void Looper::bind(const sp<Looper>& looper) {
+    looper->incStrong();
+    pthread_setspecific(looperKey(), looper.get());
 }
 
 void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
     while (const sp<Message> message = self->mQueue->next()) {
-        message->getTarget()->dispatchMessage(message);
+        Message::dispatch(message);
         message->letGo();
     }
 }
@@ -67,10 +70,6 @@ void Looper::quit() {
     // What the dropped messages held may have held this looper.
     const sp<Looper> self = this;
     mQueue->close();
-}
-
-bool Looper::isCurrentThread() const {
-    return pthread_getspecific(looperKey()) == this;
 }
 
 }  // namespace mindroid

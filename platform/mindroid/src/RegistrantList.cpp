@@ -1,8 +1,6 @@
 #include <mindroid/RegistrantList.h>
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
 
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -13,15 +11,6 @@ namespace mindroid {
 namespace {
 
 constexpr char TAG[] = "Registrant";
-
-// Moves the registrants of the handler out, for the caller to destroy without the lock.
-std::vector<sp<Registrant>> extract(std::vector<sp<Registrant>>& registrants, const sp<Handler>& handler) {
-    const auto isOther = [&](const sp<Registrant>& registrant) { return registrant->getHandler() != handler; };
-    const auto first = std::stable_partition(registrants.begin(), registrants.end(), isOther);
-    std::vector<sp<Registrant>> removed(std::make_move_iterator(first), std::make_move_iterator(registrants.end()));
-    registrants.erase(first, registrants.end());
-    return removed;
-}
 
 }  // namespace
 
@@ -44,24 +33,14 @@ void RegistrantList::add(const sp<Registrant>& registrant) {
     mRegistrants.push_back(registrant);
 }
 
-void RegistrantList::add(const sp<Handler>& handler, int32_t what, const sp<Object>& obj) {
-    add(new Registrant(handler, what, obj));
-}
-
 void RegistrantList::remove(const sp<Handler>& handler) {
+    const auto isOther = [&](const sp<Registrant>& registrant) { return registrant->mHandler != handler; };
+    // Dies after the lock was let go.
     std::vector<sp<Registrant>> removed;
     const device::MutexLock lock(mLock);
-    removed = extract(mRegistrants, handler);
-}
-
-size_t RegistrantList::replace(const sp<Registrant>& registrant) {
-    std::vector<sp<Registrant>> removed;
-    const device::MutexLock lock(mLock);
-    const size_t size = mRegistrants.size();
-    if (registrant == nullptr) return size;
-    removed = extract(mRegistrants, registrant->getHandler());
-    mRegistrants.push_back(registrant);
-    return size;
+    const auto first = std::stable_partition(mRegistrants.begin(), mRegistrants.end(), isOther);
+    removed.assign(first, mRegistrants.end());
+    mRegistrants.erase(first, mRegistrants.end());
 }
 
 size_t RegistrantList::size() const {

@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "../testing/ManualClock.h"
 #include "Clock.h"
 
 namespace mindroid {

@@ -28,11 +28,6 @@ void Ticket::updateState(bool up) {
     for (const sp<VoteCallback>& callback : completed) run(callback);
 }
 
-bool Ticket::isUp() const {
-    const device::MutexLock lock(sLock);
-    return mUp;
-}
-
 VoteBox::~VoteBox() {
     const device::MutexLock lock(Ticket::sLock);
     for (const sp<Ticket>& ticket : mTickets) std::erase(ticket->mBoxes, this);

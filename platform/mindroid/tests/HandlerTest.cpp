@@ -9,6 +9,7 @@
 #include <mindroid/SystemClock.h>
 
 #include "LoopFixture.h"
+#include "mindroid/testing/ManualClock.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"

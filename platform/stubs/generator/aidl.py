@@ -1,4 +1,4 @@
-"""Reads .aidl files: what the files of this project use. Everything else is refused, with the file, the line and why."""
+"""Reads .aidl files: what the files of this project use. Everything else is refused with file, line and why."""
 
 import re
 from dataclasses import dataclass, field
@@ -210,62 +210,60 @@ class _Checker:
         self.by_name = {each.name: each for each in declarations}
 
     def check(self):
-        packages = {each.package for each in self.all}
-        full_names = {each.full_name for each in self.all}
-        for each in self.all:
-            self.current = each
-            if len(packages) > 1:
-                self.fail(f'one package at a time: {", ".join(sorted(packages))}', 1)
-            for name, line in each.imports:
-                if name not in full_names:
-                    self.fail(f"'{name}' is not among the files", line)
-            self.check_name()
-            self.check_members()
-            self.check_cycle(each, [])
+        for check in (self.check_name, self.check_package, self.check_members, self.check_cycle):
+            for declaration in self.all:
+                check(declaration)
 
-    def fail(self, what, line):
-        raise AidlError(self.current.path, line, what)
-
-    def check_name(self):
-        it = self.current
+    def check_name(self, it):
         expected = tuple(it.full_name.split('.'))
         if it.path.with_suffix('').parts[-len(expected):] != expected:
-            self.fail(f"'{it.full_name}' belongs into {'/'.join(expected)}.aidl", it.line)
+            raise AidlError(it.path, it.line, f"'{it.full_name}' belongs into {'/'.join(expected)}.aidl")
         # The build tells the files of an interface by its name.
         if bool(re.match('I[A-Z]', it.name)) != (it.kind == 'interface'):
-            self.fail(f"'{it.name}': an interface begins with I and a capital letter, and nothing else does", it.line)
+            raise AidlError(it.path, it.line,
+                            f"'{it.name}': an interface begins with I and a capital letter, and nothing else does")
 
-    def check_members(self):
-        it = self.current
+    def check_package(self, it):
+        if it.package != self.all[0].package:
+            raise AidlError(it.path, it.line, f"one package at a time: '{self.all[0].full_name}' is of another one")
+        full_names = {each.full_name for each in self.all}
+        for name, line in it.imports:
+            if name not in full_names:
+                raise AidlError(it.path, line, f"'{name}' is not among the files")
+
+    def check_members(self, it):
         for group in [it.members] + [each.arguments for each in it.members if isinstance(each, Method)]:
             names = set()
             for member in group:
                 if member.name in names:
-                    self.fail(f"'{member.name}' is declared twice", member.line)
+                    raise AidlError(it.path, member.line, f"'{member.name}' is declared twice")
                 names.add(member.name)
         for type, member in it.types():
-            self.check_type(type, member)
+            self.check_type(it, type, member)
 
-    def check_type(self, type, member):
+    def check_type(self, it, type, member):
         known = self.by_name.get(type.name)
         if not known and type.name not in BUILT_IN:
-            self.fail(f"'{type.name}' is not a known type", member.line)
-        if known and known.kind == 'interface' and (type.is_array or self.current.kind != 'interface'):
-            self.fail(f"'{type.name}': an interface can be an argument, but no field and no array", member.line)
+            raise AidlError(it.path, member.line, f"'{type.name}' is not a known type")
+        if known and known.kind == 'interface' and (type.is_array or it.kind != 'interface'):
+            raise AidlError(it.path, member.line,
+                            f"'{type.name}': an interface can be an argument, but no field and no array")
         if member.value:
             values = [f'{type.name}.{each.name}' for each in known.members] if known and known.kind == 'enum' else []
             if type.is_array or member.value not in values:
-                self.fail(f"'{member.value}': a default is an enumerator of the field's own type", member.line)
+                raise AidlError(it.path, member.line,
+                                f"'{member.value}': a default is an enumerator of the field's own type")
 
-    def check_cycle(self, declaration, users):
-        if declaration.name in users:
-            self.fail(f"'{declaration.name}' needs itself: {' > '.join(users + [declaration.name])}", declaration.line)
-        for name in {type.name for type, _ in declaration.types()} & self.by_name.keys():
-            self.check_cycle(self.by_name[name], users + [declaration.name])
+    def check_cycle(self, it, users=()):
+        if it.name in users:
+            path = ' > '.join(users[users.index(it.name):] + (it.name,))
+            raise AidlError(it.path, it.line, f"'{it.name}' needs itself: {path}")
+        for name in sorted({type.name for type, _ in it.types()} & self.by_name.keys()):
+            self.check_cycle(self.by_name[name], users + (it.name,))
 
 
-def read_folder(folder):
-    """All declarations below the folder, by name. Raises AidlError for the first thing that is wrong."""
-    declarations = [_Parser(path).declaration() for path in sorted(Path(folder).rglob('*.aidl'))]
+def read_files(paths):
+    """The declarations of the files, by path. Raises AidlError for the first thing that is wrong."""
+    declarations = [_Parser(path).declaration() for path in sorted(paths)]
     _Checker(declarations).check()
     return declarations

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
-#include <type_traits>
-#include <vector>
+
+#include "stubs/Text.h"
 
 // How a record stands in a parcel and in a text. Reading is safe on any input.
 namespace subsys_stubs {
@@ -49,11 +49,10 @@ public:
     explicit RecordText(const char* name) { mText << name << '{'; }
 
     template <class T>
-    RecordText& add(const char* field, const T& value) {
+    void add(const char* field, const T& value) {
         mText << mSeparator << field << ": ";
         mSeparator = ", ";
-        print(value);
-        return *this;
+        print(mText, value);
     }
     [[nodiscard]] std::string end() {
         mText << '}';
@@ -61,31 +60,6 @@ public:
     }
 
 private:
-    template <class T>
-    void print(const T& value) {
-        if constexpr (requires { value.toString(); }) {
-            mText << value.toString();
-        } else if constexpr (std::is_enum_v<T>) {
-            mText << toString(value);
-        } else if constexpr (std::is_same_v<T, bool>) {
-            mText << (value ? "true" : "false");
-        } else if constexpr (std::is_integral_v<T>) {
-            mText << +value;  // a byte is a number, not a character
-        } else {
-            mText << value;
-        }
-    }
-    template <class T>
-    void print(const std::vector<T>& values) {
-        const char* separator = "[";
-        for (const T& value : values) {
-            mText << separator;
-            print(value);
-            separator = ", ";
-        }
-        mText << (values.empty() ? "[]" : "]");
-    }
-
     std::ostringstream mText;
     const char* mSeparator = "";
 };

@@ -20,10 +20,6 @@ public:
     bool start();
     // There from the beginning. Any thread.
     [[nodiscard]] sp<Looper> getLooper() const { return mLooper; }
-    // Ends the loop; any thread.
-    void quit();
-    // Waits for the end of the thread; must not be called on it. Owner's thread.
-    void join();
 
 private:
     static void run(const std::string& name, const sp<Looper>& looper);

@@ -22,8 +22,6 @@ public:
     // sends fail. Any thread, during a dispatch too.
     void quit();
 
-    [[nodiscard]] bool isCurrentThread() const;
-
     ~Looper() override;
 
 private:
@@ -32,7 +30,7 @@ private:
 
     Looper();
     // Makes it the calling thread's, which has none.
-    static void bind(sp<Looper> looper);
+    static void bind(const sp<Looper>& looper);
 
     const std::unique_ptr<MessageQueue> mQueue;
 };

@@ -18,12 +18,12 @@ public:
     // Told by running the callback on the handler's looper.
     Registrant(const sp<Handler>& handler, const sp<MessageCallback>& callback, const sp<Object>& obj);
 
-    [[nodiscard]] const sp<Handler>& getHandler() const { return mHandler; }
-
     // Posts one message whose obj is `result`, or the registrant's own object where `result` is null. Any thread.
     void notify(const sp<Object>& result) const;
 
 private:
+    friend class RegistrantList;
+
     const sp<Handler> mHandler;
     const sp<MessageCallback> mCallback;
     const int32_t mWhat;
@@ -35,11 +35,8 @@ private:
 class RegistrantList : public Object {
 public:
     void add(const sp<Registrant>& registrant);
-    void add(const sp<Handler>& handler, int32_t what, const sp<Object>& obj = nullptr);
     // Removes every registrant of the handler.
     void remove(const sp<Handler>& handler);
-    // Puts the registrant in the place of all that its handler had here, in one step. Returns the size before.
-    size_t replace(const sp<Registrant>& registrant);
     [[nodiscard]] size_t size() const;
     void notify(const sp<Object>& result = nullptr) const;
 

@@ -14,7 +14,6 @@ class VoteBox;
 class Ticket : public Object {
 public:
     void updateState(bool up);
-    [[nodiscard]] bool isUp() const;
 
 private:
     friend class VoteBox;
