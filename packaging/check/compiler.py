@@ -63,20 +63,18 @@ class Compiler:
                                 if (folder / relative).is_file() and not header.samefile(folder / relative)]
 
     def generate(self, module):
-        """Runs a genrule."""
+        """Runs a genrule, whose tools are Python programs of the blueprint."""
         folder = self.out / module.properties['name']
         folder.mkdir()
 
         def replace(match):
-            name = match[1]
-            if name not in module.properties['tools']:
-                return shlex.quote(str(self.build.root / name))
-            tool = self.build.modules[name]
+            tool = self.build.modules[match[1]]
             main, = (path for path in self.build.files(tool) if path.name == tool.properties['main'])
             return f'{sys.executable} {shlex.quote(str(main))}'
 
         command = re.sub(r'\$\(location ([^)]*)\)', replace, module.properties['cmd'])
-        command = command.replace('$(genDir)', str(folder)).replace('$$', '$')
+        sources = shlex.join(map(str, self.build.files(module)))
+        command = command.replace('$(genDir)', str(folder)).replace('$(in)', sources).replace('$$', '$')
         result = subprocess.run(command, shell=True, capture_output=True, text=True)
         made = {str(path.relative_to(folder)) for path in folder.glob('**/*') if path.is_file()}
         if made != set(module.properties['out']):

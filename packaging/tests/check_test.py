@@ -79,6 +79,10 @@ cc_library_shared {
     shared_libs: ["libmindroid"],
 }
 '''
+GENRULE = '''
+python_binary_host { name: "tool", main: "tool.py", srcs: ["tool.py"] }
+genrule { name: "made", tools: ["tool"], srcs: ["rf/*.cpp"], cmd: "$(location tool) $(in) > $(genDir)/a.h", out: ["a.h", "b.h"] }
+'''
 HEADER = '''#pragma once
 namespace mindroid {
 struct Object {
@@ -163,6 +167,12 @@ class CheckTest(unittest.TestCase):
         write(self.root / 'mindroid/Object.h', HEADER)
         write(self.root / 'rf/Source.cpp', '')
         self.assertIn('hides mindroid/Object.h of libmindroid', self.compile_faults())
+
+    def test_compile_when_genrule_makes_other_files_then_reported(self):
+        write(self.root / 'Android.bp', BLUEPRINT + GENRULE)
+        write(self.root / 'tool.py', 'import sys; print(sys.argv[1])')
+        write(self.root / 'rf/Source.cpp', '')
+        self.assertIn("Android.bp:11: made ['a.h']", self.compile_faults())
 
 
 if __name__ == '__main__':
