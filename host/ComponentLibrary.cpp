@@ -1,16 +1,16 @@
 #include "host/ComponentLibrary.h"
 
+#include "component/ComponentManager.h"
+
+#include <device/DeviceLibrary.h>
+#include <mindroid/Log.h>
+
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <vector>
-
-#include "component/ComponentManager.h"
-
-#include <device/DeviceLibrary.h>
-#include <mindroid/Log.h>
 
 namespace fs = std::filesystem;
 using mindroid::Log;

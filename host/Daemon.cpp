@@ -1,9 +1,11 @@
 #include "host/Daemon.h"
 
-#include <unistd.h>
-
-#include <cstdio>
-#include <cstdlib>
+#include "component/ComponentManager.h"
+#include "host/ComponentLibrary.h"
+#include "host/PluginList.h"
+#include "host/SignalThread.h"
+#include "rf/RfSubsysComponent.h"
+#include "service/SubsysService.h"
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
@@ -12,16 +14,13 @@
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 
-#include "component/ComponentManager.h"
-#include "host/ComponentLibrary.h"
-#include "host/PluginList.h"
-#include "host/SignalThread.h"
-#include "rf/RfSubsysComponent.h"
-#include "service/SubsysService.h"
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::SubsysService;
-
 using mindroid::Log;
 
 namespace {
@@ -60,9 +59,9 @@ bool publish(SubsysService& service) {
     return false;
 }
 
+// On the signals' thread, while components may still start.
 void logState() {
-    Log::i(TAG, "%s, pid %d, %zu components", serviceName().c_str(), getpid(),
-           hal::ComponentManager::getInstance()->components().size());
+    Log::i(TAG, "%s, pid %d", serviceName().c_str(), getpid());
 }
 
 void startBinder() {

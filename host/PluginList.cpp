@@ -1,5 +1,9 @@
 #include "host/PluginList.h"
 
+#include <device/DevicePath.h>
+#include <mindroid/Log.h>
+#include <tinyxml2.h>
+
 #include <elf.h>
 
 #include <cstdint>
@@ -8,10 +12,6 @@
 #include <fstream>
 #include <string>
 #include <system_error>
-
-#include <device/DevicePath.h>
-#include <mindroid/Log.h>
-#include <tinyxml2.h>
 
 using mindroid::Log;
 using tinyxml2::XMLElement;

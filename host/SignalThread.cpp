@@ -1,5 +1,8 @@
 #include "host/SignalThread.h"
 
+#include <mindroid/Log.h>
+#include <mindroid/Looper.h>
+
 #include <pthread.h>
 #include <semaphore.h>
 #include <signal.h>
@@ -8,9 +11,6 @@
 #include <atomic>
 #include <thread>
 #include <utility>
-
-#include <mindroid/Log.h>
-#include <mindroid/Looper.h>
 
 namespace {
 
@@ -25,12 +25,25 @@ void take(int number) {
     sem_post(&sTaken);
 }
 
+constexpr int SIGNALS[] = {SIGTERM, SIGINT, SIGUSR1};
+
 void startTaking() {
     sem_init(&sTaken, 0, 0);
     struct sigaction action = {};
     action.sa_handler = take;
     action.sa_flags = SA_RESTART;
-    for (const int number : {SIGTERM, SIGINT, SIGUSR1}) sigaction(number, &action, nullptr);
+    for (const int number : SIGNALS) sigaction(number, &action, nullptr);
+}
+
+// ThreadSanitizer calls no handler while the thread is in a system call that it doesn't know, as that of a message
+// loop. There, this thread and those that it starts leave the signals to the one that is started already.
+void leaveToOthersUnderThreadSanitizer() {
+#if defined(__SANITIZE_THREAD__)
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : SIGNALS) sigaddset(&signals, number);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+#endif
 }
 
 // Returns when the process shall stop.
@@ -51,12 +64,15 @@ void serve(const std::function<void()>& onUser) {
 SignalThread::SignalThread(std::chrono::milliseconds stopTimeout, std::function<void()> onUser) {
     startTaking();
     // Where no signal comes, the thread outlives this object and waits on.
-    std::thread([=, onUser = std::move(onUser), looper = mindroid::Looper::myLooper(), done = mDone.get_future()] {
-        pthread_setname_np(pthread_self(), "signals");
-        serve(onUser);
-        looper->quit();
-        if (done.wait_for(stopTimeout) != std::future_status::ready) endByForce(stopTimeout);
-    }).detach();
+    std::thread thread(
+        [=, onUser = std::move(onUser), looper = mindroid::Looper::myLooper(), done = mDone.get_future()] {
+            serve(onUser);
+            looper->quit();
+            if (done.wait_for(stopTimeout) != std::future_status::ready) endByForce(stopTimeout);
+        });
+    pthread_setname_np(thread.native_handle(), "signals");
+    thread.detach();
+    leaveToOthersUnderThreadSanitizer();
 }
 
 SignalThread::~SignalThread() {

@@ -1,5 +1,7 @@
 #include "host/StderrLog.h"
 
+#include "host/Escape.h"
+
 #include <limits.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -10,8 +12,6 @@
 #include <mutex>
 #include <string_view>
 #include <utility>
-
-#include "host/Escape.h"
 
 namespace {
 

@@ -1,5 +1,11 @@
 // subsysd: the vendor daemon that loads the service library and publishes its service.
+
+#include "host/Daemon.h"
+#include "host/Options.h"
+#include "host/StderrLog.h"
+
 #include <android/log.h>
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -12,10 +18,6 @@
 #include <optional>
 #include <string>
 #include <system_error>
-
-#include "host/Daemon.h"
-#include "host/Options.h"
-#include "host/StderrLog.h"
 
 namespace {
 
@@ -30,9 +32,12 @@ bool openStandardFiles() {
     return file >= 0 && close(file) == 0;
 }
 
-// A reader of the output that goes away must not end the service. The others may be sent by whoever expects something
-// of a daemon; the service takes SIGUSR1 as soon as it is loaded.
-void ignoreSignals() {
+// What the parent blocked is taken, too. A reader of the output that goes away must not end the service, nor must a
+// signal that asks nothing of it; SIGUSR1 is taken as soon as the service is loaded.
+void prepareSignals() {
+    sigset_t none;
+    sigemptyset(&none);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     for (const int number : {SIGPIPE, SIGHUP, SIGUSR1, SIGUSR2}) signal(number, SIG_IGN);
 }
 
@@ -45,15 +50,20 @@ void startLog(android_LogPriority lowest) {
 }
 
 // The environment is what the service library, plugins and components look at; it must stand before they are loaded.
-bool chooseDevice(const std::optional<std::string>& option) {
-    const char* environment = getenv("SUBSYS_DEVICE_ROOT");
-    const std::string device = option ? *option : environment != nullptr ? environment : "";
-    if (!option && device.empty()) return true;
+std::error_code useDevice(const std::string& device) {
     std::error_code error;
     const auto folder = std::filesystem::canonical(device, error);
-    if (!error && !std::filesystem::is_directory(folder, error))
-        error = std::make_error_code(std::errc::not_a_directory);
-    if (!error && setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1) != 0) error.assign(errno, std::generic_category());
+    if (error) return error;
+    if (!std::filesystem::is_directory(folder, error)) return std::make_error_code(std::errc::not_a_directory);
+    if (setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1) != 0) return {errno, std::generic_category()};
+    return {};
+}
+
+bool chooseDevice(const std::optional<std::string>& option) {
+    const char* environment = getenv("SUBSYS_DEVICE_ROOT");
+    const std::string device = option.value_or(environment != nullptr ? environment : "");
+    if (!option && device.empty()) return true;
+    const std::error_code error = useDevice(device);
     if (!error) return true;
     __android_log_print(ANDROID_LOG_ERROR, TAG, "can't use the device folder '%s': %s", device.c_str(),
                         error.message().c_str());
@@ -80,7 +90,7 @@ int serve(const Options& options) {
 int main(int argc, char** argv) {
     if (!openStandardFiles()) return EXIT_FAILURE;
     const Options options = Options::parse(argc, argv);
-    ignoreSignals();
+    prepareSignals();
     startLog(options.logLevel);
     end(chooseDevice(options.device) ? serve(options) : EXIT_FAILURE);
 }

@@ -10,8 +10,11 @@
 #include <array>
 #include <cstring>
 
+using mindroid::Handler;
 using mindroid::Log;
 using mindroid::Message;
+using mindroid::MessageCallback;
+using mindroid::Object;
 using mindroid::Registrant;
 using mindroid::RegistrantList;
 using mindroid::sp;
@@ -54,12 +57,13 @@ const IccEvents::Kind* IccEvents::findKind(uint32_t type) {
     return kind == KINDS.end() ? nullptr : &*kind;
 }
 
-void IccEvents::add(IccEventType type, const sp<Registrant>& registrant) {
+void IccEvents::add(IccEventType type, const sp<Handler>& handler, const sp<MessageCallback>& callback,
+                    const sp<Object>& obj) {
     const Kind& kind = *findKind(type);
     RegistrantList& listeners = *(this->*kind.listeners);
     Log::d(TAG, "%s cnt %d", kind.registration, static_cast<int>(listeners.size()));
-    listeners.remove(registrant->getHandler());
-    listeners.add(registrant);
+    listeners.remove(handler);
+    listeners.add(new Registrant(handler, callback, obj));
 }
 
 void IccEvents::handleMessage(const sp<Message>& message) {

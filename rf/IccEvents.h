@@ -16,9 +16,10 @@ public:
     // Added to an event's type, gives the `what` of its message.
     static constexpr uint32_t MESSAGE_BASE = 1000;
 
-    // Puts the registrant in the place of what its handler registered for this event before. An event that comes while
-    // it changes places is missed. Any.
-    void add(IccEventType type, const mindroid::sp<mindroid::Registrant>& registrant);
+    // Puts the callback in the place of what the handler registered for this event before. An event that comes while it
+    // changes places is missed. Any.
+    void add(IccEventType type, const mindroid::sp<mindroid::Handler>& handler,
+             const mindroid::sp<mindroid::MessageCallback>& callback, const mindroid::sp<mindroid::Object>& obj);
 
     // Tells the listeners of the event in the message, whose obj is an IccEvent. Proxy.
     void handleMessage(const mindroid::sp<mindroid::Message>& message);

@@ -25,7 +25,10 @@ std::atomic<bool> sIccApisLoaded = false;
 
 // The functions of the plugin. Symbol and type both come from the declaration in IccPluginApi.h.
 struct IccPlugin::Functions {
-#define PLUGIN_FUNCTION(name) Function<decltype(::name)>{#name, "plugin " #name}
+#define PLUGIN_FUNCTION(name)    \
+    Function<decltype(::name)> { \
+#name, "plugin " #name   \
+    }
     static constexpr auto init = PLUGIN_FUNCTION(iccApis_init);
     static constexpr auto registerEvent = PLUGIN_FUNCTION(registerIccEvent);
     static constexpr auto sendReqSync = PLUGIN_FUNCTION(iccSendReqSync);

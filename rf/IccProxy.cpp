@@ -18,7 +18,6 @@ using mindroid::Looper;
 using mindroid::Message;
 using mindroid::MessageCallback;
 using mindroid::Object;
-using mindroid::Registrant;
 using mindroid::Runnable;
 using mindroid::sp;
 
@@ -80,31 +79,32 @@ void IccProxy::iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle) {
 
 void IccProxy::registerIccStateInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
                                    const sp<Object>& obj) {
-    registerInd(ICC_EVENT_STATE_CHANGED, new Registrant(handler, callback, obj));
+    registerInd(ICC_EVENT_STATE_CHANGED, handler, callback, obj);
 }
 
 void IccProxy::registerIccClatInfoInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
                                       const sp<Object>& obj) {
-    registerInd(ICC_EVENT_CLAT_STATE, new Registrant(handler, callback, obj));
+    registerInd(ICC_EVENT_CLAT_STATE, handler, callback, obj);
 }
 
 void IccProxy::registerIccDeviceErrInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
                                        const sp<Object>& obj) {
-    registerInd(ICC_EVENT_DEVICE_ERR, new Registrant(handler, callback, obj));
+    registerInd(ICC_EVENT_DEVICE_ERR, handler, callback, obj);
 }
 
 void IccProxy::registerIccPercChangeInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
                                         const sp<Object>& obj) {
-    registerInd(ICC_EVENT_PERC_CHANGED, new Registrant(handler, callback, obj));
+    registerInd(ICC_EVENT_PERC_CHANGED, handler, callback, obj);
 }
 
 void IccProxy::registerIccInfoChangedInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
                                          const sp<Object>& obj) {
-    registerInd(ICC_EVENT_COEX_ANT_CHANGED, new Registrant(handler, callback, obj));
+    registerInd(ICC_EVENT_COEX_ANT_CHANGED, handler, callback, obj);
 }
 
-void IccProxy::registerInd(IccEventType type, const sp<Registrant>& registrant) {
-    mEvents.add(type, registrant);
+void IccProxy::registerInd(IccEventType type, const sp<Handler>& handler, const sp<MessageCallback>& callback,
+                           const sp<Object>& obj) {
+    mEvents.add(type, handler, callback, obj);
     post([type](IccProxy& proxy) { proxy.registerWithPlugin(type); });
 }
 

@@ -95,7 +95,9 @@ private:
     template <typename... Params, typename... Args>
     void postCommand(void (IccCommands::*command)(Params...), Args... args);
 
-    void registerInd(IccEventType type, const mindroid::sp<mindroid::Registrant>& registrant);
+    void registerInd(IccEventType type, const mindroid::sp<mindroid::Handler>& handler,
+                     const mindroid::sp<mindroid::MessageCallback>& callback,
+                     const mindroid::sp<mindroid::Object>& obj);
     void registerWithPlugin(IccEventType type);
 
     const mindroid::sp<mindroid::HandlerThread> mThread;

@@ -23,8 +23,9 @@ constexpr size_t CHUNKS = 1'024;
 constexpr size_t CHUNK_MARKS = 32;
 // For asynchronous sections that are open.
 constexpr size_t PLACES = 4'096;
-// How many of them are looked at for one section.
-constexpr size_t REACH = 64;
+// A section's place is in one of its REACH rows. The keys of a row share a cache line.
+constexpr size_t ROW_PLACES = 8;
+constexpr size_t REACH = 16;
 constexpr size_t THREADS = 256;
 constexpr size_t THREAD_SECTIONS = 8;
 constexpr size_t NAME_BYTES = 72;

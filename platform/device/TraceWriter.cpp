@@ -83,21 +83,35 @@ void count(uint64_t& counter) {
     Word(counter).fetch_add(1, std::memory_order_relaxed);
 }
 
-// What tells one open section from the others, and the places that it may have: the first is the cookie's, so that
-// sections with cookies that were counted lie side by side; the others are scattered.
+// What tells one open section from the others, and where its place may be: in the cookie's row, so that sections with
+// cookies that were counted lie side by side, or in one of a few others, which are scattered.
 struct Key {
-    explicit Key(const Slot& mark) : word(0), first(mark.value) {
+    explicit Key(const Slot& mark) : word(0), cookie(mark.value) {
         for (size_t i = 0; i < nameWords(mark); ++i) word = mix(word ^ mark.name[i]);
-        word = mix(word + first) | 2;  // neither 0 nor TAKEN_KEY
+        word = mix(word + cookie) | 2;  // neither 0 nor TAKEN_KEY
     }
-    [[nodiscard]] size_t place(uint64_t step) const {
-        return (step == 0 ? first : mix(mix(word + step)) >> 40) % PLACES;
+    // The first of the row's places.
+    [[nodiscard]] size_t row(uint64_t step) const {
+        const uint64_t row = step == 0 ? cookie / ROW_PLACES : mix(mix(word + step)) >> 40;
+        return row * ROW_PLACES % PLACES;
     }
     static uint64_t mix(uint64_t word) { return (word ^ word >> 31) * 0x9E3779B97F4A7C15; }
 
     uint64_t word;
-    uint64_t first;
+    uint64_t cookie;
 };
+
+// The first of a key's places that `take` takes, or NONE.
+template <typename Take>
+size_t findPlace(const Key& key, const Take& take) {
+    for (uint64_t step = 0; step < REACH; ++step) {
+        const size_t row = key.row(step);
+        for (size_t i = row; i < row + ROW_PLACES; ++i) {
+            if (take(i)) return i;
+        }
+    }
+    return NONE;
+}
 
 }  // namespace
 
@@ -188,28 +202,27 @@ void TraceWriter::mark(MarkKind kind, const char* name, int64_t value) {
 
 bool TraceWriter::open(const Slot& mark) {
     const Key key(mark);
-    for (uint64_t step = 0; step < REACH; ++step) {
-        const size_t place = key.place(step);
-        const Word taken(mFile.keys[place]);
+    const size_t place = findPlace(key, [this](size_t i) {
+        const Word word(mFile.keys[i]);
         uint64_t nobody = 0;
-        if (taken.load(std::memory_order_relaxed) != nobody) continue;
-        if (!taken.compare_exchange_strong(nobody, TAKEN_KEY, std::memory_order_acquire)) continue;
-        copy(mark, mFile.open[place]);
-        taken.store(key.word, std::memory_order_release);
-        return true;
-    }
-    return false;
+        return word.load(std::memory_order_relaxed) == nobody &&
+               word.compare_exchange_strong(nobody, TAKEN_KEY, std::memory_order_acquire);
+    });
+    if (place == NONE) return false;
+    copy(mark, mFile.open[place]);
+    Word(mFile.keys[place]).store(key.word, std::memory_order_release);
+    return true;
 }
 
 bool TraceWriter::close(const Slot& mark) {
     const Key key(mark);
-    for (uint64_t step = 0; step < REACH; ++step) {
-        const Word taken(mFile.keys[key.place(step)]);
+    const size_t place = findPlace(key, [&](size_t i) {
+        const Word word(mFile.keys[i]);
         uint64_t mine = key.word;
-        if (taken.load(std::memory_order_relaxed) != key.word) continue;
-        if (taken.compare_exchange_strong(mine, 0, std::memory_order_release)) return true;
-    }
-    return false;
+        return word.load(std::memory_order_relaxed) == mine &&
+               word.compare_exchange_strong(mine, 0, std::memory_order_release);
+    });
+    return place != NONE;
 }
 
 TraceWriter* writer() {

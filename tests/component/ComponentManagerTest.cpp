@@ -54,7 +54,9 @@ protected:
         looper.run([&] { manager.init(instanceId); });
     }
     static void report(const sp<Component>& component, int32_t state) {
-        component->handleProxyStateChanged(Message::obtain(nullptr, 2000, new Integer(state)));
+        const sp<Message> message = Message::obtain();
+        message->obj = new Integer(state);
+        component->handleProxyStateChanged(message);
     }
 };
 

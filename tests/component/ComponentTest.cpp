@@ -95,7 +95,7 @@ TEST_F(ComponentTest, HandleMessage_WhenNotAProxyState_ThenLogsAndDropsIt) {
 
 TEST_F(ComponentTest, ProxyState_WhenComponentDoesNotVote_ThenOnlyListenersAreTold) {
     const sp<Object> state = new Integer(1);
-    component->mRegistrants->add(handler, 5);
+    component->mRegistrants->add(new Registrant(handler, 5));
     component->handleProxyStateChanged(nullptr);
     component->handleProxyStateChanged(handler->obtainMessage(2000, state));
     EXPECT_EQ(onlyReply().value, state);
@@ -105,12 +105,18 @@ TEST_F(ComponentTest, ProxyState_WhenComponentDoesNotVote_ThenOnlyListenersAreTo
 
 TEST_F(ComponentTest, ProxyState_WhenComponentVotes_ThenTicketFollowsTheState) {
     const sp<TestComponent> voter = looper.make<TestComponent>(1);
-    const auto report = [&](const sp<Object>& state) {
-        voter->handleProxyStateChanged(handler->obtainMessage(2000, state));
-        return voter->getTicket()->isUp();
+    const auto report = [&](int32_t state) {
+        voter->handleProxyStateChanged(handler->obtainMessage(2000, new Integer(state)));
+        // A vote completes at once when its only ticket is up.
+        bool isUp = false;
+        VoteBox box;
+        box.setCallback(new VoteCallback([&](const sp<Object>&) { isUp = true; }));
+        box.AddTicket(voter->getTicket());
+        box.startVote();
+        return isUp;
     };
-    EXPECT_TRUE(report(new Integer(-3)));
-    EXPECT_FALSE(report(new Integer(0)));
+    EXPECT_TRUE(report(-3));
+    EXPECT_FALSE(report(0));
     EXPECT_EQ(log.lines("Component"),
               (std::vector<LogLine>{
                   {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is -3"},
@@ -212,7 +218,7 @@ TEST_F(ComponentTest, InitModules_WhenTwiceNullOrAddedMeanwhile_ThenEachEntryIsS
 
 TEST_F(ComponentTest, Destruction_WhenEverythingIsSet_ThenModulesGoFirstAndTheTicketLast) {
     component->mTicket = new Obituary<Ticket>("ticket", calls);
-    component->mRegistrants->add(handler, 1, new Obituary<Object>("registrants", calls));
+    component->mRegistrants->add(new Registrant(handler, 1, new Obituary<Object>("registrants", calls)));
     component->mModuleManager->addModule(new RecordingModule("module", calls));
     component.clear();
     EXPECT_EQ(calls, (std::vector<std::string>{"~module", "~registrants", "~ticket"}));

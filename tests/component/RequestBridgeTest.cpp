@@ -31,7 +31,7 @@ protected:
     sp<Handler> handler = looper.make<Handler>();
     test::Recorder<Got> responses;
 
-    bool onLooper() { return looper.looper()->isCurrentThread(); }
+    bool onLooper() { return Looper::myLooper() == looper.looper(); }
 
     // A request whose component answers as the action does.
     template <typename Action>

@@ -48,7 +48,7 @@ protected:
     }
     // Returns when all that was posted to the proxy before has run.
     void drainProxy() {
-        test::runOn(new mindroid::Handler(mProxy->getLooper()), [] {});
+        test::runOn(mProxy, [] {});
     }
     // Holds the proxy's thread up inside a plugin call until the event comes.
     void holdPlugin(const Event& release) {

@@ -1,11 +1,11 @@
 #include "rf/RfSubsysComponent.h"
 
 #include "component/RequestBridge.h"
+#include "mindroid/testing/ManualClock.h"
 #include "rf/VsRecords.h"
 #include "tests/rf/RfFixture.h"
 
 #include <dlfcn.h>
-#include <mindroid/SystemClock.h>
 
 #include <functional>
 

@@ -1,6 +1,7 @@
 #include "rf/RfSubsysService.h"
 
 #include "component/SubsysInterfaceData.h"
+#include "mindroid/testing/ManualClock.h"
 #include "rf/IccConversions.h"
 #include "service/channel/SubsysServiceIndication.h"
 #include "service/channel/SubsysServiceResponse.h"
@@ -8,7 +9,6 @@
 #include "tests/support/SubsysClient.h"
 
 #include <gmock/gmock.h>
-#include <mindroid/SystemClock.h>
 
 #include <functional>
 

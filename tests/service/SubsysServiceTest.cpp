@@ -3,6 +3,7 @@
 #include "component/ComponentManager.h"
 #include "ims/ImsOrtcComponent.h"
 #include "ims/ImsOrtcServiceResponse.h"
+#include "mindroid/testing/ManualClock.h"
 #include "tests/ims/ImsOrtcClient.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LogCapture.h"
@@ -10,7 +11,6 @@
 #include "tests/support/SubsysClient.h"
 
 #include <gtest/gtest.h>
-#include <mindroid/SystemClock.h>
 
 #include <unistd.h>
 

@@ -4,7 +4,6 @@
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -52,17 +51,6 @@ private:
     mutable std::condition_variable mChanged;
     std::vector<T> mValues;
 };
-
-// True once the predicate holds, false when it does not by the deadline. For what only the kernel knows and tells nobody.
-template <typename Predicate>
-[[nodiscard]] bool eventually(Predicate predicate) {
-    const auto deadline = std::chrono::steady_clock::now() + DEADLINE;
-    while (!predicate()) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 // Something that happens, once or more often.
 class Event {
