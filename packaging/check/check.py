@@ -15,7 +15,8 @@ sys.dont_write_bytecode = True  # the source folder stays as it is
 import blueprint  # noqa: E402
 import contract  # noqa: E402
 import device_files  # noqa: E402
-from build import ROOMS, Build, Compiler  # noqa: E402
+from build import ROOMS, Build  # noqa: E402
+from compiler import Compiler  # noqa: E402
 
 STANDARDS = 'c++20', 'c++2b'
 
@@ -52,14 +53,13 @@ def check_files(root, daemon):
     ]
 
 
-def check_compile(root, compiler, stubs):
+def check_compile(root, program, stubs):
     build = Build(root, stubs)
     with tempfile.TemporaryDirectory() as out:
-        run = Compiler(build, compiler, out)
-        run.compile(STANDARDS)
-        objects = [run.object(source) for source in build.files(build.modules['libsubsys'])]
+        compiler = Compiler(build, program, out)
+        objects = compiler.objects(build.modules['libsubsys'])
         readme = (root / 'packaging/README.md').read_text()
-        return run.faults or contract.check(readme, objects, library_sources(root))
+        return compiler.check(STANDARDS) or contract.check(readme, objects, library_sources(root))
 
 
 def main():
@@ -68,7 +68,7 @@ def main():
     options.add_argument('--root', type=Path, required=True, help='the project')
     options.add_argument('--daemon', type=Path, help='files: the built subsysd, which is given the options of the rc file')
     options.add_argument('--compiler', default='clang++', help='compile: the compiler')
-    options.add_argument('--stubs', type=Path, nargs='*', default=[], help='compile: folders of the interface\'s headers')
+    options.add_argument('--stubs', type=Path, help='compile: the folder of the generated headers of the interface')
     given = options.parse_args()
     try:
         root = given.root.resolve()

@@ -143,7 +143,8 @@ def compile_policy(name, required, lines):
         # On one line, so that checkmodule counts as the file does.
         head = ' '.join(line for _, line in statements(required))
         module.write_text(f'module {module.stem} 1.0; require {{ {head} }} {"".join(line + chr(10) for line in lines)}')
-        result = subprocess.run(['checkmodule', '-M', '-m', '-o', module.with_suffix('.mod'), module], capture_output=True, text=True)
+        result = subprocess.run(['checkmodule', '-M', '-m', '-o', module.with_suffix('.mod'), module],
+                                capture_output=True, text=True)
     if result.returncode == 0:
         return []
     return [line.removeprefix(f'{folder}/') for line in result.stderr.splitlines() if 'ERROR' in line] or [result.stderr]

@@ -12,7 +12,6 @@ FOLDER = Path(__file__).resolve().parent.parent
 sys.path.insert(0, str(FOLDER / 'check'))
 import blueprint  # noqa: E402
 import check  # noqa: E402
-from build import Build, Compiler  # noqa: E402
 
 # File, its text, what replaces it, what the check has to say.
 FAULTS = [
@@ -66,6 +65,7 @@ SOURCES = [
     ('struct A { virtual ~A(); }; struct B : A {}; B* f(A* a) { return dynamic_cast<B*>(a); }', 'requires -frtti'),
     ('#include <cutils/properties.h>', 'file not found'),
     ('#include <android/binder_manager.h>', 'file not found'),
+    ('namespace hal { void g(); } void f() { hal::g(); }', 'libsubsys lacks hal::g()'),
     ('int f(int unused) { return 0; }', 'unused parameter'),
     ('#include <mindroid/Object.h>\nint f(mindroid::Object& o) { return o.count() + o.more(); }', 'lacks Object::more'),
     ('int f() { return 0; }', 'does not use Object::count'),
@@ -78,6 +78,10 @@ cc_library_shared {
     local_include_dirs: ["."],
     shared_libs: ["libmindroid"],
 }
+'''
+GENRULE = '''
+python_binary_host { name: "tool", main: "tool.py", srcs: ["tool.py"] }
+genrule { name: "made", tools: ["tool"], srcs: ["rf/*.cpp"], cmd: "$(location tool) $(in) > $(genDir)/a.h", out: ["a.h", "b.h"] }
 '''
 HEADER = '''#pragma once
 namespace mindroid {
@@ -144,21 +148,31 @@ class CheckTest(unittest.TestCase):
         self.assertEqual((module.type, module.line), ('m', 3))
         self.assertEqual(module.properties, {'n': -3, 'b': True, 'l': ['a"b', 'c', 'd\\n'], 't': {'s': 'xy'}})
 
+    def compile_faults(self):
+        write(self.root / 'packaging/README.md', TABLE)
+        return '\n'.join(check.check_compile(self.root, 'clang++', None))
+
     def test_compile_when_faulty_then_reported(self):
         write(self.root / 'Android.bp', BLUEPRINT)
         write(self.root / 'platform/mindroid/include/mindroid/Object.h', HEADER)
-        write(self.root / 'packaging/README.md', TABLE)
         for source, expected in SOURCES:
             with self.subTest(source=source):
                 write(self.root / 'rf/Source.cpp', source)
-                faults = '\n'.join(check.check_compile(self.root, 'clang++', []))
+                faults = self.compile_faults()
                 self.assertEqual(faults, '') if expected is None else self.assertIn(expected, faults)
 
     def test_compile_when_own_header_hides_one_of_the_device_then_reported(self):
         write(self.root / 'Android.bp', BLUEPRINT)
         write(self.root / 'platform/mindroid/include/mindroid/Object.h', HEADER)
         write(self.root / 'mindroid/Object.h', HEADER)
-        self.assertIn("hides libmindroid's mindroid/Object.h", '\n'.join(Compiler(Build(self.root), 'clang++', self.root / 'out').faults))
+        write(self.root / 'rf/Source.cpp', '')
+        self.assertIn('hides mindroid/Object.h of libmindroid', self.compile_faults())
+
+    def test_compile_when_genrule_makes_other_files_then_reported(self):
+        write(self.root / 'Android.bp', BLUEPRINT + GENRULE)
+        write(self.root / 'tool.py', 'import sys; print(sys.argv[1])')
+        write(self.root / 'rf/Source.cpp', '')
+        self.assertIn("Android.bp:11: made ['a.h']", self.compile_faults())
 
 
 if __name__ == '__main__':
