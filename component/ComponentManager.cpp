@@ -1,5 +1,7 @@
 #include "component/ComponentManager.h"
 
+#include "component/ComponentHandler.h"
+
 #include <mindroid/Log.h>
 
 #include <algorithm>
@@ -31,6 +33,8 @@ ComponentManager* ComponentManager::getInstance() {
 }
 
 ComponentManager::ComponentManager() : mRegistrants(new mindroid::RegistrantList()) {}
+
+ComponentManager::~ComponentManager() = default;
 
 void ComponentManager::add(const sp<Component>& component) {
     // A null pointer is listed like any other value; the passes and lookups go round it.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "component/Component.h"
-#include "component/ComponentHandler.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/RegistrantList.h>
@@ -14,6 +13,8 @@
 
 namespace hal {
 
+class ComponentHandler;
+
 // The process-wide registry of components. Everything is added while libraries load and during start-up, by one thread;
 // from then on the list is only read, so lookups take no lock.
 class ComponentManager {
@@ -24,6 +25,7 @@ public:
     [[nodiscard]] static ComponentManager* getInstance();
 
     ComponentManager();
+    ~ComponentManager();
     ComponentManager(const ComponentManager&) = delete;
     ComponentManager& operator=(const ComponentManager&) = delete;
 

@@ -3,6 +3,7 @@
 #include "component/ComponentManager.h"
 #include "component/RequestBridge.h"
 #include "component/SubsysInterfaceData.h"
+#include "rf/IccProxy.h"
 #include "rf/VsComponent.h"
 #include "rf/VsRecords.h"
 

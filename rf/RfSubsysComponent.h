@@ -1,7 +1,6 @@
 #pragma once
 
 #include "component/SubsysComponent.h"
-#include "rf/IccProxy.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
@@ -12,6 +11,8 @@
 #include <vector>
 
 namespace hal {
+
+class IccProxy;
 
 // Serves the RF requests. Decides once for the process whether there is an ICC module at all; if so it owns the ICC
 // proxy, initialises the ICC plugin with what the VsComponent tells, and turns the notifications of that component into

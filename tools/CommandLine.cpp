@@ -7,6 +7,7 @@
 #include <memory>
 #include <utility>
 
+#include "tools/NewProject.h"
 #include "tools/Requests.h"
 #include "tools/TraceVerbs.h"
 
@@ -146,6 +147,20 @@ void addRequests(CLI::App& app, CommandLine& commandLine) {
     });
 }
 
+void addNew(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand("new", "Write a project to start from into the folder NAME\n  new plugin mine");
+    const auto project = std::make_shared<std::pair<std::string, std::string>>();
+    verb->group("For authors")->immediate_callback();
+    verb->add_option("KIND", project->first, "plugin, component or client")
+        ->required()
+        ->check(CLI::IsMember({"plugin", "component", "client"}));
+    verb->add_option("NAME", project->second, "Of the project")->required()->check(refuseProjectName);
+    verb->callback([&steps, project] {
+        const auto look = [given = *project] { return static_cast<int>(newProject(given.first, given.second)); };
+        steps.push_back({false, false, {}, {}, look});
+    });
+}
+
 Step requestStep(Request request) {
     const bool rf = request.needs == Needs::RF;
     const bool ims = request.needs == Needs::IMS;
@@ -183,6 +198,7 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addRegistrations(app, commandLine.steps);
     addTrace(app, commandLine.steps);
     addRequests(app, commandLine);
+    addNew(app, commandLine.steps);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {

@@ -14,6 +14,11 @@ if(NOT CMAKE_BUILD_TYPE)
     set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
+include(GNUInstallDirs)
+# An installed program or library finds the others from where it stands.
+set(CMAKE_INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set(SUBSYS_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/subsys)
+
 find_package(Threads REQUIRED)
 find_package(GTest REQUIRED)
 include(GoogleTest)
@@ -56,6 +61,20 @@ function(subsys_room result)
     string(REGEX REPLACE "/tests$" "" folder ${CMAKE_CURRENT_SOURCE_DIR})
     get_filename_component(room ${folder} NAME)
     set(${result} ${room} PARENT_SCOPE)
+endfunction()
+
+# subsys_public_headers(<library> <folder>...): the headers in the folders are those of the library's users.
+function(subsys_public_headers library)
+    foreach(folder ${ARGN})
+        file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${folder}/*.h)
+        target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS ${folder} FILES ${headers})
+    endforeach()
+endfunction()
+
+# subsys_install(<library>): installs the library under its version, with the headers of its file set.
+function(subsys_install library)
+    set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    install(TARGETS ${library} EXPORT subsys FILE_SET HEADERS DESTINATION ${SUBSYS_INCLUDE_DIR})
 endfunction()
 
 # subsys_test(<name> SOURCES <files> LIBRARIES <targets>): a GoogleTest program. Each of its cases runs in a process of

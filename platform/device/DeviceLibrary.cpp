@@ -1,9 +1,5 @@
 #include <device/DeviceLibrary.h>
 
-#include <android-base/unique_fd.h>
-#include <android/log.h>
-#include <device/DevicePath.h>
-#include <device/Mutex.h>
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
@@ -16,6 +12,11 @@
 #include <set>
 #include <string_view>
 #include <vector>
+
+#include <android-base/unique_fd.h>
+#include <android/log.h>
+#include <device/DevicePath.h>
+#include <device/Mutex.h>
 
 namespace device {
 

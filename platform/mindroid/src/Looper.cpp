@@ -67,8 +67,6 @@ sp<Looper> Looper::myLooper() {
 }
 
 void Looper::quit() {
-    // What the dropped messages held may have held this looper.
-    const sp<Looper> self = this;
     mQueue->close();
 }
 

@@ -36,7 +36,7 @@ public:
     // Drops the pending messages for which the predicate holds. Any thread.
     void remove(const Predicate& matches);
 
-    // Drops all messages, for ever. Any thread.
+    // Drops all messages, for ever. When it returns, what they held is gone, and this queue may be. Any thread.
     void close();
 
 private:

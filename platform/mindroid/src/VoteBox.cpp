@@ -1,6 +1,5 @@
 #include <mindroid/VoteBox.h>
 
-#include <algorithm>
 #include <utility>
 
 #include <mindroid/Boxes.h>
@@ -43,7 +42,6 @@ void VoteBox::setCallback(const sp<VoteCallback>& callback) {
 void VoteBox::AddTicket(const sp<Ticket>& ticket) {
     if (ticket == nullptr) return;
     const device::MutexLock lock(Ticket::sLock);
-    if (std::find(mTickets.begin(), mTickets.end(), ticket) != mTickets.end()) return;
     mTickets.push_back(ticket);
     ticket->mBoxes.push_back(this);
 }

@@ -78,13 +78,13 @@ std::vector<int32_t> orderOf(const std::vector<Step>& steps) {
 
 TEST(Handler, Messages_WhenSent_ThenRunByDueTimeThenBySending) {
     using enum Step::Kind;
-    constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max();
+    constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max(), LONG_AGO = std::numeric_limits<int64_t>::min();
     const struct {
         const char* rule;
         std::vector<Step> steps;
         std::vector<int32_t> order;
     } cases[] = {
-        {"now", {{NOW, 1}, {NOW, 2}, {DELAYED, 3, -5}, {NOW, 4}}, {1, 2, 3, 4}},
+        {"now", {{NOW, 1}, {NOW, 2}, {DELAYED, 3, LONG_AGO}, {NOW, 4}}, {1, 2, 3, 4}},
         {"the earlier due first", {{DELAYED, 1, 9}, {DELAYED, 2, 3}, {AT, 3, 6}, {ADVANCE, 0, 9}}, {2, 3, 1}},
         {"of those equally due the first sent first",
          {{DELAYED, 1, 5}, {ADVANCE, 0, 1}, {DELAYED, 2, 4}, {AT, 3, 5}, {ADVANCE, 0, 4}},

@@ -132,7 +132,7 @@ TEST(LooperDrop, Drop_WhenADestructorCallsTheLooper_ThenItDoesNotBlock) {
     }
 }
 
-TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOn) {
+TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOnUntilAnEarlierOneIsDue) {
     test::LooperThread looper;
     const auto switches = [&] {
         return looper.run([] {
@@ -145,6 +145,10 @@ TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOn) {
     const long before = switches();
     for (int i = 0; i < 1000; ++i) looper.handler()->sendEmptyMessageDelayed(1, 120'000);
     EXPECT_LT(switches() - before, 100);
+    test::Event ran;
+    const sp<Message> earlier = looper.handler()->obtainMessage(new Runnable([&] { ran.signal(); }));
+    looper.handler()->sendMessageAtTime(earlier, SystemClock::uptimeMillis() + 1);
+    EXPECT_TRUE(ran.await());
 }
 
 // ---- A thread with a looper. ----

@@ -61,7 +61,6 @@ TEST_F(VoteBoxTest, Callback_WhenItCallsTheBoxAndHoldsIt_ThenNeitherBlocksNorLea
     box->AddTicket(mFirst);
     box->setCallback(new VoteCallback([this, box, mortal = sp<Object>(new test::Mortal(deaths))](const auto&) {
         box->AddTicket(mSecond);
-        box->setCallback(nullptr);
         mFirst->updateState(false);
     }));
     box->startVote();
