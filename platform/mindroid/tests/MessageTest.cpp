@@ -88,16 +88,16 @@ TEST(Message, Message_WhenDispatchedDroppedOrRefused_ThenLetsGoOfAllItHolds) {
                   }},
                  {"quit", [](const auto&) { Looper::myLooper()->quit(); }},
                  {"thread ended", [](const auto&) {}}};
-    for (const auto& [how, drop] : cases) {
+    for (const auto& end : cases) {
         std::atomic<int> deaths{0};
         std::thread([&] {
             Looper::prepare();
             const sp<Handler> handler = new Handler();
             selfHolding(handler, deaths)->sendToTarget();
             test::sendLater(handler, selfHolding(handler, deaths));
-            drop(handler);
+            end.drop(handler);
         }).join();
-        EXPECT_EQ(deaths, 2) << how;
+        EXPECT_EQ(deaths, 2) << end.how;
     }
     std::atomic<int> deaths{0};
     EXPECT_FALSE(selfHolding(new Handler(), deaths)->sendToTarget());
