@@ -77,7 +77,7 @@ TEST_F(RequestBridgeTest, Void_WhenAnsweredLateAndOutOfOrder_ThenInReplyOrder) {
         EXPECT_TRUE(callVoid(serial, [&](const sp<Message>& reply) { kept.push_back(reply); }).isOk());
     }
     std::thread([&] {
-        for (const int index : {2, 0, 1}) SubsysComponent::sendResponse(kept[index], SUBSYS_Errno::SUCCESS);
+        for (const size_t index : {2U, 0U, 1U}) SubsysComponent::sendResponse(kept[index], SUBSYS_Errno::SUCCESS);
     }).join();
     ASSERT_TRUE(responses.await(3));
     looper.drain();

@@ -58,7 +58,7 @@ TEST(Pack, ImsRtpRedunSignalMsg_WhenIntegersAreWide_ThenTheirLowBitsAreKept) {
 }
 
 TEST(Pack, ImsRtpDataInfo_WhenDataIsOfAnySize_ThenAllIsCopiedUpTo255BytesElseTheWholeRecordIsZero) {
-    for (const size_t size : {0, 1, 254, 255}) {
+    for (const size_t size : {0U, 1U, 254U, 255U}) {
         for (const int32_t dataLen : {INT32_MIN, -1, 0, 7, 256, INT32_MAX}) {
             EXPECT_EQ(bytesOf(packImsRtpDataInfo(rtpData(size, dataLen))), rtpRecord(size, dataLen)) << size;
         }

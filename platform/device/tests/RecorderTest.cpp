@@ -363,9 +363,9 @@ TEST(TraceDecoder, Decode_WhenTheCopiesDiffer_ThenOnlyWhatTheyHaveInCommon) {
         slot.origin = device::trace::origin(7, static_cast<uint8_t>(kind), 1);
         slot.name[0] = 'a';
     };
-    for (const size_t i : {0, 1, 2}) write(first->ring[i], 10 + i, MarkKind::INSTANT);
-    for (const size_t i : {0, 1, 2}) write(first->open[i], 20 + i, MarkKind::ASYNC_BEGIN);
-    for (const size_t i : {0, 1}) write(first->threads[0].sections[i], 30 + i, MarkKind::BEGIN);
+    for (const size_t i : {0U, 1U, 2U}) write(first->ring[i], 10 + i, MarkKind::INSTANT);
+    for (const size_t i : {0U, 1U, 2U}) write(first->open[i], 20 + i, MarkKind::ASYNC_BEGIN);
+    for (const size_t i : {0U, 1U}) write(first->threads[0].sections[i], 30 + i, MarkKind::BEGIN);
     first->keys = {5, 6, device::trace::TAKEN_KEY};
     first->threadOwners[0] = 7;
     first->threads[0].depth = 2;

@@ -177,7 +177,7 @@ TEST_F(ServedSubsys, Transact_WhenTheParcelIsCutAnywhere_ThenTheMethodIsNotCalle
     Words whole = {7};
     whole.insert(whole.end(), record.begin(), record.end());
     for (size_t length = 0; length < whole.size(); ++length) {
-        const Words cut(whole.begin(), whole.begin() + length);
+        const Words cut(whole.data(), whole.data() + length);
         EXPECT_NE(STATUS_OK, transact(mBinder, ISubsys::TRANSACTION_setCallInfo, cut)) << length;
     }
     EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, transact(mBinder, ISubsys::TRANSACTION_getSwtpStatus, {}));

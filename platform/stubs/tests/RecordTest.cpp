@@ -92,7 +92,7 @@ TEST_F(EachRecord, Read_WhenCutAnywhereOrAnyWordIsExtreme_ThenAStatusAndNoCrash)
                                                STATUS_BAD_VALUE};
     for (const RecordType& type : types) {
         for (size_t at = 0; at < type.sample.size(); ++at) {
-            const auto status = read(type, Words(type.sample.begin(), type.sample.begin() + at));
+            const auto status = read(type, Words(type.sample.data(), type.sample.data() + at));
             EXPECT_TRUE(allowed.contains(status)) << type.name << ", " << at << " words: " << status;
             for (const int32_t extreme : {INT_MIN, -2, -1, 0, 1, 3, 0x00FFFFFF, INT_MAX - 3, INT_MAX}) {
                 Words words = type.sample;
