@@ -63,7 +63,7 @@ TEST(Pack, ImsRtpDataInfo_WhenDataIsOfAnySize_ThenAllIsCopiedUpTo255BytesElseThe
             EXPECT_EQ(bytesOf(packImsRtpDataInfo(rtpData(size, dataLen))), rtpRecord(size, dataLen)) << size;
         }
     }
-    for (const size_t size : {256, 257, 100'000}) {
+    for (const size_t size : {256U, 257U, 100'000U}) {
         EXPECT_EQ(bytesOf(packImsRtpDataInfo(rtpData(size, 12))), RecordBytes(272)) << size;
     }
 }

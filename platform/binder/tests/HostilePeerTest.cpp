@@ -242,7 +242,7 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesAtAnyByte_ThenNobodyElseNotices) {
         const UniqueFd calls = whole.openCalls();
         ASSERT_TRUE(RawPeer::send(calls, Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));
     }
-    for (const size_t length : {0, 1, 15, 20}) {
+    for (const size_t length : {0U, 1U, 15U, 20U}) {
         RawPeer bad(mFolder);
         bad.open();
         RawPeer::send(bad.control, Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length)));

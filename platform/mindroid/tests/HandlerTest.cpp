@@ -111,7 +111,7 @@ TEST(ManualClock, Clock_WhenALooperSleepsOnIt_ThenItRunsWhatIsDueAndNoMore) {
     {
         ManualClock clock;
         const uint64_t start = SystemClock::uptimeMillis();
-        for (const uint64_t delay : {200, 199, 400}) runAt(start + delay);
+        for (const uint64_t delay : {200U, 199U, 400U}) runAt(start + delay);
         clock.advance(198);
         looper.drain();
         EXPECT_EQ(ran.count(), 0u);

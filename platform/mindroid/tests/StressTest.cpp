@@ -77,7 +77,7 @@ TEST(Stress, TasksAndList_WhenUsedByMany_ThenOnlyATaskUnderWayGoesOnAndTheListSt
         for (int i = 0; i < 200; ++i) {
             std::atomic<int> runs{0};
             const sp<Runnable> task = new Runnable([&] { ++runs; });
-            for (const uint64_t due : {0, 1, 0, 0}) handler->sendMessageAtTime(handler->obtainMessage(task), due);
+            for (const uint64_t due : {0U, 1U, 0U, 0U}) handler->sendMessageAtTime(handler->obtainMessage(task), due);
             test::sendLater(handler, handler->obtainMessage(task));
             handler->removeCallbacks(task);
             const int before = runs;
