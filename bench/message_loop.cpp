@@ -1,5 +1,5 @@
-// The message loop beside its floor and its peers. Each figure is the median of alternating runs; a ratio compares
-// medians of the same session.
+// The message loop beside its floor and its peers. Each figure is the median of its rounds; a ratio is the median of
+// the rounds' ratios.
 
 #include <linux/futex.h>
 #include <sched.h>
@@ -7,14 +7,12 @@
 #include <unistd.h>
 #include <utils/Looper.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <functional>
-#include <future>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -24,6 +22,8 @@
 #include <mindroid/Looper.h>
 #include <mindroid/Message.h>
 
+#include "bench/support/Stats.h"
+
 namespace {
 
 using mindroid::Handler;
@@ -31,10 +31,10 @@ using mindroid::HandlerThread;
 using mindroid::Message;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kRuns = 11;
+constexpr int kRounds = 11;
 constexpr int kRoundTrips = 20'000;
-constexpr int kMessages = 1'000'000;
-constexpr int kBacklogTotal = 200'000;
+constexpr int kBacklog = 10'000;
+constexpr int kBursts = 20;
 
 double nanosSince(Clock::time_point start) {
     return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
@@ -84,7 +84,7 @@ public:
     void setPeer(Handler* peer) { mPeer = peer; }
     void handleMessage(const mindroid::sp<Message>& message) override {
         if (message->what == 2 * kRoundTrips) return mDone.open();
-        mPeer->sendEmptyMessage(message->what + 1);
+        mPeer->obtainMessage(message->what + 1)->sendToTarget();
     }
 
 private:
@@ -101,7 +101,7 @@ double pingPongMindroid() {
     a->setPeer(b.get());
     b->setPeer(a.get());
     const auto start = Clock::now();
-    a->sendEmptyMessage(1);
+    a->obtainMessage(1)->sendToTarget();
     done.pass();
     return nanosSince(start) / (2 * kRoundTrips);
 }
@@ -145,57 +145,110 @@ double pingPongUtils() {
     return nanos;
 }
 
-// ---- A stream of small messages: nanoseconds for one, from the first post until the last was handled. ----
+// ---- A bounded burst: nanoseconds to post and to run one message, with kBacklog of them waiting. ----
 
-class Counter : public Handler {
-public:
-    Counter(const mindroid::sp<mindroid::Looper>& looper, Gate& done) : Handler(looper), mDone(done) {}
-    void handleMessage(const mindroid::sp<Message>& message) override {
-        if (message->what == kMessages) mDone.open();
-    }
-
-private:
-    Gate& mDone;
-};
-
-double streamMindroid() {
-    Gate done;
-    const mindroid::sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
-    const mindroid::sp<Handler> counter = new Counter(thread->getLooper(), done);
+// One round: holds the reader, posts kBacklog items, lets the reader run them. The wake-up of the reader counts for
+// nothing.
+template <typename Mailbox>
+double burst(Mailbox& mailbox) {
+    mailbox.hold();
     const auto start = Clock::now();
-    for (int i = 1; i <= kMessages; ++i) counter->sendEmptyMessage(i);
-    done.pass();
-    return nanosSince(start) / kMessages;
+    for (int i = 0; i < kBacklog; ++i) mailbox.post();
+    const double postNanos = nanosSince(start);
+    return (postNanos + mailbox.runNanos()) / kBacklog;
 }
 
-class Receiver {
+// What runs the items of a burst, whoever delivers them.
+class BurstReader {
 public:
-    virtual ~Receiver() = default;
-    virtual void handle(int32_t what) = 0;
-};
+    enum { HOLD, WORK, END };
 
-class CountingReceiver : public Receiver {
-public:
-    explicit CountingReceiver(Gate& done) : mDone(done) {}
-    void handle(int32_t what) override {
-        if (what == kMessages) mDone.open();
+    void handle(int32_t what) {
+        if (what == HOLD) {
+            mHeld.open();
+            mRelease.pass();
+            mStart = Clock::now();
+        } else if (what == END) {
+            mRunNanos = nanosSince(mStart);
+            mDone.open();
+        }
+    }
+    void awaitHeld() { mHeld.pass(); }
+    double run() {
+        mRelease.open();
+        mDone.pass();
+        return mRunNanos;
     }
 
 private:
-    Gate& mDone;
+    Gate mHeld, mRelease, mDone;
+    Clock::time_point mStart;
+    double mRunNanos = 0;
 };
+
+class LooperMailbox : public Handler {
+public:
+    explicit LooperMailbox(const mindroid::sp<mindroid::Looper>& looper) : Handler(looper) {}
+
+    void hold() {
+        obtainMessage(BurstReader::HOLD)->sendToTarget();
+        mReader.awaitHeld();
+    }
+    void post() { obtainMessage(BurstReader::WORK)->sendToTarget(); }
+    double runNanos() {
+        obtainMessage(BurstReader::END)->sendToTarget();
+        return mReader.run();
+    }
+    void handleMessage(const mindroid::sp<Message>& message) override { mReader.handle(message->what); }
+
+private:
+    BurstReader mReader;
+};
+
+double burstMindroid() {
+    const mindroid::sp<HandlerThread> thread = new HandlerThread();
+    thread->start();
+    const mindroid::sp<LooperMailbox> mailbox = new LooperMailbox(thread->getLooper());
+    double nanos = 0;
+    for (int i = 0; i < kBursts; ++i) nanos += burst(*mailbox);
+    return nanos / kBursts;
+}
 
 // The plainest mailbox: the poster appends under a mutex and wakes a reader that sleeps; the reader swaps the whole
 // vector out.
 class VectorMailbox {
 public:
+    void hold() {
+        put({&mReader, BurstReader::HOLD, 0, 0});
+        mReader.awaitHeld();
+    }
+    void post() { put({&mReader, BurstReader::WORK, 0, 0}); }
+    double runNanos() {
+        put({&mReader, BurstReader::END, 0, 0});
+        return mReader.run();
+    }
+
+    // Runs items until one without a reader.
+    void run() {
+        std::vector<Item> items;
+        for (;;) {
+            take(items);
+            for (const Item& item : items) {
+                if (item.reader == nullptr) return;
+                item.reader->handle(item.what);
+            }
+            items.clear();
+        }
+    }
+    void stop() { put({nullptr, 0, 0, 0}); }
+
+private:
     struct Item {
-        Receiver* receiver;
+        BurstReader* reader;
         int32_t what, arg1, arg2;
     };
 
-    void post(const Item& item) {
+    void put(const Item& item) {
         bool wake;
         {
             const std::lock_guard lock(mLock);
@@ -204,21 +257,6 @@ public:
         }
         if (wake) mWakeUp.open();
     }
-
-    // Runs items until one without a receiver.
-    void run() {
-        std::vector<Item> items;
-        for (;;) {
-            take(items);
-            for (const Item& item : items) {
-                if (item.receiver == nullptr) return;
-                item.receiver->handle(item.what);
-            }
-            items.clear();
-        }
-    }
-
-private:
     void take(std::vector<Item>& items) {
         std::unique_lock lock(mLock);
         while (mItems.empty()) {
@@ -230,117 +268,52 @@ private:
         items.swap(mItems);
     }
 
+    BurstReader mReader;
     std::mutex mLock;
     std::vector<Item> mItems;
     bool mAsleep = false;
     Gate mWakeUp;
 };
 
-double streamVector() {
-    Gate done;
-    CountingReceiver receiver(done);
+double burstVector() {
     VectorMailbox mailbox;
     std::thread reader([&] { mailbox.run(); });
-    const auto start = Clock::now();
-    for (int i = 1; i <= kMessages; ++i) mailbox.post({&receiver, i, 0, 0});
-    done.pass();
-    const double nanos = nanosSince(start) / kMessages;
-    mailbox.post({nullptr, 0, 0, 0});
-    reader.join();
-    return nanos;
-}
-
-// ---- Bursts: nanoseconds to post and to run one message, with `backlog` of them waiting. ----
-
-class BurstRunner : public Handler {
-public:
-    enum { HOLD, WORK, END };
-
-    explicit BurstRunner(const mindroid::sp<mindroid::Looper>& looper) : Handler(looper) {}
-
-    double burst(int backlog) {
-        sendEmptyMessage(HOLD);
-        mHeld.pass();
-        const auto start = Clock::now();
-        for (int i = 0; i < backlog; ++i) sendEmptyMessage(WORK);
-        const double postNanos = nanosSince(start);
-        sendEmptyMessage(END);
-        mRelease.open();
-        mDone.pass();
-        return postNanos + mRunNanos;
-    }
-
-    void handleMessage(const mindroid::sp<Message>& message) override {
-        if (message->what == HOLD) {
-            mHeld.open();
-            mRelease.pass();
-            mStart = Clock::now();
-        } else if (message->what == END) {
-            mRunNanos = nanosSince(mStart);
-            mDone.open();
-        }
-    }
-
-private:
-    Gate mHeld, mRelease, mDone;
-    Clock::time_point mStart;
-    double mRunNanos = 0;
-};
-
-double bursts(int backlog) {
-    const mindroid::sp<HandlerThread> thread = new HandlerThread();
-    thread->start();
-    const mindroid::sp<BurstRunner> runner = new BurstRunner(thread->getLooper());
     double nanos = 0;
-    for (int posted = 0; posted < kBacklogTotal; posted += backlog) nanos += runner->burst(backlog);
-    return nanos / kBacklogTotal;
+    for (int i = 0; i < kBursts; ++i) nanos += burst(mailbox);
+    mailbox.stop();
+    reader.join();
+    return nanos / kBursts;
 }
 
 // ---- The report. ----
 
 struct Subject {
     const char* name;
-    std::function<double()> run;
-    double median = 0;
+    double (*run)();
+    std::vector<double> nanos = {};
 };
 
-void measure(std::vector<Subject>& subjects) {
-    std::vector<std::vector<double>> samples(subjects.size());
-    for (int run = 0; run <= kRuns; ++run) {
-        for (size_t i = 0; i < subjects.size(); ++i) {
-            const double nanos = subjects[i].run();
-            if (run > 0) samples[i].push_back(nanos);  // the first warms up
-        }
+// The first subject is ours; the ratios are to the others.
+void compare(const char* what, std::vector<Subject> subjects, const std::vector<const char*>& goals) {
+    std::printf("%s\n", what);
+    std::vector<bench::Ratio> ratios(goals.size());
+    for (int round = 0; round <= kRounds; ++round) {
+        for (Subject& subject : subjects) subject.nanos.push_back(subject.run());
+        if (round == 0) continue;  // the first warms up
+        for (size_t i = 0; i < goals.size(); ++i) ratios[i].add(subjects[0].nanos.back(), subjects[i + 1].nanos.back());
     }
-    for (size_t i = 0; i < subjects.size(); ++i) {
-        std::nth_element(samples[i].begin(), samples[i].begin() + kRuns / 2, samples[i].end());
-        subjects[i].median = samples[i][kRuns / 2];
-        std::printf("  %-34s %9.1f ns\n", subjects[i].name, subjects[i].median);
-    }
-}
-
-void printRatio(const Subject& subject, const Subject& base, const char* goal) {
-    std::printf("  ratio to %-25s %9.2fx   (goal %s)\n", base.name, subject.median / base.median, goal);
+    for (const Subject& subject : subjects)
+        std::printf("  %-58s %9.1f ns\n", subject.name, bench::median(subject.nanos));
+    for (size_t i = 0; i < goals.size(); ++i)
+        ratios[i].print(std::string("ratio to ") + subjects[i + 1].name, goals[i]);
 }
 
 void report() {
-    std::printf("one hop of a ping-pong between two threads\n");
-    std::vector<Subject> hop = {
-        {"mindroid", pingPongMindroid}, {"raw futex", pingPongFutex}, {"libutils Looper", pingPongUtils}};
-    measure(hop);
-    printRatio(hop[0], hop[1], "at most 1.10x");
-    printRatio(hop[0], hop[2], "at most 0.75x");
-
-    std::printf("one of a million small messages to another thread\n");
-    std::vector<Subject> stream = {{"mindroid", streamMindroid}, {"vector under a mutex", streamVector}};
-    measure(stream);
-    printRatio(stream[0], stream[1], "at most 1.30x");
-
-    std::printf("one message of a burst\n");
-    std::vector<Subject> burst = {{"10,000 waiting", [] { return bursts(10'000); }},
-                                  {"100 waiting", [] { return bursts(100); }}};
-    measure(burst);
-    printRatio(burst[0], burst[1], "about 1x");
+    compare("one hop of a ping-pong between two threads",
+            {{"mindroid", pingPongMindroid}, {"raw futex", pingPongFutex}, {"libutils Looper", pingPongUtils}},
+            {"at most 1.08x", "at most 0.75x"});
+    compare("one message of a burst, 10,000 waiting",
+            {{"mindroid", burstMindroid}, {"vector under a mutex", burstVector}}, {"none, for comparison"});
 }
 
 // One CPU: waking a sleeping CPU would cost more than all that is measured.

@@ -60,23 +60,13 @@ void Component::handleProxyStateChanged(const sp<Message>& message) {
     if (!message || !message->obj) return;
     mRegistrants->notify(message->obj);
     if (!mTicket) return;
-    const sp<Integer> state = mindroid::object_cast<Integer>(message->obj);
-    if (!state) {
-        Log::e(TAG, "proxy state of type %d is no Integer", mType);
-        return;
-    }
-    Log::d(TAG, "handleProxyStateChanged update tick for type %d state is %d", mType, state->value());
-    mTicket->updateState(state->value() != 0);
+    const int32_t state = static_cast<const Integer*>(message->obj.get())->value();
+    Log::d(TAG, "handleProxyStateChanged update tick for type %d state is %d", mType, state);
+    mTicket->updateState(state != 0);
 }
 
 void Component::sendErrorResponse(const sp<Message>& reply, int32_t error) {
-    if (claimReply(reply)) sendReply(reply, error);
-}
-
-bool Component::claimReply(const sp<Message>& reply) {
-    if (reply && reply->claim()) return true;
-    Log::w(TAG, reply ? "second reply to a message refused" : "reply without a message refused");
-    return false;
+    sendReply(reply, error);
 }
 
 void Component::sendReply(const sp<Message>& reply, int32_t error) {

@@ -5,6 +5,7 @@
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/RegistrantList.h>
+#include <mindroid/Runnable.h>
 #include <mindroid/VoteBox.h>
 
 #include <cstdint>
@@ -15,11 +16,17 @@ namespace hal {
 
 class ModuleManager;
 
+// How a listener registers for an event of a component or of a proxy: each event runs the callback on the handler's
+// looper, with a message whose obj carries the event's record. A mindroid::Registrant made of the three does that.
+using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
+                          const mindroid::sp<mindroid::MessageCallback>& callback,
+                          const mindroid::sp<mindroid::Object>& obj);
+
 // A unit of device logic, served by a handler on the looper of the thread that constructs it. A request hands it a
 // reply message; the component answers by filling that message and sending it back, at once or later, from any thread.
 //
 // A reply carries its error code in arg2 (0 is success) and its boxed value in obj; what and arg1 are never touched.
-// A message is answered once: a second reply to it is refused with a warning, wherever the first one has got to.
+// The component is trusted to answer a message once, with the box that the request names: nothing is checked.
 //
 // Component libraries are built apart from this one: the order of fields and of virtual operations is shared with them.
 class Component : public mindroid::Handler {
@@ -40,7 +47,7 @@ public:
     virtual void init(int32_t instanceId);
     virtual void postInit(int32_t phase);
 
-    // Only the first call counts, so that an id given before start-up survives the component manager's pass. Looper.
+    // Deliberate: only the first call counts, for owners that give a component its id before start-up. Looper.
     void setInstanceId(int32_t instanceId);
     // Initialises the component's modules. Looper.
     void loadModules();
@@ -56,7 +63,6 @@ public:
     // Answers with a value of one of the types in Boxing.h, whatever the error is. Any.
     template <typename... Value>
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error, const Value&... value) {
-        if (!claimReply(reply)) return;
         reply->obj = box(value...);
         sendReply(reply, error);
     }
@@ -64,8 +70,6 @@ public:
     void sendErrorResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error);
 
 protected:
-    // Whether the caller is the one to answer: the message may be filled only then.
-    [[nodiscard]] static bool claimReply(const mindroid::sp<mindroid::Message>& reply);
     static void sendReply(const mindroid::sp<mindroid::Message>& reply, int32_t error);
 
     mindroid::sp<mindroid::Ticket> mTicket;
@@ -79,7 +83,7 @@ protected:
     // The listeners of proxy-state changes.
     mindroid::sp<mindroid::RegistrantList> mRegistrants;
 
-    // The component that ran init last. Start-up leaves it so, on purpose; nothing here follows it.
+    // Deliberate: it stays at the component that ran init last. For component libraries; nothing here follows it.
     static Component* mHandler;
 };
 

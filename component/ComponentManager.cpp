@@ -1,8 +1,12 @@
 #include "component/ComponentManager.h"
 
+#include "component/ComponentHandler.h"
+
 #include <mindroid/Log.h>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 
 using mindroid::Log;
 using mindroid::Object;
@@ -30,6 +34,8 @@ ComponentManager* ComponentManager::getInstance() {
 
 ComponentManager::ComponentManager() : mRegistrants(new mindroid::RegistrantList()) {}
 
+ComponentManager::~ComponentManager() = default;
+
 void ComponentManager::add(const sp<Component>& component) {
     // A null pointer is listed like any other value; the passes and lookups go round it.
     if (std::find(mComponents.begin(), mComponents.end(), component) != mComponents.end()) return;
@@ -39,29 +45,25 @@ void ComponentManager::add(const sp<Component>& component) {
 void ComponentManager::init(int32_t instanceId) {
     mHandler = new ComponentHandler();
     mVoteBox = new mindroid::VoteBox();
-    mVoteBox->setCallback(new mindroid::VoteCallback([this](const sp<Object>& result) {
-        Log::d(TAG, "all components are ready");
-        mRegistrants->notify(result);
-    }));
+    mVoteBox->setCallback(new mindroid::VoteCallback([this](const sp<Object>& result) { notifyReady(result); }));
     initComponents(instanceId);
     mVoteBox->startVote();
 }
 
-void ComponentManager::initComponents(int32_t instanceId) {
-    forEachComponent([=](Component& component) { component.setInstanceId(instanceId); });
-    forEachComponent([=, this](Component& component) {
-        component.setInstanceId(instanceId);  // of one that another's init has added; no effect on the rest
-        initComponent(component);
-    });
-    // The constant 0, not the instance id: on purpose.
-    forEachComponent([](Component& component) { component.postInit(0); });
+void ComponentManager::notifyReady(const sp<Object>& result) {
+    if (mReadyNotified.exchange(true)) return;
+    Log::d(TAG, "all components are ready");
+    mRegistrants->notify(result);
 }
 
-// By index: a component may add others while it starts.
-void ComponentManager::forEachComponent(const std::function<void(Component&)>& action) {
-    for (size_t i = 0; i < mComponents.size(); ++i) {
-        if (const sp<Component> component = mComponents[i]) action(*component);
-    }
+void ComponentManager::initComponents(int32_t instanceId) {
+    std::vector<sp<Component>> components;
+    std::copy_if(mComponents.begin(), mComponents.end(), std::back_inserter(components),
+                 std::mem_fn(&sp<Component>::get));
+    for (const auto& component : components) component->setInstanceId(instanceId);
+    for (const auto& component : components) initComponent(*component);
+    // Deliberate: the constant 0, not the instance id. Component libraries get the same call for every instance.
+    for (const auto& component : components) component->postInit(0);
 }
 
 void ComponentManager::initComponent(Component& component) {

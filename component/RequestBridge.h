@@ -1,5 +1,8 @@
 #pragma once
 
+#include "component/Interface.h"
+#include "component/RequestTrace.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <android/binder_auto_utils.h>
 #include <mindroid/Boxes.h>
@@ -7,7 +10,6 @@
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -23,67 +25,66 @@ namespace hal {
 //
 // A component that never replies and drops the message leaves nothing behind but an unanswered serial.
 
-// A message that hands itself to `onReply(const mindroid::Message&)` on the handler's looper when it comes back.
+// What a reply message runs on the handler's looper when it comes back: onReply(const mindroid::Message&).
+template <typename OnReply>
+class ReplyTask {
+public:
+    ReplyTask(const mindroid::Message* reply, OnReply onReply)
+        : mReply(reply), mOnReply(std::move(onReply)), mTrace(RequestTrace::begin()) {}
+
+    void operator()() const {
+        mTrace.beginReply();
+        mOnReply(*mReply);
+        mTrace.end();
+    }
+
+private:
+    // Borrowed: the message holds this task, and is alive while the task runs. A reference back would keep a message
+    // that is dropped without a reply alive for ever.
+    const mindroid::Message* mReply;
+    OnReply mOnReply;
+    RequestTrace mTrace;
+};
+
 template <typename OnReply>
 [[nodiscard]] mindroid::sp<mindroid::Message> obtainReplyMessage(const mindroid::sp<mindroid::Handler>& handler,
                                                                  OnReply onReply) {
     mindroid::sp<mindroid::Message> message = handler->obtainMessage();
-    // Borrowed: the message holds this closure, and is alive while it runs. A reference back would keep a message that
-    // is never answered alive for ever.
-    const mindroid::Message* reply = message.get();
-    message->setCallback(new mindroid::Runnable([reply, onReply = std::move(onReply)] { onReply(*reply); }));
+    message->setCallback(new mindroid::Runnable(ReplyTask<OnReply>(message.get(), std::move(onReply))));
     return message;
 }
 
 // The error of a reply; not yet limited to what a client may see.
 [[nodiscard]] inline auto replyError(const mindroid::Message& reply) {
-    return static_cast<::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno>(reply.arg2);
+    return static_cast<interface::SUBSYS_Errno>(reply.arg2);
 }
 
-// The value of a reply: null for an error, for no value, and for a box of another class.
+// The value of a reply, null for an error and for a reply without one. It lives as long as the message.
 template <typename Box>
-[[nodiscard]] mindroid::sp<Box> replyValue(const mindroid::Message& reply) {
-    return reply.arg2 == 0 ? mindroid::object_cast<Box>(reply.obj) : mindroid::sp<Box>();
-}
-
-// The place of one more request among those of the process that still wait, or null when 64 MiB of payload or 65,536
-// requests do.
-[[nodiscard]] mindroid::sp<mindroid::Object> enterRequests(size_t payloadSize);
-
-// componentCall(message), onReply(const mindroid::Message&). While too many requests wait the component is not asked,
-// and onReply gets a GENERIC_FAILURE at once, on the calling thread.
-template <typename ComponentCall, typename OnReply>
-ndk::ScopedAStatus callComponent(const mindroid::sp<mindroid::Handler>& handler, size_t payloadSize,
-                                 const ComponentCall& componentCall, OnReply onReply) {
-    if (auto place = enterRequests(payloadSize)) {
-        componentCall(obtainReplyMessage(
-            handler, [place = std::move(place), onReply = std::move(onReply)](const auto& reply) { onReply(reply); }));
-    } else {
-        const mindroid::sp<mindroid::Message> refusal = mindroid::Message::obtain();
-        refusal->arg2 = static_cast<int32_t>(
-            ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno::GENERIC_FAILURE);
-        onReply(*refusal);
-    }
-    return ndk::ScopedAStatus::ok();
+[[nodiscard]] const Box* replyValue(const mindroid::Message& reply) {
+    return reply.arg2 == 0 ? static_cast<const Box*>(reply.obj.get()) : nullptr;
 }
 
 // componentCall(message), response(serial, error).
 template <typename ComponentCall, typename ResponseCall>
-ndk::ScopedAStatus callComponentRspVoid(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
+ndk::ScopedAStatus callComponentRspVoid(uint32_t serial, mindroid::sp<mindroid::Handler> handler,
                                         const ComponentCall& componentCall, ResponseCall response) {
-    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
+    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
         (void)response(static_cast<int32_t>(serial), replyError(reply));
-    });
+    }));
+    return ndk::ScopedAStatus::ok();
 }
 
 // componentCall(message), response(serial, error, value); the value of a reply without one is 0.
-template <typename Box, typename Value, typename ComponentCall, typename ResponseCall>
+template <typename ComponentCall, typename ResponseCall, typename Box, typename Value>
 ndk::ScopedAStatus callComponentRspValue(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
                                          const ComponentCall& componentCall, ResponseCall response) {
-    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
-        const mindroid::sp<Box> value = replyValue<Box>(reply);
-        (void)response(static_cast<int32_t>(serial), replyError(reply), value ? Value(value->value()) : Value());
-    });
+    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
+        const Box* value = replyValue<Box>(reply);
+        (void)response(static_cast<int32_t>(serial), replyError(reply),
+                       value != nullptr ? static_cast<Value>(value->value()) : Value());
+    }));
+    return ndk::ScopedAStatus::ok();
 }
 
 // componentCall(message), response(serial, error, data, length); null and 0 for a reply without bytes. The bytes live
@@ -91,12 +92,13 @@ ndk::ScopedAStatus callComponentRspValue(uint32_t serial, const mindroid::sp<min
 template <typename ComponentCall, typename ResponseCall>
 ndk::ScopedAStatus callComponentRspByteArray(uint32_t serial, const mindroid::sp<mindroid::Handler>& handler,
                                              const ComponentCall& componentCall, ResponseCall response) {
-    return callComponent(handler, 0, componentCall, [serial, response = std::move(response)](const auto& reply) {
-        const mindroid::sp<mindroid::ByteArray> bytes = replyValue<mindroid::ByteArray>(reply);
-        const uint8_t* data = bytes ? bytes->data() : nullptr;
-        const auto length = static_cast<uint32_t>(bytes ? bytes->size() : 0);
-        (void)response(static_cast<int32_t>(serial), replyError(reply), data, length);
-    });
+    componentCall(obtainReplyMessage(handler, [serial, response = std::move(response)](const auto& reply) {
+        const auto* bytes = replyValue<mindroid::ByteArray>(reply);
+        const uint8_t* data = bytes != nullptr ? bytes->data() : nullptr;
+        const size_t length = bytes != nullptr ? bytes->size() : 0;
+        (void)response(static_cast<int32_t>(serial), replyError(reply), data, static_cast<uint32_t>(length));
+    }));
+    return ndk::ScopedAStatus::ok();
 }
 
 }  // namespace hal

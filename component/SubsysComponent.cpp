@@ -14,7 +14,7 @@ void SubsysComponent::handleMessage(const sp<Message>& message) {
 }
 
 void SubsysComponent::sendResponse(const sp<Message>& reply, SUBSYS_Errno error) {
-    if (claimReply(reply)) sendReply(reply, static_cast<int32_t>(error));
+    sendReply(reply, static_cast<int32_t>(error));
 }
 
 }  // namespace hal

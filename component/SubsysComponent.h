@@ -2,6 +2,7 @@
 
 #include "component/Component.h"
 #include "component/ComponentSingleton.h"
+#include "component/Interface.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <mindroid/HandlerThread.h>
@@ -10,7 +11,7 @@
 
 namespace hal {
 
-using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno;
+using interface::SUBSYS_Errno;
 
 // A component whose replies carry a SUBSYS_Errno. The integer replies of the base are hidden.
 class SubsysComponent : public Component {
@@ -24,12 +25,12 @@ public:
 
     // Answers without a value; obj is left as it was. Any.
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, SUBSYS_Errno error);
-    // Answers with a value of one of the types in Boxing.h. A failed reply carries none: obj is left as it was, on
-    // purpose, unless the error is SUCCESS. Any.
+    // Answers with a value of one of the types in Boxing.h.
+    // Deliberate: a failed reply carries no value, obj is left as it was. Readers of a reply look at the error first.
+    // Any.
     template <typename... Value>
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, SUBSYS_Errno error, const Value&... value) {
         mindroid::sp<mindroid::Object> boxed = box(value...);
-        if (!claimReply(reply)) return;
         if (error == SUBSYS_Errno::SUCCESS) reply->obj = std::move(boxed);
         sendReply(reply, static_cast<int32_t>(error));
     }

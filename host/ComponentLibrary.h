@@ -2,6 +2,12 @@
 
 #include <string>
 
-// Loads a component library, which registers its components from its static initialisers and stays loaded. False, with
-// a line on stderr, when it can't be loaded. Main thread.
+// Both load component libraries, which add their components to the component manager from their static initialisers and
+// stay loaded. A library that adds none gets a warning. Main thread.
+
+// False, with an error line, where the library can't be loaded.
 [[nodiscard]] bool loadComponentLibrary(const std::string& name);
+
+// Loads each file *.so of the folder, in the order of their names. One that can't be loaded leaves an error line, and
+// the next one follows. A warning says that the folder is missing or has none.
+void loadComponentFolder(const std::string& folder);

@@ -1,33 +1,39 @@
 #include "host/Daemon.h"
 
+#include "component/ComponentManager.h"
+#include "host/ComponentLibrary.h"
+#include "host/PluginList.h"
+#include "host/SignalThread.h"
+#include "rf/RfSubsysComponent.h"
+#include "service/SubsysService.h"
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <device/Recorder.h>
+#include <mindroid/Log.h>
+#include <mindroid/Looper.h>
+
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 
-#include <android/binder_auto_utils.h>
-#include <android/binder_manager.h>
-#include <android/binder_process.h>
-#include <mindroid/Looper.h>
-
-#include "component/ComponentManager.h"
-#include "host/ComponentLibrary.h"
-#include "host/SignalWaiter.h"
-#include "rf/RfSubsysComponent.h"
-#include "service/SubsysService.h"
-
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::SubsysService;
+using mindroid::Log;
 
 namespace {
 
+constexpr const char* TAG = "subsysd";
 // Requests return at once, so that a few threads serve many clients.
 constexpr uint32_t BINDER_THREADS = 4;
 
-bool loadAll(const std::vector<std::string>& libraries) {
-    for (const auto& library : libraries) {
+bool loadComponents(const Options& options) {
+    for (const auto& library : options.libraries) {
         if (!loadComponentLibrary(library)) return false;
     }
+    for (const auto& folder : options.folders) loadComponentFolder(folder);
     return true;
 }
 
@@ -48,9 +54,14 @@ bool publish(SubsysService& service) {
     if (service.registerAsServer() == 0) return true;
     // The name's lock says it: a holder that is stopped would not answer.
     const bool isHeld = AServiceManager_isDeclared(serviceName().c_str());
-    fprintf(stderr, "subsysd: can't publish %s: %s\n", serviceName().c_str(),
-            isHeld ? "another process serves it" : "the folder of service names is not usable");
+    Log::e(TAG, "can't publish %s: %s", serviceName().c_str(),
+           isHeld ? "another process serves it" : "the folder of service names is not usable");
     return false;
+}
+
+// On the signals' thread, while components may still start.
+void logState() {
+    Log::i(TAG, "%s, pid %d", serviceName().c_str(), getpid());
 }
 
 void startBinder() {
@@ -60,10 +71,12 @@ void startBinder() {
 
 }  // namespace
 
-int subsysdServe(const std::vector<std::string>& libraries) {
+int subsysdServe(const Options& options) {
+    (void)device::startRecorder("subsysd");
     mindroid::Looper::prepare();
-    const SignalWaiter waiter;
-    if (!loadAll(libraries)) return EXIT_FAILURE;
+    const SignalThread signals(options.stopTimeout, logState);
+    checkPluginList();
+    if (!loadComponents(options)) return EXIT_FAILURE;
     startComponents();
     const auto service = ndk::SharedRefBase::make<SubsysService>();
     if (!publish(*service)) return EXIT_FAILURE;

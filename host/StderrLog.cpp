@@ -1,23 +1,19 @@
 #include "host/StderrLog.h"
 
+#include "host/Escape.h"
+
 #include <limits.h>
 #include <poll.h>
 #include <sys/stat.h>
-#include <sys/uio.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstring>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 namespace {
-
-char letterOf(int32_t priority) {
-    constexpr const char LETTERS[] = "??VDIWEF";
-    return priority >= 0 && priority < 8 ? LETTERS[priority] : '?';
-}
 
 // What a reader that stands still would block; set before other threads log.
 bool sMayBlock = false;
@@ -32,43 +28,54 @@ bool hasRoom() {
 }
 
 // One system call takes the whole line. A log that can't be written is no reason to stop.
-void put(const iovec* parts, int count) {
-    [[maybe_unused]] const ssize_t ignored = writev(STDERR_FILENO, parts, count);
+void put(const char* line, size_t size) {
+    [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, line, size);
 }
 
 void sayDropped() {
-    char text[80];
+    char line[80];
     const int length =
-        snprintf(text, sizeof(text), "subsysd: %zu log lines were dropped\n", std::exchange(sDropped, 0));
-    const iovec line{text, static_cast<size_t>(length)};
-    put(&line, 1);
+        snprintf(line, sizeof(line), "subsysd: %zu log lines were dropped\n", std::exchange(sDropped, 0));
+    put(line, static_cast<size_t>(length));
 }
 
-void putOrDrop(const iovec* parts, int count) {
+void putOrDrop(const char* line, size_t size) {
     const std::lock_guard lock(sLock);
     if (sDropped > 0 && hasRoom()) sayDropped();
     if (hasRoom()) {
-        put(parts, count);
+        put(line, size);
     } else {
         ++sDropped;
     }
 }
 
-// No allocation.
-void write(const __android_logger_data* data, const char* message) {
+char letterOf(int32_t priority) {
+    constexpr const char LETTERS[] = "??VDIWEF";
+    return priority >= 0 && priority < 8 ? LETTERS[priority] : '?';
+}
+
+// Writes time, thread and level; returns the length.
+int writeHead(char* out, size_t size, int32_t priority) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     tm local{};
     localtime_r(&now.tv_sec, &local);
-    const char* tag = data->tag != nullptr ? data->tag : "";
-    char head[160];
-    const int length = snprintf(head, sizeof(head), "%02d:%02d:%02d.%03ld %6d %c %.80s: ", local.tm_hour, local.tm_min,
-                                local.tm_sec, now.tv_nsec / 1'000'000, gettid(), letterOf(data->priority), tag);
-    size_t size = strnlen(message, PIPE_BUF - length - 1);
-    if (size > 0 && message[size - 1] == '\n') --size;  // some messages bring their own
-    const iovec line[] = {
-        {head, static_cast<size_t>(length)}, {const_cast<char*>(message), size}, {const_cast<char*>("\n"), 1}};
-    putOrDrop(line, 3);
+    return snprintf(out, size, "%02d:%02d:%02d.%03ld %6d %c ", local.tm_hour, local.tm_min, local.tm_sec,
+                    now.tv_nsec / 1'000'000, gettid(), letterOf(priority));
+}
+
+// No allocation.
+void writeLine(const __android_logger_data* data, const char* message) {
+    std::string_view text = message;
+    if (text.ends_with('\n')) text.remove_suffix(1);  // some messages bring their own
+    char line[PIPE_BUF];
+    const char* const end = line + sizeof(line) - 1;
+    char* out = line + writeHead(line, sizeof(line), data->priority);
+    out = escape(data->tag != nullptr ? data->tag : "", out, end);
+    out = escape(": ", out, end);
+    out = escape(text, out, end);
+    *out++ = '\n';
+    putOrDrop(line, static_cast<size_t>(out - line));
 }
 
 bool isPipeOrSocket(int fd) {
@@ -80,6 +87,6 @@ bool isPipeOrSocket(int fd) {
 
 void startStderrLog(android_LogPriority lowest) {
     sMayBlock = isPipeOrSocket(STDERR_FILENO);
-    __android_log_set_logger(write);
+    __android_log_set_logger(writeLine);
     __android_log_set_minimum_priority(lowest);
 }

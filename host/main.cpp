@@ -1,31 +1,44 @@
 // subsysd: the vendor daemon that loads the service library and publishes its service.
+
+#include "host/Daemon.h"
+#include "host/Options.h"
+#include "host/StderrLog.h"
+
+#include <android/log.h>
+
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <system_error>
-#include <vector>
-
-#include "host/Daemon.h"
-#include "host/Options.h"
-#include "host/StderrLog.h"
 
 namespace {
 
-// A thread of the service waits for these; blocked before there is any other thread, which inherits that.
-void holdSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    // A reader of the output that goes away must not end the service.
-    signal(SIGPIPE, SIG_IGN);
+constexpr const char* TAG = "subsysd";
+
+// A standard descriptor that is closed would be the number of the next file: a log line would go to a client.
+bool openStandardFiles() {
+    int file = 0;
+    do {
+        file = open("/dev/null", O_RDWR);
+    } while (file >= 0 && file <= STDERR_FILENO);
+    return file >= 0 && close(file) == 0;
+}
+
+// What the parent blocked is taken, too. A reader of the output that goes away must not end the service, nor must a
+// signal that asks nothing of it; SIGUSR1 is taken as soon as the service is loaded.
+void prepareSignals() {
+    sigset_t none;
+    sigemptyset(&none);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
+    for (const int number : {SIGPIPE, SIGHUP, SIGUSR1, SIGUSR2}) signal(number, SIG_IGN);
 }
 
 void startLog(android_LogPriority lowest) {
@@ -37,34 +50,31 @@ void startLog(android_LogPriority lowest) {
 }
 
 // The environment is what the service library, plugins and components look at; it must stand before they are loaded.
+std::error_code useDevice(const std::string& device) {
+    std::error_code error;
+    const auto folder = std::filesystem::canonical(device, error);
+    if (error) return error;
+    if (!std::filesystem::is_directory(folder, error)) return std::make_error_code(std::errc::not_a_directory);
+    if (setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1) != 0) return {errno, std::generic_category()};
+    return {};
+}
+
 bool chooseDevice(const std::optional<std::string>& option) {
     const char* environment = getenv("SUBSYS_DEVICE_ROOT");
-    const std::string device = option ? *option : environment != nullptr ? environment : "";
+    const std::string device = option.value_or(environment != nullptr ? environment : "");
     if (!option && device.empty()) return true;
-    std::error_code error;
-    const auto folder = device.empty() ? std::filesystem::path() : std::filesystem::absolute(device, error);
-    if (!std::filesystem::is_directory(folder, error)) {
-        fprintf(stderr, "subsysd: no device folder %s\n", device.empty() ? "''" : device.c_str());
-        return false;
-    }
-    setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1);
-    return true;
+    const std::error_code error = useDevice(device);
+    if (!error) return true;
+    __android_log_print(ANDROID_LOG_ERROR, TAG, "can't use the device folder '%s': %s", device.c_str(),
+                        error.message().c_str());
+    return false;
 }
 
-// In a build tree it stands beside the program's folder; installed, it is found by its name.
-std::string daemonLibrary() {
-    const std::string name = "libsubsys_daemon.so";
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const auto built = program.parent_path().parent_path() / "lib" / name;
-    return std::filesystem::exists(built, error) ? built.string() : name;
-}
-
-int serve(const std::vector<std::string>& libraries) {
-    void* daemon = dlopen(daemonLibrary().c_str(), RTLD_NOW | RTLD_GLOBAL);
+int serve(const Options& options) {
+    void* daemon = dlopen("libsubsys_daemon.so", RTLD_NOW | RTLD_GLOBAL);
     auto* subsysd = daemon != nullptr ? reinterpret_cast<SubsysdServe*>(dlsym(daemon, "subsysdServe")) : nullptr;
-    if (subsysd != nullptr) return subsysd(libraries);
-    fprintf(stderr, "subsysd: can't load the service: %s\n", dlerror());
+    if (subsysd != nullptr) return subsysd(options);
+    __android_log_print(ANDROID_LOG_ERROR, TAG, "can't load the service: %s", dlerror());
     return EXIT_FAILURE;
 }
 
@@ -78,8 +88,9 @@ int serve(const std::vector<std::string>& libraries) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!openStandardFiles()) return EXIT_FAILURE;
     const Options options = Options::parse(argc, argv);
-    holdSignals();
+    prepareSignals();
     startLog(options.logLevel);
-    end(chooseDevice(options.device) ? serve(options.libraries) : EXIT_FAILURE);
+    end(chooseDevice(options.device) ? serve(options) : EXIT_FAILURE);
 }

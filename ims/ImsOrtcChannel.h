@@ -1,8 +1,10 @@
 #pragma once
 
-#include "component/CallbackRef.h"
+#include "component/RequestTrace.h"
+#include "service/channel/CallbackRef.h"
 
 #include <android/binder_interface_utils.h>
+#include <device/Mutex.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -11,7 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
+#include <string>
 #include <utility>
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
@@ -23,8 +25,8 @@ namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 //   HOLDER_TAG      the holders' log tag
 //   LOCKS_ON_DEATH  whether freeing the slots of dead clients takes the registration lock
 
-// One client slot: free, or a client's callback and the watch on its process. Any thread; the channel serialises
-// registration.
+// One client slot: free, or a client's callback and the watch on its process. The channel serialises
+// registration. Any.
 template <typename Traits>
 class ImsOrtcHolder final : public ::mindroid::Object {
 public:
@@ -46,6 +48,7 @@ public:
     [[nodiscard]] std::shared_ptr<Callback> getCallback() const { return mCallback.get(); }
     // Whether the slot can take a client: it is free, or its client is dead.
     [[nodiscard]] bool isClientDeath() const;
+    [[nodiscard]] std::string describe() const { return mCallback.describe(); }
     // Frees the slot, unless another callback than `dead` is in it by now.
     void release(std::shared_ptr<Callback> dead) { mCallback.clearIf(std::move(dead)); }
 
@@ -66,6 +69,11 @@ public:
     void onClientDeath(const ::mindroid::sp<::mindroid::Message>& msg);
     void handleMessage(const ::mindroid::sp<::mindroid::Message>& msg) override;
 
+    // The process in each slot and whether it lives. Any.
+    [[nodiscard]] std::array<std::string, 2> describeClients() const {
+        return {mSlots[0]->describe(), mSlots[1]->describe()};
+    }
+
 protected:
     ImsOrtcChannel();
 
@@ -81,7 +89,7 @@ private:
 
     const std::array<::mindroid::sp<Holder>, 2> mSlots;
     // Serialises registration, and death handling where Traits::LOCKS_ON_DEATH says so.
-    std::mutex mLock;
+    ::device::Mutex mLock;
 };
 
 template <typename Traits>
@@ -94,28 +102,32 @@ bool ImsOrtcHolder<Traits>::isClientDeath() const {
 
 template <typename Traits>
 ImsOrtcChannel<Traits>::ImsOrtcChannel() : mSlots{new Holder(), new Holder()} {
-    // One message for both slots on purpose: a death makes the channel look at both.
+    // Deliberate: one message for both slots. A death makes the channel look at both, as its lines in the log show.
     for (const auto& slot : mSlots) slot->getMonitor()->registerClientDeathEvent(this, MSG_CLIENT_DEATH, nullptr);
 }
 
 template <typename Traits>
 void ImsOrtcChannel<Traits>::setCallback(std::shared_ptr<Callback> callback) {
     if (callback == nullptr) return;
-    const std::lock_guard lock(mLock);
+    const ::device::MutexLock lock(mLock);
     for (size_t slot = 0; slot < mSlots.size(); ++slot) {
         if (!mSlots[slot]->isClientDeath()) continue;
         ::mindroid::Log::d(Traits::TAG, "set cb:%d", static_cast<int>(slot));
+        atrace_instant(::hal::TRACE_TAG, "IMS client set");
         mSlots[slot]->setCallback(callback);
         return;
     }
-    // A third live client is ignored on purpose, without a line.
+    // Deliberate: a third live client is ignored without a line. The first two keep their slots.
 }
 
 template <typename Traits>
 void ImsOrtcChannel<Traits>::onClientDeath(const ::mindroid::sp<::mindroid::Message>&) {
-    std::unique_lock lock(mLock, std::defer_lock);
-    if constexpr (Traits::LOCKS_ON_DEATH) lock.lock();
-    freeDeadSlots();
+    if constexpr (Traits::LOCKS_ON_DEATH) {
+        const ::device::MutexLock lock(mLock);
+        freeDeadSlots();
+    } else {
+        freeDeadSlots();
+    }
 }
 
 template <typename Traits>
@@ -126,6 +138,7 @@ void ImsOrtcChannel<Traits>::freeDeadSlots() {
         if (!mSlots[slot]->isClientDeath()) continue;
         // The line comes for a slot that was free already, too.
         ::mindroid::Log::d(Traits::TAG, "client death:%d", static_cast<int>(slot));
+        atrace_instant(::hal::TRACE_TAG, "IMS client died");
         mSlots[slot]->release(std::move(dead));
     }
 }

@@ -12,7 +12,7 @@ using mindroid::MessageCallback;
 using mindroid::Object;
 using mindroid::sp;
 
-ImsOrtcComponent::ImsOrtcComponent() : SubsysComponent(TYPE_ID) {
+ImsOrtcComponent::ImsOrtcComponent() : SubsysComponent(TYPE) {
     mindroid::Log::d(TAG, "create ImsOrtcComponent");
 }
 
@@ -48,7 +48,7 @@ void ImsOrtcComponent::sendImsRtpRedunSignalMsg(const ImsRtpRedunSignalMsgType&,
 void ImsOrtcComponent::getImsRtpRedunRemotePublicKey(const ImsRtpRedunPublicKeyInfoType&, const sp<Message>&) {}
 
 sp<ImsOrtcComponent> getImsOrtcComponent() {
-    return getComponent<ImsOrtcComponent>(ImsOrtcComponent::TYPE_ID);
+    return getComponent<ImsOrtcComponent>(ImsOrtcComponent::TYPE);
 }
 
 }  // namespace hal

@@ -29,46 +29,30 @@ namespace hal {
 class ImsOrtcComponent : public SubsysComponent {
 public:
     static constexpr const char* TAG = "ImsOrtcComponent";
-    static constexpr int32_t TYPE_ID = 21;
+    static constexpr int32_t TYPE = 21;
 
     ImsOrtcComponent();
 
     void handleMessage(const mindroid::sp<mindroid::Message>& msg) override;
-    // Empty on purpose: it does not pass on to Component::init.
+    // Deliberate: empty, it does not pass on to Component::init. Components override it and choose.
     void init(int32_t instanceId) override;
 
     // Carrier: ImsRtpPubIpAddrInfoType.
-    virtual void registerLocalPubIpAddrChangedInd(const mindroid::sp<mindroid::Handler>& handler,
-                                                  const mindroid::sp<mindroid::MessageCallback>& callback,
-                                                  const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerLocalPubIpAddrChangedInd;
     // Carrier: ImsRtpDataInfoType.
-    virtual void registerRecvImsRtpDataInd(const mindroid::sp<mindroid::Handler>& handler,
-                                           const mindroid::sp<mindroid::MessageCallback>& callback,
-                                           const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerRecvImsRtpDataInd;
     // Carrier: OrtcStatusType.
-    virtual void registerNotifyOrtcStatusInd(const mindroid::sp<mindroid::Handler>& handler,
-                                             const mindroid::sp<mindroid::MessageCallback>& callback,
-                                             const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerNotifyOrtcStatusInd;
     // Carrier: OrtcConnectInfoType.
-    virtual void registerNotifyConnectInfoInd(const mindroid::sp<mindroid::Handler>& handler,
-                                              const mindroid::sp<mindroid::MessageCallback>& callback,
-                                              const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerNotifyConnectInfoInd;
     // The service does not subscribe to the public-key events.
-    virtual void registerRecvImsRtpRedunPublicKeyInd(const mindroid::sp<mindroid::Handler>& handler,
-                                                     const mindroid::sp<mindroid::MessageCallback>& callback,
-                                                     const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerRecvImsRtpRedunPublicKeyInd;
     // Carrier: ImsRtpRedunSignalMsgType.
-    virtual void registerRecvImsRtpRedunSignalMsgInd(const mindroid::sp<mindroid::Handler>& handler,
-                                                     const mindroid::sp<mindroid::MessageCallback>& callback,
-                                                     const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerRecvImsRtpRedunSignalMsgInd;
     // Carrier: ImsRtpRedunDataLinkStateInfoType.
-    virtual void registerNotifyImsRtpRedunDataLinkStateInd(const mindroid::sp<mindroid::Handler>& handler,
-                                                           const mindroid::sp<mindroid::MessageCallback>& callback,
-                                                           const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerNotifyImsRtpRedunDataLinkStateInd;
     virtual void unregisterRecvImsRtpRedunPublicKeyInd(const mindroid::sp<mindroid::Handler>& handler);
-    virtual void registerRecvImsRtpRedunGetPublicKeyInd(const mindroid::sp<mindroid::Handler>& handler,
-                                                        const mindroid::sp<mindroid::MessageCallback>& callback,
-                                                        const mindroid::sp<mindroid::Object>& obj);
+    virtual Registration registerRecvImsRtpRedunGetPublicKeyInd;
 
     // Answered by an error code alone.
     virtual void setCallInfo(const CallInfoType& info, const mindroid::sp<mindroid::Message>& reply);
@@ -89,7 +73,7 @@ public:
                                                const mindroid::sp<mindroid::Message>& reply);
 };
 
-// The first component that was added under TYPE_ID, or null. Any thread, once the components are added.
+// The first component that was added under TYPE, or null. Any, once the components are added.
 [[nodiscard]] mindroid::sp<ImsOrtcComponent> getImsOrtcComponent();
 
 }  // namespace hal

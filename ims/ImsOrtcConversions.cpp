@@ -1,6 +1,5 @@
 #include "ims/ImsOrtcConversions.h"
 
-#include "component/Utf8.h"
 #include "ims/ImsOrtcService.h"
 
 #include <mindroid/Log.h>
@@ -26,16 +25,13 @@ void fill(Unit (&field)[N], const Unit* units, size_t count) {
 
 template <size_t N>
 void copyText(char (&field)[N], const std::string& text) {
-    // Not truncated on purpose: the component tells "none" from half an address or a cut message.
+    // Deliberate: not truncated. The component tells "none" from half an address or a cut message.
     fill(field, text.data(), text.size() < N ? text.size() : 0);
 }
 
 template <size_t N>
 void readText(const char (&field)[N], std::string& text) {
-    const size_t length = strnlen(field, N);
-    text.assign(field, length);
-    if (!dropCutSequence(text)) return;
-    mindroid::Log::e(TAG, "received text ends inside a UTF-8 sequence, kept %zu of %zu bytes", text.size(), length);
+    text.assign(field, strnlen(field, N));
 }
 
 int32_t bytesPresent(int32_t dataLen) {
@@ -71,7 +67,7 @@ OrtcRoomInfoType packOrtcRoomInfo(const interface::OrtcRoomInfo& info) {
 ImsRtpDataInfoType packImsRtpDataInfo(const interface::ImsRtpDataInfo& info) {
     ImsRtpDataInfoType record;
     if (info.data.size() > MAX_REQUEST_DATA) {
-        // All or nothing on purpose: a payload that does not fit takes the integers with it.
+        // Deliberate: all or nothing. The component takes a record of zeros for a payload that did not fit.
         std::memset(&record, 0, sizeof record);
         return record;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "component/Interface.h"
 #include "ims/ImsOrtcRecords.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/CallInfo.h>
@@ -12,10 +13,8 @@
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcRoomInfo.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcStatus.h>
 
-// Between the records of the binder interface and those of the component. Safe on any input; any thread.
+// Between the records of the binder interface and those of the component. Safe on any input. Any.
 namespace hal {
-
-namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 // Text is copied byte for byte, embedded NULs too, where it is strictly shorter than its field; a longer one is not
 // truncated: its field stays empty and the other fields are filled all the same.
@@ -27,8 +26,7 @@ namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 // The integers are narrowed to 8 and 16 bits.
 [[nodiscard]] ImsRtpRedunSignalMsgType packImsRtpRedunSignalMsg(const interface::ImsRtpRedunSignalMsg& msg);
 
-// Each fills the whole interface record. Text ends at its first NUL or at the end of its field, before a UTF-8 sequence
-// that is cut there: the binder would refuse the text. The cut is logged.
+// Each fills the whole interface record. Text ends at its first NUL or at the end of its field.
 void unpackImsRtpPubIpAddrInfo(const ImsRtpPubIpAddrInfoType& record, interface::ImsRtpPubIpAddrInfo& info);
 // A dataLen outside 0..256 is logged and handed on; the bytes copied are those that the record has.
 void unpackImsRtpDataInfo(const ImsRtpDataInfoType& record, interface::ImsRtpDataInfo& info);

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 // The records that travel between this library and the IMS ORTC component, which another library supplies. Their bytes
 // are the contract between the two: little-endian, no padding but the bytes named here.
@@ -35,6 +33,7 @@ struct CallInfoType {
     int32_t value32;
 };
 #pragma pack(pop)
+static_assert(sizeof(CallInfoType) == 924);
 
 struct OrtcRoomInfoType {
     int32_t slotId;
@@ -43,6 +42,7 @@ struct OrtcRoomInfoType {
     int32_t roomState;
     int32_t action;
 };
+static_assert(sizeof(OrtcRoomInfoType) == 20);
 
 // One RTP payload, both directions. A request with more than 255 bytes of data arrives as a record of zeros.
 // dataLen is the client's own figure: it may be anything, also negative or above the size of data. In a carrier, a
@@ -54,6 +54,7 @@ struct ImsRtpDataInfoType {
     uint8_t data[256];
     int32_t dataLen;
 };
+static_assert(sizeof(ImsRtpDataInfoType) == 272);
 
 // The remote address in a request, the local one in an event.
 struct ImsRtpPubIpAddrInfoType {
@@ -65,6 +66,7 @@ struct ImsRtpPubIpAddrInfoType {
     int32_t rtcpPort;
     char ipAddr[64];
 };
+static_assert(sizeof(ImsRtpPubIpAddrInfoType) == 88);
 
 // A redundancy signalling message, both directions. A request keeps the low 8 or 16 bits of the client's integers.
 struct ImsRtpRedunSignalMsgType {
@@ -76,6 +78,7 @@ struct ImsRtpRedunSignalMsgType {
     uint16_t msgField5;
     char msg[250];
 };
+static_assert(sizeof(ImsRtpRedunSignalMsgType) == 258);
 
 // The answer to a signalling message; read only where the error is 0.
 struct ImsRtpRedunSignalMsgRspInfoType {
@@ -86,6 +89,7 @@ struct ImsRtpRedunSignalMsgRspInfoType {
     int32_t rspField4;
     int32_t rspField5;
 };
+static_assert(sizeof(ImsRtpRedunSignalMsgRspInfoType) == 12);
 
 struct OrtcStatusType {
     int32_t slotId;
@@ -94,6 +98,7 @@ struct OrtcStatusType {
     int32_t reason;
     int32_t status;
 };
+static_assert(sizeof(OrtcStatusType) == 20);
 
 struct OrtcConnectInfoType {
     int32_t slotId;
@@ -102,6 +107,7 @@ struct OrtcConnectInfoType {
     int32_t connectState;
     char connectInfo[256];
 };
+static_assert(sizeof(OrtcConnectInfoType) == 272);
 
 struct ImsRtpRedunDataLinkStateInfoType {
     uint8_t linkField1;
@@ -110,97 +116,10 @@ struct ImsRtpRedunDataLinkStateInfoType {
     uint8_t linkField4;
     uint8_t linkField5;
 };
+static_assert(sizeof(ImsRtpRedunDataLinkStateInfoType) == 5);
 
 // Known to the component alone; this library passes neither.
 struct ImsRtpRedunPublicKeyInfoType;
 struct ImsRtpRedunDataPathConfigInfoType;
-
-// Records are copied as bytes.
-template <typename T>
-inline constexpr bool isPlainRecord = std::is_standard_layout_v<T>&& std::is_trivial_v<T>;
-
-static_assert(isPlainRecord<CallInfoType>);
-static_assert(sizeof(CallInfoType) == 924);
-static_assert(offsetof(CallInfoType, slotId) == 0);
-static_assert(offsetof(CallInfoType, callId) == 4);
-static_assert(offsetof(CallInfoType, callType) == 8);
-static_assert(offsetof(CallInfoType, callState) == 12);
-static_assert(offsetof(CallInfoType, text1) == 16);
-static_assert(offsetof(CallInfoType, text2) == 48);
-static_assert(offsetof(CallInfoType, text3) == 80);
-static_assert(offsetof(CallInfoType, text4) == 336);
-static_assert(offsetof(CallInfoType, text5) == 400);
-static_assert(offsetof(CallInfoType, text6) == 656);
-static_assert(offsetof(CallInfoType, value64) == 912);
-static_assert(offsetof(CallInfoType, value32) == 920);
-
-static_assert(isPlainRecord<OrtcRoomInfoType>);
-static_assert(sizeof(OrtcRoomInfoType) == 20);
-static_assert(offsetof(OrtcRoomInfoType, slotId) == 0);
-static_assert(offsetof(OrtcRoomInfoType, callId) == 4);
-static_assert(offsetof(OrtcRoomInfoType, roomId) == 8);
-static_assert(offsetof(OrtcRoomInfoType, roomState) == 12);
-static_assert(offsetof(OrtcRoomInfoType, action) == 16);
-
-static_assert(isPlainRecord<ImsRtpDataInfoType>);
-static_assert(sizeof(ImsRtpDataInfoType) == 272);
-static_assert(offsetof(ImsRtpDataInfoType, slotId) == 0);
-static_assert(offsetof(ImsRtpDataInfoType, callId) == 4);
-static_assert(offsetof(ImsRtpDataInfoType, dataType) == 8);
-static_assert(offsetof(ImsRtpDataInfoType, data) == 12);
-static_assert(offsetof(ImsRtpDataInfoType, dataLen) == 268);
-
-static_assert(isPlainRecord<ImsRtpPubIpAddrInfoType>);
-static_assert(sizeof(ImsRtpPubIpAddrInfoType) == 88);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, slotId) == 0);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, callId) == 4);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, mediaType) == 8);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, addrFamily) == 12);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, rtpPort) == 16);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, rtcpPort) == 20);
-static_assert(offsetof(ImsRtpPubIpAddrInfoType, ipAddr) == 24);
-
-static_assert(isPlainRecord<ImsRtpRedunSignalMsgType>);
-static_assert(sizeof(ImsRtpRedunSignalMsgType) == 258);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msgField1) == 0);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msgField2) == 1);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msgField3) == 2);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, zero) == 3);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msgField4) == 4);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msgField5) == 6);
-static_assert(offsetof(ImsRtpRedunSignalMsgType, msg) == 8);
-
-static_assert(isPlainRecord<ImsRtpRedunSignalMsgRspInfoType>);
-static_assert(sizeof(ImsRtpRedunSignalMsgRspInfoType) == 12);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, rspField1) == 0);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, rspField2) == 1);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, rspField3) == 2);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, zero) == 3);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, rspField4) == 4);
-static_assert(offsetof(ImsRtpRedunSignalMsgRspInfoType, rspField5) == 8);
-
-static_assert(isPlainRecord<OrtcStatusType>);
-static_assert(sizeof(OrtcStatusType) == 20);
-static_assert(offsetof(OrtcStatusType, slotId) == 0);
-static_assert(offsetof(OrtcStatusType, callId) == 4);
-static_assert(offsetof(OrtcStatusType, roomId) == 8);
-static_assert(offsetof(OrtcStatusType, reason) == 12);
-static_assert(offsetof(OrtcStatusType, status) == 16);
-
-static_assert(isPlainRecord<OrtcConnectInfoType>);
-static_assert(sizeof(OrtcConnectInfoType) == 272);
-static_assert(offsetof(OrtcConnectInfoType, slotId) == 0);
-static_assert(offsetof(OrtcConnectInfoType, callId) == 4);
-static_assert(offsetof(OrtcConnectInfoType, roomId) == 8);
-static_assert(offsetof(OrtcConnectInfoType, connectState) == 12);
-static_assert(offsetof(OrtcConnectInfoType, connectInfo) == 16);
-
-static_assert(isPlainRecord<ImsRtpRedunDataLinkStateInfoType>);
-static_assert(sizeof(ImsRtpRedunDataLinkStateInfoType) == 5);
-static_assert(offsetof(ImsRtpRedunDataLinkStateInfoType, linkField1) == 0);
-static_assert(offsetof(ImsRtpRedunDataLinkStateInfoType, linkField2) == 1);
-static_assert(offsetof(ImsRtpRedunDataLinkStateInfoType, linkField3) == 2);
-static_assert(offsetof(ImsRtpRedunDataLinkStateInfoType, linkField4) == 3);
-static_assert(offsetof(ImsRtpRedunDataLinkStateInfoType, linkField5) == 4);
 
 }  // namespace hal

@@ -1,7 +1,8 @@
 #include "ims/ImsOrtcService.h"
 
 #include "component/RequestBridge.h"
-#include "ims/ImsOrtcCarrier.h"
+#include "component/RequestTrace.h"
+#include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
 #include "ims/ImsOrtcConversions.h"
 #include "ims/ImsOrtcServiceIndication.h"
@@ -33,7 +34,7 @@ template <typename Info, typename Record>
                             ComponentRequest<Record> request, Response response, const char* whenMissing) {
     const auto component = ::hal::getImsOrtcComponent();
     if (component == nullptr) {
-        // Dropped on purpose, not failed: the client gets no response.
+        // Deliberate: dropped, not failed. The client gets no response, and does not wait for one without a component.
         ::mindroid::Log::d(ImsOrtcService::TAG, "%s", whenMissing);
         return ::ndk::ScopedAStatus::ok();
     }
@@ -56,6 +57,7 @@ sp<MessageCallback> converter(void (*unpack)(const Record&, Info&),
     return new MessageCallback([unpack, indicate](const sp<Message>& event) {
         const auto indication = ImsOrtcServiceIndication::getInstance();
         if (indication == nullptr || event->obj == nullptr) return;
+        atrace_instant(::hal::TRACE_TAG, "IMS event");
         Info info;
         unpack(::hal::carriedRecord<Record>(*event->obj), info);
         (indication.get()->*indicate)(info);
@@ -82,7 +84,7 @@ ImsOrtcService::ImsOrtcService() {
 void ImsOrtcService::init() {
     using Component = ImsOrtcComponent;
     using Indication = ImsOrtcServiceIndication;
-    // The public-key events are left out on purpose.
+    // Deliberate: not the public-key events. Clients have no callback for them.
     const Subscription subscriptions[] = {
         {&Component::registerLocalPubIpAddrChangedInd,
          converter(::hal::unpackImsRtpPubIpAddrInfo, &Indication::LocalPubIpAddrChanged)},
@@ -122,15 +124,13 @@ void ImsOrtcService::init() {
 }
 
 ::ndk::ScopedAStatus ImsOrtcService::sendImsRtpRedunSignalMsg(int32_t serial, const ImsRtpRedunSignalMsg& msg) {
-    // Without a component this request, unlike the others, is dropped without a line; meant.
+    // Deliberate: without a component this request, unlike the others, is dropped without a line. Readers of the log.
     const auto component = ::hal::getImsOrtcComponent();
     if (component == nullptr) return ::ndk::ScopedAStatus::ok();
-    return ::hal::callComponent(
-        this, 0,
-        [&](const sp<Message>& reply) {
-            component->sendImsRtpRedunSignalMsg(::hal::packImsRtpRedunSignalMsg(msg), reply);
-        },
-        [serial](const Message& reply) { answerSignalMsg(serial, reply); });
+    const auto reply =
+        ::hal::obtainReplyMessage(this, [serial](const Message& answer) { answerSignalMsg(serial, answer); });
+    component->sendImsRtpRedunSignalMsg(::hal::packImsRtpRedunSignalMsg(msg), reply);
+    return ::ndk::ScopedAStatus::ok();
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

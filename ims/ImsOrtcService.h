@@ -13,7 +13,7 @@
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 
 // Hands the IMS ORTC requests to the component of that type, and its answers and events to the callback channels.
-// Answers and events are turned into callbacks on the looper thread.
+// Answers and events are turned into callbacks on its looper.
 class ImsOrtcService final : public ::mindroid::Handler {
 public:
     static constexpr const char* TAG = "ImsOrtcService";

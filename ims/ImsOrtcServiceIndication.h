@@ -10,18 +10,18 @@ struct ImsOrtcIndicationTraits {
     using Callback = IImsOrtcIndication;
     static constexpr const char* TAG = "ImsOrtcServiceIndication";
     static constexpr const char* HOLDER_NAME = "ImsOrtcServiceIndicationObj";
-    // The channel's tag, unlike the response holder's; meant.
+    // Deliberate: the channel's tag, unlike the response holder's. Readers of the log know the two so.
     static constexpr const char* HOLDER_TAG = "ImsOrtcServiceIndication";
     static constexpr bool LOCKS_ON_DEATH = true;
 };
 
 using ImsOrtcServiceIndicationObj = ImsOrtcHolder<ImsOrtcIndicationTraits>;
 
-// Carries the events of the IMS ORTC component to the clients: each to both of them. The operations may be called from
-// any thread; events arrive in the order of the calls, and are lost where there is no client.
+// Carries the events of the IMS ORTC component to the clients: each to both of them. Events
+// arrive in the order of the calls, and are lost where there is no client. The operations: any.
 class ImsOrtcServiceIndication final : public ImsOrtcChannel<ImsOrtcIndicationTraits> {
 public:
-    // The one channel, made on first use: by the thread that starts the service, before others ask. Any thread after.
+    // The one channel, made on first use: by the thread that starts the service, before others ask. Any after that.
     [[nodiscard]] static ::mindroid::sp<ImsOrtcServiceIndication> getInstance();
 
     void LocalPubIpAddrChanged(const ImsRtpPubIpAddrInfo& info);

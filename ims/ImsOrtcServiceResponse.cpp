@@ -1,6 +1,6 @@
 #include "ims/ImsOrtcServiceResponse.h"
 
-#include "component/ResponseInfo.h"
+#include "service/channel/ResponseInfo.h"
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 namespace {

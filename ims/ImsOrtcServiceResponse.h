@@ -15,22 +15,22 @@ struct ImsOrtcResponseTraits {
     using Callback = IImsOrtcResponse;
     static constexpr const char* TAG = "ImsOrtcServiceResponse";
     static constexpr const char* HOLDER_NAME = "ImsOrtcServiceResponseObj";
-    // Not the channel's tag, unlike the indication holder's; meant.
+    // Deliberate: not the channel's tag, unlike the indication holder's. Readers of the log know the two so.
     static constexpr const char* HOLDER_TAG = "ImsOrtcServiceResponseObj";
-    // The response channel frees slots without the lock; meant.
+    // Deliberate: the response channel frees slots without the lock. It never waits for a registration.
     static constexpr bool LOCKS_ON_DEATH = false;
 };
 
 using ImsOrtcServiceResponseObj = ImsOrtcHolder<ImsOrtcResponseTraits>;
 
-// Fills the header of a response. An error outside 0..9 becomes GENERIC_FAILURE. Any thread.
+// Fills the header of a response. An error outside 0..9 becomes GENERIC_FAILURE. Any.
 void populateImsOrtcResponseInfo(SubsysResponseInfo& info, int32_t serial, SUBSYS_Errno error);
 
 // Carries the answers to IMS ORTC requests to the clients: each to both of them, whoever asked. The operations always
-// succeed and may be called from any thread; answers arrive in the order of the calls.
+// succeed, and answers arrive in the order of the calls. The operations: any.
 class ImsOrtcServiceResponse final : public ImsOrtcChannel<ImsOrtcResponseTraits> {
 public:
-    // The one channel, made on first use: by the thread that starts the service, before others ask. Any thread after.
+    // The one channel, made on first use: by the thread that starts the service, before others ask. Any after that.
     [[nodiscard]] static ::mindroid::sp<ImsOrtcServiceResponse> getInstance();
 
     ::ndk::ScopedAStatus setCallInfoResponse(int32_t serial, SUBSYS_Errno error);

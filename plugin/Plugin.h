@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <any>
+#include <atomic>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -32,15 +33,18 @@ public:
 
     [[nodiscard]] const std::string& getName() const { return mName; }
     [[nodiscard]] const std::string& getPath() const { return mPath; }
-    // Always false, on purpose: no operation sets it, load does not either.
+    // Deliberate: always false, no operation sets it. Callers of PluginManager::isPluginLoaded know it so.
     [[nodiscard]] bool isLoaded() const { return mLoaded; }
+    // Whether load has opened the library. Any.
+    [[nodiscard]] bool isOpen() const { return mPluginHandle != nullptr; }
 
-    // Whether this process may read the file at this path of the machine.
+    // Whether this process may read the device's file with this path.
     [[nodiscard]] static bool fileAccessible(const std::string& path);
     // Opens the library, with its symbols visible to libraries opened later. True when it is open, from before too.
     bool load();
-    // Closes the library. False when there was something to close, on purpose: the stale handle is kept, and a later
-    // load takes it for open.
+    // Closes the library.
+    // Deliberate: false when there was something to close. The stale handle is kept, and a later load takes it for
+    // open, as callers of both expect.
     bool unload();
 
     // The function with this name, or null when the library is not open or does not export it. The caller vouches for
@@ -55,16 +59,12 @@ public:
     R call(std::string name, Args... args);
 
 private:
-    // Logs why the library can't be opened, unless that was said last time too.
-    void reportFailure(std::string reason);
-
     std::string mPath;
     std::string mName;
-    void* mPluginHandle = nullptr;
+    std::atomic<void*> mPluginHandle = nullptr;
     bool mLoaded = false;
     // A std::weak_ptr<PluginSym<Signature>> for each name.
     std::unordered_map<std::string, std::any> mSyms;
-    std::string mReportedFailure;
 };
 
 template <typename Signature>

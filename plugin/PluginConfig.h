@@ -21,11 +21,11 @@ public:
     explicit PluginConfig(std::string configPath);
 
     // Appends what the configuration file lists to what earlier calls found, and answers the whole list. A file that is
-    // missing, malformed or longer than 16 MiB adds nothing.
+    // missing or malformed adds nothing.
     const std::vector<PluginPathInfo>& loadConfig();
 
 private:
-    // Not read: loadConfig always reads DEFAULT_PATH, on purpose.
+    // Deliberate: not read, loadConfig always reads DEFAULT_PATH. Kept for the layout.
     std::string mConfigPath;
     std::vector<PluginPathInfo> mPluginPathInfos;
 };

@@ -20,6 +20,8 @@ public:
     [[nodiscard]] bool isPluginLoaded(const std::string& name) const;
     // Null for an unknown name. Lives as long as the process.
     [[nodiscard]] Plugin* getPlugin(const std::string& name) const;
+    // In the order of the configuration. They live as long as the process.
+    [[nodiscard]] const std::vector<Plugin*>& plugins() const { return mPlugins; }
     // False for an unknown name, and when the library can't be opened.
     bool loadPlugin(const std::string& name);
 

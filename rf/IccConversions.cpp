@@ -23,7 +23,7 @@ size_t boundedCount(const char* what, int64_t count, size_t capacity) {
 
 // Entry i of the types and of the values stands at i * stride.
 IccStateInfo toStateInfo(const IccStateInfoType& record, size_t stride, const uint8_t* types, const uint8_t* values) {
-    const size_t count = boundedCount("mode", record.modeNum, kIccMaxModes);
+    const size_t count = boundedCount("mode", record.modeNum, ICC_MAX_MODES);
     IccStateInfo info;
     info.state = static_cast<int8_t>(record.iccState);
     info.bypass = static_cast<int8_t>(record.bypass);
@@ -41,12 +41,14 @@ IccStateInfo fromStateEvent(const IccStateInfoType& record) {
     return toStateInfo(record, 2, record.modes, record.modes + 1);
 }
 IccStateInfo fromStateAnswer(const IccStateInfoType& record) {
-    return toStateInfo(record, 1, record.modes, record.modes + kIccMaxModes);
+    return toStateInfo(record, 1, record.modes, record.modes + ICC_MAX_MODES);
 }
 
 IccPerceptionInfo fromPerception(const IccPercStateType& record) {
+    // The plugin's count is unsigned, the listeners' signed: a count above INT32_MAX is none.
+    const size_t count = boundedCount("perception", static_cast<int32_t>(record.size), ICC_MAX_PERC_ENTRIES);
     IccPerceptionInfo info;
-    for (const auto& entry : std::span(record.entries, boundedCount("perception", record.size, kIccMaxPercEntries))) {
+    for (const auto& entry : std::span(record.entries, count)) {
         IccPercType type;
         type.value0 = static_cast<int8_t>(entry.value0);
         type.value1 = static_cast<int8_t>(entry.value1);
@@ -59,7 +61,7 @@ IccPerceptionInfo fromPerception(const IccPercStateType& record) {
 IccIndInfo fromInformation(const IccIndInfoType& record) {
     IccIndInfo info;
     info.id = static_cast<int32_t>(record.type);
-    info.data.assign(record.data, record.data + boundedCount("information byte", record.length, kIccInfoCapacity));
+    info.data.assign(record.data, record.data + boundedCount("information byte", record.length, ICC_INFO_CAPACITY));
     return info;
 }
 

@@ -16,7 +16,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 #include <vector>
 
 // What a plugin may report, see registerIccEvent. The service asks for types 1, 4 and 5 when a client connects, for 2
@@ -44,18 +43,22 @@ enum ICC_APIS_RESULT : int32_t {
     ICC_APIS_FAILURE = 1,
 };
 
-inline constexpr size_t kIccMaxModes = 7;
-inline constexpr size_t kIccMaxPercEntries = 10;
-inline constexpr size_t kIccInfoCapacity = 256;
+inline constexpr size_t ICC_MAX_MODES = 7;
+inline constexpr size_t ICC_MAX_PERC_ENTRIES = 10;
+inline constexpr size_t ICC_INFO_CAPACITY = 256;
+
+// Its values belong to the plugin; the low byte reaches the client.
+enum IccStateType : uint32_t {};
 
 struct IccStateInfoType {
-    uint32_t iccState;  // its low byte reaches the client
+    IccStateType iccState;
     uint8_t bypass;
-    uint8_t modeNum;  // at most kIccMaxModes
+    uint8_t modeNum;  // at most ICC_MAX_MODES
     // In ICC_EVENT_STATE_CHANGED modeNum pairs of type and value; in the answer to a state query all types, then, from
-    // entry kIccMaxModes on, all values.
-    uint8_t modes[2 * kIccMaxModes];
+    // entry ICC_MAX_MODES on, all values.
+    uint8_t modes[2 * ICC_MAX_MODES];
 };
+static_assert(sizeof(IccStateInfoType) == 20);
 
 struct IccAclStatusRspMsgType {
     uint16_t freq;
@@ -66,6 +69,7 @@ struct IccAclStatusRspMsgType {
     uint8_t gamma;
     uint8_t reserved9[11];
 };
+static_assert(sizeof(IccAclStatusRspMsgType) == 20);
 
 struct IccDeviceErrType {
     uint8_t devNum;
@@ -73,18 +77,21 @@ struct IccDeviceErrType {
     uint8_t err;
     uint8_t reserved3[33];
 };
+static_assert(sizeof(IccDeviceErrType) == 36);
 
 struct IccPercEntryType {
     uint8_t value0;
     uint8_t value1;
     uint8_t value2;
 };
+static_assert(sizeof(IccPercEntryType) == 3);
 
 struct IccPercStateType {
-    int32_t size;  // the number of entries, 0 to kIccMaxPercEntries
-    IccPercEntryType entries[kIccMaxPercEntries];
+    uint32_t size;  // the number of entries, at most ICC_MAX_PERC_ENTRIES
+    IccPercEntryType entries[ICC_MAX_PERC_ENTRIES];
     uint8_t reserved34[2];
 };
+static_assert(sizeof(IccPercStateType) == 36);
 
 struct IccCoexAntType {
     uint8_t tech;
@@ -92,17 +99,19 @@ struct IccCoexAntType {
     int8_t state;
     int8_t config;
 };
+static_assert(sizeof(IccCoexAntType) == 4);
 
 // What listeners get for ICC_EVENT_COEX_ANT_CHANGED; built by the service, not by the plugin.
 struct IccIndInfoType {
     uint32_t type;
-    uint8_t data[kIccInfoCapacity];
+    uint8_t data[ICC_INFO_CAPACITY];
     uint32_t length;  // bytes of data in use
 };
+static_assert(sizeof(IccIndInfoType) == 264);
 
 // The service's entry for events, handed to registerIccEvent. Any thread, at any time from then on, also while the
 // service is inside the plugin. `data` holds `size` bytes, at least the record of the event, which is copied before the
-// call returns. An event shorter than its record is dropped, and so is one that comes while 16,384 wait.
+// call returns. An event shorter than its record is dropped with an error line.
 using IccEventCallback = void (*)(IccEventType type, void* context, void* data, int size);
 
 #pragma GCC visibility push(default)
@@ -145,65 +154,3 @@ void sendIccEventInd(uint32_t event, uint8_t* data, uint16_t size);
 
 }  // extern "C"
 #pragma GCC visibility pop
-
-// The functions, as the service calls them.
-static_assert(std::is_same_v<IccEventCallback, void (*)(IccEventType, void*, void*, int)>);
-static_assert(std::is_same_v<decltype(iccApis_init), void(uint8_t, uint32_t, uint8_t)>);
-static_assert(std::is_same_v<decltype(registerIccEvent), ICC_APIS_RESULT(IccEventType, void*, IccEventCallback)>);
-static_assert(std::is_same_v<decltype(iccSendReqSync), void(uint32_t, void*, uint32_t, void*, uint32_t, uint32_t)>);
-static_assert(std::is_same_v<decltype(iccSetSatelliteAntState), spi_cmd_err_code_e(int, int, int)>);
-static_assert(
-    std::is_same_v<decltype(iccSetTxSharingState),
-                   spi_cmd_err_code_e(uint8_t, std::vector<uint16_t>, std::vector<uint16_t>, std::vector<uint8_t>)>);
-static_assert(std::is_same_v<decltype(iccSetAclState), spi_cmd_err_code_e(uint8_t, uint16_t, uint8_t, uint8_t)>);
-static_assert(std::is_same_v<decltype(iccSetCoexAntState), spi_cmd_err_code_e(uint8_t, uint8_t, uint8_t, uint8_t)>);
-static_assert(std::is_same_v<decltype(iccGetHwId), uint8_t()>);
-static_assert(std::is_same_v<decltype(enableIccUartLog), void()>);
-static_assert(std::is_same_v<decltype(iccReloadConfig), void()>);
-static_assert(std::is_same_v<decltype(setScreenState), void(bool)>);
-static_assert(std::is_same_v<decltype(getIccState), spi_cmd_err_code_e(IccStateInfoType)>);
-static_assert(std::is_same_v<decltype(sendIccEventInd), void(uint32_t, uint8_t*, uint16_t)>);
-
-static_assert(sizeof(IccEventType) == 4 && sizeof(spi_cmd_err_code_e) == 1 && sizeof(ICC_APIS_RESULT) == 4);
-
-static_assert(sizeof(IccStateInfoType) == 20 && std::is_trivially_copyable_v<IccStateInfoType>);
-static_assert(offsetof(IccStateInfoType, iccState) == 0);
-static_assert(offsetof(IccStateInfoType, bypass) == 4);
-static_assert(offsetof(IccStateInfoType, modeNum) == 5);
-static_assert(offsetof(IccStateInfoType, modes) == 6);
-
-static_assert(sizeof(IccAclStatusRspMsgType) == 20 && std::is_trivially_copyable_v<IccAclStatusRspMsgType>);
-static_assert(offsetof(IccAclStatusRspMsgType, freq) == 0);
-static_assert(offsetof(IccAclStatusRspMsgType, reserved2) == 2);
-static_assert(offsetof(IccAclStatusRspMsgType, ant) == 3);
-static_assert(offsetof(IccAclStatusRspMsgType, ui) == 4);
-static_assert(offsetof(IccAclStatusRspMsgType, reserved5) == 5);
-static_assert(offsetof(IccAclStatusRspMsgType, gamma) == 8);
-static_assert(offsetof(IccAclStatusRspMsgType, reserved9) == 9);
-
-static_assert(sizeof(IccDeviceErrType) == 36 && std::is_trivially_copyable_v<IccDeviceErrType>);
-static_assert(offsetof(IccDeviceErrType, devNum) == 0);
-static_assert(offsetof(IccDeviceErrType, id) == 1);
-static_assert(offsetof(IccDeviceErrType, err) == 2);
-static_assert(offsetof(IccDeviceErrType, reserved3) == 3);
-
-static_assert(sizeof(IccPercEntryType) == 3 && std::is_trivially_copyable_v<IccPercEntryType>);
-static_assert(offsetof(IccPercEntryType, value0) == 0);
-static_assert(offsetof(IccPercEntryType, value1) == 1);
-static_assert(offsetof(IccPercEntryType, value2) == 2);
-
-static_assert(sizeof(IccPercStateType) == 36 && std::is_trivially_copyable_v<IccPercStateType>);
-static_assert(offsetof(IccPercStateType, size) == 0);
-static_assert(offsetof(IccPercStateType, entries) == 4);
-static_assert(offsetof(IccPercStateType, reserved34) == 34);
-
-static_assert(sizeof(IccCoexAntType) == 4 && std::is_trivially_copyable_v<IccCoexAntType>);
-static_assert(offsetof(IccCoexAntType, tech) == 0);
-static_assert(offsetof(IccCoexAntType, chain) == 1);
-static_assert(offsetof(IccCoexAntType, state) == 2);
-static_assert(offsetof(IccCoexAntType, config) == 3);
-
-static_assert(sizeof(IccIndInfoType) == 264 && std::is_trivially_copyable_v<IccIndInfoType>);
-static_assert(offsetof(IccIndInfoType, type) == 0);
-static_assert(offsetof(IccIndInfoType, data) == 4);
-static_assert(offsetof(IccIndInfoType, length) == 260);

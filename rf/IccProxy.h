@@ -1,28 +1,25 @@
 #pragma once
 
-#include "component/Backlog.h"
 #include "component/ExecutorProxy.h"
 #include "component/SubsysComponent.h"
+#include "rf/IccCommands.h"
+#include "rf/IccEvents.h"
+#include "rf/IccPlugin.h"
 #include "rf/IccPluginApi.h"
 
 #include <mindroid/Boxes.h>
 #include <mindroid/Handler.h>
 #include <mindroid/HandlerThread.h>
 #include <mindroid/Message.h>
-#include <mindroid/RegistrantList.h>
 #include <mindroid/Runnable.h>
 
 #include <cstdint>
-#include <optional>
-#include <type_traits>
 #include <vector>
 
 // The IccEventCallback of this library; `context` is the IccProxy that registered it.
 extern "C" void iccStateEventCallback(IccEventType type, void* context, void* data, int size);
 
 namespace hal {
-
-class Plugin;
 
 // The one object that talks to the ICC plugin. It loads the plugin when it is first needed, enters it on its own thread
 // only, one call at a time in the order of the requests, and passes the plugin's events on to listeners. One for a
@@ -31,7 +28,8 @@ class Plugin;
 //   any thread --post--> proxy thread --call--> plugin
 //   listeners' loopers <--notify-- proxy thread <--message-- iccStateEventCallback <-- plugin's threads
 //
-// From the first registration with the plugin on, the proxy lives as long as the process: the plugin has its address.
+// It posts the work and leaves it to three others: IccPlugin (typed calls), IccEvents (listeners), IccCommands. From
+// the first registration with the plugin on it lives as long as the process: the plugin has its address.
 class IccProxy : public mindroid::Handler {
 public:
     static constexpr const char* TAG = "IccProxy";
@@ -40,17 +38,15 @@ public:
     IccProxy(int32_t instance, const mindroid::sp<mindroid::HandlerThread>& thread);
     ~IccProxy() override;
 
-    // Everything up to sendIccCmd returns at once, from any thread; the proxy's thread does the work.
+    // Everything up to sendIccCmd returns at once; the proxy's thread does the work. Any.
 
     // `speed` in Hz.
     void iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle);
 
-    using Registration = void(const mindroid::sp<mindroid::Handler>& handler,
-                              const mindroid::sp<mindroid::MessageCallback>& callback,
-                              const mindroid::sp<mindroid::Object>& obj);
     // Each puts the callback in the place of what the handler registered for this event before, and asks the plugin for
     // the event again. The callback's message carries a SubsysInterfaceData of the record named. A listener is not told
-    // what happened before. While the plugin can't be loaded a listener is kept but the plugin does not know of it.
+    // what happened before, and an event that comes while it changes places is missed. While the plugin can't be loaded
+    // a listener is kept but the plugin does not know of it.
     Registration registerIccStateInd;        // IccStateInfoType
     Registration registerIccClatInfoInd;     // IccAclStatusRspMsgType
     Registration registerIccDeviceErrInd;    // IccDeviceErrType
@@ -81,93 +77,38 @@ public:
                     const mindroid::sp<mindroid::Message>& reply);
 
     // The outcome of a command as the commands above 254 report it. Any.
-    [[nodiscard]] static SUBSYS_Errno getIccStateError(spi_cmd_err_code_e code);
+    [[nodiscard]] static SUBSYS_Errno getIccStateError(spi_cmd_err_code_e code) {
+        return IccCommands::getIccStateError(code);
+    }
 
-    // Takes an event over from the plugin. Dropped while 16,384 events wait for the proxy or for a listener. Any.
+    // Takes an event over from the plugin. Any.
     void processIccStateEvent(IccEventType type, const void* data, int size);
     // Tells the listeners of an event. Proxy.
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
 
     // Whether the plugin is there to be called. Tries again each time until it is. Proxy.
-    bool loadIccApisPlugin();
+    bool loadIccApisPlugin() { return mPlugin.loadIccApisPlugin(); }
 
 private:
-    // A plugin function: its symbol and its exact type.
-    template <typename Signature>
-    struct PluginFunction {
-        const char* symbol;
-    };
-    struct PluginFunctions;
-
-    struct ExtResult {
-        SUBSYS_Errno error;
-        mindroid::sp<mindroid::Object> value = nullptr;
-    };
-    struct ExtCommand;
-    struct EventKind;
-
     template <typename Task>
     void post(Task task);
+    template <typename... Params, typename... Args>
+    void postCommand(void (IccCommands::*command)(Params...), Args... args);
 
-    // R() where the plugin lacks the function.
-    template <typename R, typename... Args>
-    R callPlugin(PluginFunction<R(Args...)> function, std::type_identity_t<Args>... args);
-    // Loads the plugin first; the fallback stands for the result when that fails.
-    template <typename R, typename... Args>
-    R callOr(R fallback, PluginFunction<R(Args...)> function, std::type_identity_t<Args>... args);
-    // The same for a function without result: whether the plugin is there.
-    template <typename... Args>
-    bool tryCall(PluginFunction<void(Args...)> function, std::type_identity_t<Args>... args);
-
-    bool iccSendReqSync(uint32_t reqId, void* req, uint32_t reqLen, void* resp, uint32_t respLen, uint32_t timeoutMs);
-    spi_cmd_err_code_e iccSetSatelliteAntState(int technology, int antenna, int state);
-    spi_cmd_err_code_e iccSetTxSharingState(uint8_t enable, std::vector<uint16_t> band, std::vector<uint16_t> param1,
-                                            std::vector<uint8_t> param2);
-    spi_cmd_err_code_e iccSetAclState(uint8_t enable, uint16_t freq, uint8_t cc, uint8_t ant);
-    spi_cmd_err_code_e iccSetCoexAntState(uint8_t tech, uint8_t chain, uint8_t state, uint8_t config);
-    uint8_t iccGetIccHwId();
-    void iccStartUartLog();
-    bool iccReloadConfig();
-
-    // Null for a type that no listener can ask for.
-    static const EventKind* findKind(uint32_t type);
-    void registerInd(IccEventType type, const mindroid::sp<mindroid::Registrant>& registrant);
+    void registerInd(IccEventType type, const mindroid::sp<mindroid::Handler>& handler,
+                     const mindroid::sp<mindroid::MessageCallback>& callback,
+                     const mindroid::sp<mindroid::Object>& obj);
     void registerWithPlugin(IccEventType type);
-    void keepForPlugin();
-
-    void sendIccCmdSync(int32_t reqId, std::vector<uint8_t> data, int32_t timeoutMs,
-                        const mindroid::sp<mindroid::Message>& reply);
-    void sendIccCmdExt(int32_t reqId, std::vector<uint8_t> data, const mindroid::sp<mindroid::Message>& reply);
-    ExtResult runExtCommand(int32_t reqId, const std::vector<uint8_t>& data);
-    ExtResult extSetAclState(const std::vector<uint8_t>& data);
-    ExtResult extReloadConfig(const std::vector<uint8_t>& data);
-    ExtResult extSetSatelliteAntState(const std::vector<uint8_t>& data);
-    ExtResult extSetCoexAntState(const std::vector<uint8_t>& data);
-    ExtResult extGetHwId(const std::vector<uint8_t>& data);
-    ExtResult extStartUartLog(const std::vector<uint8_t>& data);
-
-    template <typename Record>
-    static std::optional<Record> readEvent(const mindroid::sp<mindroid::Message>& message);
-    void handleIccStateChangedInd(const mindroid::sp<mindroid::Message>& message);
-    void handleClatStateInd(const mindroid::sp<mindroid::Message>& message);
-    void handleDeviceErrInd(const mindroid::sp<mindroid::Message>& message);
-    void handleIccPercChangedInd(const mindroid::sp<mindroid::Message>& message);
-    void handleIccCoexAntChangedInd(const mindroid::sp<mindroid::Message>& message);
 
     const mindroid::sp<mindroid::HandlerThread> mThread;
+    // Null where the proxy has no thread of its own.
     const mindroid::sp<mindroid::Executor> mExecutor;
-    // Those that the plugin reported and some listener still has to handle.
-    const mindroid::sp<Backlog> mEvents;
-    // The proxy's thread alone. Null until the plugin is loaded, and then never freed.
-    Plugin* mPlugin = nullptr;
-    // The reference of the plugin, which is never given back.
-    static mindroid::sp<IccProxy>* sKeptForPlugin;
-
-    const mindroid::sp<mindroid::RegistrantList> mIccStateRegistrants = new mindroid::RegistrantList();
-    const mindroid::sp<mindroid::RegistrantList> mIccClatInfoRegistrants = new mindroid::RegistrantList();
-    const mindroid::sp<mindroid::RegistrantList> mIccDeviceErrRegistrants = new mindroid::RegistrantList();
-    const mindroid::sp<mindroid::RegistrantList> mIccPercChangeRegistrants = new mindroid::RegistrantList();
-    const mindroid::sp<mindroid::RegistrantList> mIccInfoChangedRegistrants = new mindroid::RegistrantList();
+    // Both: proxy.
+    IccPlugin mPlugin;
+    IccCommands mCommands;
+    IccEvents mEvents;
+    // This proxy, once the plugin has its address.
+    mindroid::sp<IccProxy> mKeptForPlugin;
 };
 
 }  // namespace hal

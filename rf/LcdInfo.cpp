@@ -1,7 +1,5 @@
 #include "rf/LcdInfo.h"
 
-#include "component/Utf8.h"
-
 #include <device/DevicePath.h>
 #include <mindroid/Log.h>
 
@@ -48,16 +46,14 @@ std::optional<std::string> readLcdInfo(const char* tag) {
     const auto [text, length] = readLcdFile(fd);
     close(fd);
     if (length < MIN_LENGTH) {
-        // It says SWTP on purpose.
+        // Deliberate: it says SWTP. Readers of the log look for this text.
         Log::e(tag, "Read SWTP failed! Unexpected Length");
         return std::nullopt;
     }
     std::array<char, TEXT_SIZE> version = {};
     const int matched = std::sscanf(text.data(), "Device version: %99s", version.data());
     Log::d(tag, "read lcd_info_tmp: %s, num: %d ", version.data(), matched);
-    std::string info = version.data();
-    if (dropCutSequence(info)) Log::e(tag, "LCD info ends inside a UTF-8 sequence, cut to %zu bytes", info.size());
-    return info;
+    return version.data();
 }
 
 }  // namespace hal

@@ -2,14 +2,17 @@
 
 #include "component/ComponentManager.h"
 #include "component/RequestBridge.h"
+#include "component/SubsysInterfaceData.h"
+#include "rf/IccProxy.h"
 #include "rf/VsComponent.h"
+#include "rf/VsRecords.h"
 
 #include <cutils/properties.h>
+#include <mindroid/Boxes.h>
 #include <mindroid/Log.h>
 #include <mindroid/SystemClock.h>
 
-#include <algorithm>
-#include <atomic>
+#include <cstddef>
 
 using mindroid::ByteArray;
 using mindroid::Handler;
@@ -31,10 +34,10 @@ constexpr int32_t RF_ICC_INFO_MAX_TRIES = 5;
 constexpr uint32_t ICC_BUS_SPEED_HZ = 4000000;
 constexpr int32_t NOT_SUPPORTED = 1;
 
-// One-time steps are taken once for the process, not for the component, on purpose.
-std::atomic<bool> sVsReady = false;
-std::atomic<bool> sRfIccInfoDone = false;
-std::atomic<int32_t> sRfIccInfoTries = 0;
+// Deliberate: one-time steps are taken once for the process, not for the component. The plugin relies on it. Looper.
+bool sVsReady = false;
+bool sRfIccInfoDone = false;
+int32_t sRfIccInfoTries = 0;
 
 }  // namespace
 
@@ -77,8 +80,8 @@ void RfSubsysComponent::handleMessage(const sp<Message>& message) {
     }
     Log::d(TAG, "handleMessage msg is %d", message->what);
     if (message->what == MSG_VS_COMPONENT_STATE) {
-        const auto state = mindroid::object_cast<Integer>(message->obj);
-        if (state && state->value() == 1) onVsComponentReady();
+        const auto* state = static_cast<const Integer*>(message->obj.get());
+        if (state != nullptr && state->value() == 1) onVsComponentReady();
     } else if (message->what == MSG_GET_RF_ICC_INFO) {
         getRfIccInfo();
     } else {
@@ -98,50 +101,49 @@ void RfSubsysComponent::onVsComponentReady() {
     }
     if (isIccSupported()) {
         sendEmptyMessageDelayed(MSG_GET_RF_ICC_INFO, RF_ICC_INFO_RETRY_MS);
-        vs->registerClatStateInd(this, onRecord(&RfSubsysComponent::onClatState), nullptr);
-        vs->registerTxSharingInd(this, onRecord(&RfSubsysComponent::onTxSharingState), nullptr);
-        vs->mScreenStateRegistrants->add(new Registrant(this, onRecord(&RfSubsysComponent::onScreenState), nullptr));
-        vs->registerIccEventInd(this, onRecord(&RfSubsysComponent::onIccEvent), nullptr);
+        vs->registerClatStateInd(this, onNotification(&RfSubsysComponent::onClatState), nullptr);
+        vs->registerTxSharingInd(this, onNotification(&RfSubsysComponent::onTxSharingState), nullptr);
+        vs->mScreenStateRegistrants->add(
+            new Registrant(this, onNotification(&RfSubsysComponent::onScreenState), nullptr));
+        vs->registerIccEventInd(this, onNotification(&RfSubsysComponent::onIccEvent), nullptr);
     }
     sVsReady = true;
 }
 
-template <typename Record>
-sp<MessageCallback> RfSubsysComponent::onRecord(void (RfSubsysComponent::*operation)(const Record&)) {
+sp<MessageCallback> RfSubsysComponent::onNotification(void (RfSubsysComponent::*operation)(const Object&)) {
     return new MessageCallback([self = sp<RfSubsysComponent>(this), operation](const sp<Message>& message) {
-        if (!message || !message->obj) return;
-        if (const auto record = mindroid::object_cast<Record>(message->obj)) {
-            (self.get()->*operation)(*record);
-        } else {
-            Log::e(TAG, "notification dropped: its object is of another class");
-        }
+        if (message && message->obj) (self.get()->*operation)(*message->obj);
     });
 }
 
-void RfSubsysComponent::onClatState(const VsClatState& state) {
+void RfSubsysComponent::onClatState(const Object& carrier) {
+    const auto& state = carriedRecord<VsClatState>(carrier);
     Log::d(TAG, "Set CLAT enable %d freq %d cc %d ant %d", state.enable, state.freq, state.cc, state.ant);
     if (mIccProxy) mIccProxy->setAclState(state.enable, state.freq, state.cc, state.ant);
 }
 
-void RfSubsysComponent::onTxSharingState(const VsTxSharingState& state) {
+void RfSubsysComponent::onTxSharingState(const Object& carrier) {
+    const auto& state = carriedRecord<VsTxSharingState>(carrier);
     Log::d(TAG, "Set Tx Sharing enable %d combo {%dA, %d, %d} ++ {%dA, %d, %d}", state.enable, state.band[0],
            state.param1[0], state.param2[0], state.band[1], state.param1[1], state.param2[1]);
     if (!mIccProxy) return;
-    mIccProxy->setTxSharingState(state.enable, {state.band.begin(), state.band.end()},
-                                 {state.param1.begin(), state.param1.end()},
-                                 {state.param2.begin(), state.param2.end()});
+    mIccProxy->setTxSharingState(state.enable, {state.band[0], state.band[1]}, {state.param1[0], state.param1[1]},
+                                 {state.param2[0], state.param2[1]});
 }
 
-void RfSubsysComponent::onScreenState(const Integer& state) {
-    Log::d(TAG, "screen state changed %d", state.value());
-    if (mIccProxy) mIccProxy->setScreenState(state.value() != 0);
+void RfSubsysComponent::onScreenState(const Object& carrier) {
+    const int32_t state = static_cast<const Integer&>(carrier).value();
+    Log::d(TAG, "screen state changed %d", state);
+    if (mIccProxy) mIccProxy->setScreenState(state != 0);
 }
 
-void RfSubsysComponent::onIccEvent(const VsIccEvent& event) {
+void RfSubsysComponent::onIccEvent(const Object& carrier) {
     if (!mIccProxy) return;
-    // The record comes from another library: its length may promise more than its data holds.
-    const size_t length = std::min<size_t>(event.length, event.data.size());
-    mIccProxy->sendIccEventInd(event.event, new ByteArray(event.data.data(), length));
+    // The capacity is the sender's secret: the bytes are found by their position, and the length says how many.
+    using AnyIccEvent = VsIccEvent<1>;
+    const auto& event = carriedRecord<AnyIccEvent>(carrier);
+    const auto* data = reinterpret_cast<const uint8_t*>(&event) + offsetof(AnyIccEvent, data);
+    mIccProxy->sendIccEventInd(event.event, new ByteArray(data, event.length));
 }
 
 // ---- The RF ICC information
@@ -158,7 +160,7 @@ void RfSubsysComponent::getRfIccInfo() {
     Log::d(TAG, "getRfIccInfo try %d", tries + 1);
     const auto vs = getComponent<VsComponent>(VsComponent::TYPE, mInstanceId);
     if (!vs) {
-        // No further try, on purpose: without a VsComponent the plugin stays uninitialised.
+        // Deliberate: no further try. Without a VsComponent the plugin stays uninitialised, and plugins know it so.
         Log::e(TAG, "getRfIccInfo get VsComponent(%d) failed", mInstanceId);
         return;
     }
@@ -168,16 +170,16 @@ void RfSubsysComponent::getRfIccInfo() {
 }
 
 void RfSubsysComponent::onRfIccInfo(const Message& reply) {
-    // At error level on purpose, although nothing failed.
+    // Deliberate: at error level, although nothing failed. Readers of the log look for it there.
     Log::e(TAG, "getRfIccInfo cb");
     if (sRfIccInfoDone) {
         Log::e(TAG, "getRfIccInfo already init, exit");
         return;
     }
-    if (const auto info = replyValue<VsRfIccInfo>(reply)) {
-        Log::d(TAG, "getRfIccInfo version %d blacklist 0x%04x brindle %d ", info->version, info->blacklist,
-               info->brindle);
-        iccApisInit(info->version, info->brindle);
+    if (const auto* carrier = replyValue<Object>(reply)) {
+        const auto& info = carriedRecord<VsRfIccInfo>(*carrier);
+        Log::d(TAG, "getRfIccInfo version %d blacklist 0x%04x brindle %d ", info.version, info.blacklist, info.brindle);
+        iccApisInit(info.version, info.brindle);
     } else {
         Log::e(TAG, "getRfIccInfo err %d", reply.arg2);
         iccApisInit(0, 0);

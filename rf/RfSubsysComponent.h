@@ -1,10 +1,7 @@
 #pragma once
 
 #include "component/SubsysComponent.h"
-#include "rf/IccProxy.h"
-#include "rf/VsRecords.h"
 
-#include <mindroid/Boxes.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
@@ -15,11 +12,13 @@
 
 namespace hal {
 
+class IccProxy;
+
 // Serves the RF requests. Decides once for the process whether there is an ICC module at all; if so it owns the ICC
 // proxy, initialises the ICC plugin with what the VsComponent tells, and turns the notifications of that component into
 // commands of the proxy.
 //
-// The register operations and the requests: any thread, from the end of init on. They only hand work to the proxy.
+// The register operations and the requests: any, from the end of init on. They only hand work to the proxy.
 class RfSubsysComponent : public SubsysComponent {
 public:
     static constexpr const char* TAG = "RfSubsysComponent";
@@ -38,8 +37,8 @@ public:
     // Wires the notifications and starts asking for the RF ICC information; once in a process. Looper.
     virtual void onVsComponentReady();
 
-    // Requests. Each answers its reply message; those that are virtual always with error 1, on purpose: they complete
-    // the interface.
+    // Requests. Each answers its reply message.
+    // Deliberate: those that are virtual answer error 1 at once. They complete the interface for its clients.
     virtual void getSwtpStatus(const mindroid::sp<mindroid::Message>& reply);
     virtual void setMipiFreqClk(int32_t id, uint64_t freqClk, const mindroid::sp<mindroid::Message>& reply);
     virtual void setOscFreqClk(int32_t id, int32_t freqClk, const mindroid::sp<mindroid::Message>& reply);
@@ -57,11 +56,11 @@ public:
                     const mindroid::sp<mindroid::Message>& reply);
 
     // See the IccProxy operations of the same names. Nothing happens where there is no ICC module.
-    IccProxy::Registration registerIccStateInd;
-    IccProxy::Registration registerIccClatInfoInd;
-    IccProxy::Registration registerIccDeviceErrInd;
-    IccProxy::Registration registerIccPercChangeInd;
-    IccProxy::Registration registerIccInfoChangedInd;
+    Registration registerIccStateInd;
+    Registration registerIccClatInfoInd;
+    Registration registerIccDeviceErrInd;
+    Registration registerIccPercChangeInd;
+    Registration registerIccInfoChangedInd;
 
     // What the property "persist.vendor.nuvex.icc.module.enable" said when it was first asked for. Any.
     [[nodiscard]] static bool isIccSupported();
@@ -72,13 +71,13 @@ private:
     void onRfIccInfo(const mindroid::Message& reply);
     void iccApisInit(uint8_t version, uint8_t brindle);
 
-    // A callback that runs the operation with the record that a notification carries.
-    template <typename Record>
-    mindroid::sp<mindroid::MessageCallback> onRecord(void (RfSubsysComponent::*operation)(const Record&));
-    void onClatState(const VsClatState& state);
-    void onTxSharingState(const VsTxSharingState& state);
-    void onScreenState(const mindroid::Integer& state);
-    void onIccEvent(const VsIccEvent& event);
+    // A callback that runs the operation with the carrier that a notification brings, see VsRecords.h.
+    mindroid::sp<mindroid::MessageCallback> onNotification(
+        void (RfSubsysComponent::*operation)(const mindroid::Object&));
+    void onClatState(const mindroid::Object& carrier);
+    void onTxSharingState(const mindroid::Object& carrier);
+    void onScreenState(const mindroid::Object& carrier);
+    void onIccEvent(const mindroid::Object& carrier);
 
     template <typename Operation, typename... Args>
     void request(const mindroid::sp<mindroid::Message>& reply, Operation operation, Args&&... args);

@@ -6,8 +6,8 @@
 #include "rf/IccPluginApi.h"
 #include "rf/LcdInfo.h"
 #include "rf/RfSubsysComponent.h"
-#include "service/SubsysServiceIndication.h"
-#include "service/SubsysServiceResponse.h"
+#include "service/channel/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceResponse.h"
 
 #include <mindroid/Boxes.h>
 #include <mindroid/Log.h>
@@ -17,7 +17,6 @@
 #include <utility>
 
 using ::hal::RfSubsysComponent;
-using ::hal::SubsysInterfaceData;
 using ::mindroid::Byte;
 using ::mindroid::ByteArray;
 using ::mindroid::Log;
@@ -50,7 +49,7 @@ void onIccState(SubsysServiceIndication& indication, const IccStateInfoType& rec
 
 void onIccPerception(SubsysServiceIndication& indication, const IccPercStateType& record) {
     const IccPerceptionInfo info = fromPerception(record);
-    Log::d(RfSubsysService::TAG, "sendiccPercChanged to sys %d", record.size);
+    Log::d(RfSubsysService::TAG, "sendiccPercChanged to sys %d", static_cast<int>(record.size));
     indication.notifyIccPercStateChangedInd(info);
 }
 
@@ -64,9 +63,8 @@ template <typename Record>
 sp<MessageCallback> listener(const char* name, void (*forward)(SubsysServiceIndication&, const Record&)) {
     return new MessageCallback([name, forward](const sp<Message>& message) {
         const auto indication = SubsysServiceIndication::getInstance();
-        const auto record = ::mindroid::object_cast<SubsysInterfaceData<Record>>(message->obj);
-        if (indication && record) {
-            forward(*indication, record->mData);
+        if (indication && message->obj) {
+            forward(*indication, ::hal::carriedRecord<Record>(*message->obj));
         } else {
             Log::e(RfSubsysService::TAG, "%s fail! null ind or null obj", name);
         }
@@ -77,8 +75,7 @@ sp<MessageCallback> listener(const char* name, void (*forward)(SubsysServiceIndi
 
 void answerIccState(int32_t serial, const Message& reply) {
     // A failed query has no record; its client gets an empty one.
-    const auto answer = ::mindroid::object_cast<SubsysInterfaceData<IccStateInfoType>>(reply.obj);
-    const IccStateInfoType record = answer ? answer->mData : IccStateInfoType{};
+    const IccStateInfoType record = reply.obj ? ::hal::carriedRecord<IccStateInfoType>(*reply.obj) : IccStateInfoType{};
     Log::d(RfSubsysService::TAG, "getIccState state = %d, bypass = %d, modeNum=%d!", static_cast<int>(record.iccState),
            record.bypass, record.modeNum);
     const IccStateInfo info = fromStateAnswer(record);
@@ -90,12 +87,12 @@ void answerIccState(int32_t serial, const Message& reply) {
 void answerIccCmd(int32_t serial, const Message& reply) {
     const SUBSYS_Errno error = ::hal::replyError(reply);
     Log::d(RfSubsysService::TAG, "sendIccCmd respCb errorNo: %d", static_cast<int>(error));
-    const auto bytes = ::hal::replyValue<ByteArray>(reply);
-    const uint8_t* data = bytes ? bytes->data() : nullptr;
-    const auto length = static_cast<uint32_t>(bytes ? bytes->size() : 0);
+    const auto* bytes = ::hal::replyValue<ByteArray>(reply);
+    const uint8_t* data = bytes != nullptr ? bytes->data() : nullptr;
+    const size_t length = bytes != nullptr ? bytes->size() : 0;
     if (const auto response = SubsysServiceResponse::getInstance()) {
-        // Always request id 0, on purpose: clients rely on the serial.
-        (void)response->sendIccCmdResponse(serial, error, 0, data, length);
+        // Deliberate: always request id 0. Clients rely on the serial.
+        (void)response->sendIccCmdResponse(serial, error, 0, data, static_cast<uint32_t>(length));
     }
 }
 
@@ -104,8 +101,8 @@ void fillMetaAnswer(IccMetaRespInfo& info, int32_t type, const Message& reply) {
     if (reply.arg2 != 0) return;
     info.type = static_cast<int8_t>(type);
     info.result = true;
-    const auto bytes = ::hal::replyValue<ByteArray>(reply);
-    if (!bytes) return;
+    const auto* bytes = ::hal::replyValue<ByteArray>(reply);
+    if (bytes == nullptr) return;
     if (bytes->size() == 0) Log::e(RfSubsysService::TAG, "sendIccMetaCmd respData is null");
     info.data = bytes->value();
 }
@@ -137,10 +134,7 @@ void RfSubsysService::postInit() {
 // ---- Events
 
 void RfSubsysService::setSubsysState(bool connected) {
-    if (!connected) return;
-    // One will do, for the latest client: a client that connects over and over must not fill the queue.
-    removeMessages(MSG_CONNECT);
-    sendEmptyMessageDelayed(MSG_CONNECT, CONNECT_DELAY_MS);
+    if (connected) sendEmptyMessageDelayed(MSG_CONNECT, CONNECT_DELAY_MS);
 }
 
 void RfSubsysService::handleMessage(const sp<Message>& message) {
@@ -213,9 +207,11 @@ ScopedAStatus RfSubsysService::setIccSatelliteAntState(int32_t serial, int32_t t
 ScopedAStatus RfSubsysService::getSwtpStatus(int32_t serial) {
     const auto component = findComponent("getSwtpStatus");
     if (!component) return ScopedAStatus::ok();
-    return ::hal::callComponentRspValue<Byte, uint8_t>(
-        static_cast<uint32_t>(serial), this, [&](const sp<Message>& reply) { component->getSwtpStatus(reply); },
-        std::bind_front(&SubsysServiceResponse::getSwtpStatusResponse, SubsysServiceResponse::getInstance()));
+    const auto call = [&](const sp<Message>& reply) { component->getSwtpStatus(reply); };
+    auto response =
+        std::bind_front(&SubsysServiceResponse::getSwtpStatusResponse, SubsysServiceResponse::getInstance());
+    return ::hal::callComponentRspValue<decltype(call), decltype(response), Byte, uint8_t>(
+        static_cast<uint32_t>(serial), this, call, std::move(response));
 }
 
 ScopedAStatus RfSubsysService::getNvramData(int32_t serial, int32_t id, int32_t size) {
@@ -232,7 +228,7 @@ ScopedAStatus RfSubsysService::getNvramData(int32_t serial, int32_t id, int32_t 
 ScopedAStatus RfSubsysService::getLcdInfo(int32_t serial, int32_t /*type*/) {
     const auto text = ::hal::readLcdInfo(TAG);
     if (const auto response = SubsysServiceResponse::getInstance()) {
-        // At error level on purpose, although nothing failed.
+        // Deliberate: at error level, although nothing failed. Readers of the log look for it there.
         Log::e(TAG, "lcd_buf getLcdInfoResponse");
         (void)response->getLcdInfoResponse(serial, text ? SUBSYS_Errno::SUCCESS : SUBSYS_Errno::GENERIC_FAILURE,
                                            text.value_or(""));
@@ -241,25 +237,25 @@ ScopedAStatus RfSubsysService::getLcdInfo(int32_t serial, int32_t /*type*/) {
 }
 
 ScopedAStatus RfSubsysService::getIccState(int32_t serial) {
-    const auto component = findComponent("getIccState");
-    if (!component) return ScopedAStatus::ok();
-    return ::hal::callComponent(
-        this, 0, [&](const sp<Message>& reply) { component->getIccState(reply); },
-        [serial](const Message& reply) { answerIccState(serial, reply); });
+    if (const auto component = findComponent("getIccState")) {
+        component->getIccState(
+            ::hal::obtainReplyMessage(this, [serial](const Message& reply) { answerIccState(serial, reply); }));
+    }
+    return ScopedAStatus::ok();
 }
 
 ScopedAStatus RfSubsysService::sendIccCmd(int32_t serial, const IccReqInfo& info) {
-    const auto component = findComponent("sendIccCmd");
-    if (!component) return ScopedAStatus::ok();
-    return ::hal::callComponent(
-        this, info.data.size(),
-        [&](const sp<Message>& reply) { component->sendIccCmd(info.reqId, info.data, info.timeout, reply); },
-        [serial](const Message& reply) { answerIccCmd(serial, reply); });
+    if (const auto component = findComponent("sendIccCmd")) {
+        component->sendIccCmd(
+            info.reqId, info.data, info.timeout,
+            ::hal::obtainReplyMessage(this, [serial](const Message& reply) { answerIccCmd(serial, reply); }));
+    }
+    return ScopedAStatus::ok();
 }
 
 ScopedAStatus RfSubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
                                               const std::shared_ptr<ISubsysIccMetaCallback>& callback) {
-    // At error level on purpose, although nothing failed.
+    // Deliberate: at error level, although nothing failed. Readers of the log look for it there.
     Log::e(TAG, "sendIccMetaCmd enter");
     const auto component = findComponent("sendIccMetaCmd");
     if (!component) return ScopedAStatus::ok();
@@ -268,12 +264,11 @@ ScopedAStatus RfSubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
     IccMetaRespInfo answer;
     answer.id = info.id;
     answer.token = info.token;
-    return ::hal::callComponent(
-        this, info.data.size(),
-        [&](const sp<Message>& reply) { component->sendIccCmd(info.reqId, info.data, META_CMD_TIMEOUT_MS, reply); },
-        [answer, type = info.type, callback](const Message& reply) {
-            answerIccMetaCmd(answer, type, callback, reply);
-        });
+    component->sendIccCmd(info.reqId, info.data, META_CMD_TIMEOUT_MS,
+                          ::hal::obtainReplyMessage(this, [answer, type = info.type, callback](const Message& reply) {
+                              answerIccMetaCmd(answer, type, callback, reply);
+                          }));
+    return ScopedAStatus::ok();
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

@@ -15,7 +15,7 @@ namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 // The RF half of ISubsys: hands each request to the RF component, the component's reply to the response channel and the
 // component's ICC events to the indication channel. Replies, events and the connection run on this handler's looper.
 //
-// Requests: any thread. The status is always success. Without an RF component a request is logged and never answered.
+// Requests: any. The status is always success. Without an RF component a request is logged and never answered.
 class RfSubsysService : public ::mindroid::Handler {
 public:
     static constexpr const char* TAG = "RfSubsysService";
@@ -24,7 +24,8 @@ public:
 
     void init();
     void postInit();
-    // A client came: connects to the RF component's events in 200 ms. One that left changes nothing. Any.
+    // A client came: connects to the RF component's events 200 ms later, once for each call. One that left changes
+    // nothing. Any.
     void setSubsysState(bool connected);
     // For the RF side, when the SWTP status changed. Any.
     void sendSwtpStatusChanged(uint8_t status);

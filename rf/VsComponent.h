@@ -3,10 +3,8 @@
 #include "component/SubsysComponent.h"
 #include "rf/VsRecords.h"
 
-#include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/RegistrantList.h>
-#include <mindroid/Runnable.h>
 
 namespace hal {
 
@@ -19,21 +17,14 @@ public:
 
     VsComponent() : SubsysComponent(TYPE) {}
 
-    // Each keeps the callback and from then on has it run on the handler's looper, with a message whose obj is the
-    // record named. A Registrant made of the three arguments does that. Any.
-    virtual void registerClatStateInd(const mindroid::sp<mindroid::Handler>& handler,
-                                      const mindroid::sp<mindroid::MessageCallback>& callback,
-                                      const mindroid::sp<mindroid::Object>& obj) = 0;  // VsClatState
-    virtual void registerTxSharingInd(const mindroid::sp<mindroid::Handler>& handler,
-                                      const mindroid::sp<mindroid::MessageCallback>& callback,
-                                      const mindroid::sp<mindroid::Object>& obj) = 0;  // VsTxSharingState
-    virtual void registerIccEventInd(const mindroid::sp<mindroid::Handler>& handler,
-                                     const mindroid::sp<mindroid::MessageCallback>& callback,
-                                     const mindroid::sp<mindroid::Object>& obj) = 0;  // VsIccEvent
+    // Each keeps the callback and reports every event to it from then on. See VsRecords.h for the records. Any.
+    virtual Registration registerClatStateInd = 0;  // VsClatState
+    virtual Registration registerTxSharingInd = 0;  // VsTxSharingState
+    virtual Registration registerIccEventInd = 0;   // VsIccEvent
 
-    // Answers, now or later and from any thread, by SubsysComponent::sendResponse on the message with a VsRfIccInfo, or
-    // with an error alone. The caller asks again every 50 ms, five times; the first answer counts. Looper of the RF
-    // component.
+    // Answers, now or later and from any thread, by SubsysComponent::sendResponse on the message with a carrier of
+    // VsRfIccInfo, or with an error alone. The caller asks again every 50 ms, five times; the first answer counts.
+    // Looper of the RF component.
     virtual void getRfIccInfo(const mindroid::sp<mindroid::Message>& message) = 0;
 
     // Notify with an Integer 1 when the component is ready. Listeners added later are not told again of an earlier

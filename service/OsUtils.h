@@ -16,7 +16,7 @@ public:
     [[nodiscard]] static bool killProcess(int32_t serial, int32_t pid, const std::string& name);
 
 private:
-    // Only the first name counts, on purpose.
+    // Deliberate: only the first name counts. Clients may kill no other process.
     static constexpr std::array<std::string_view, 1> mAllowedProcessList = {"vendor.dpmd"};
 };
 

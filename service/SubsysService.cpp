@@ -1,17 +1,22 @@
 #include "service/SubsysService.h"
 
+#include "component/RequestTrace.h"
 #include "ims/ImsOrtcService.h"
 #include "ims/ImsOrtcServiceIndication.h"
 #include "ims/ImsOrtcServiceResponse.h"
 #include "rf/RfSubsysService.h"
 #include "service/OsUtils.h"
-#include "service/SubsysServiceIndication.h"
-#include "service/SubsysServiceResponse.h"
+#include "service/ServiceState.h"
 #include "service/SubsysServiceStateTracker.h"
+#include "service/channel/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceResponse.h"
 
 #include <android/binder_manager.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
+#include <mindroid/SystemClock.h>
+
+#include <cstdio>
 
 using ::mindroid::Log;
 using ::mindroid::Message;
@@ -24,16 +29,23 @@ namespace {
 
 constexpr int32_t MSG_CLIENT_DEATH = 0;
 
-// A callback without a binder is one of this process, which can't die.
-bool isDead(const std::shared_ptr<ISubsysResponse>& response) {
-    const ::ndk::SpAIBinder binder = response->asBinder();
-    return binder.get() != nullptr && !AIBinder_isAlive(binder.get());
+bool isDead(const std::shared_ptr<::ndk::ICInterface>& callback) {
+    return callback != nullptr && !isAlive(callback);
 }
 
-// The handler's own status is dropped for a fresh success.
-template <typename Handler, typename Method, typename... Args>
-ScopedAStatus forward(const sp<Handler>& handler, Method method, const Args&... args) {
-    (void)((*handler).*method)(args...);
+int32_t requestId(int32_t serial) {
+    return serial;
+}
+int32_t requestId(const IccMetaReqInfo& info) {
+    return info.token;
+}
+
+// The handler's own status is dropped for a fresh success. The first argument tells the request from others.
+template <typename Handler, typename Method, typename Id, typename... Args>
+ScopedAStatus forward(const char* operation, const sp<Handler>& handler, Method method, const Id& id,
+                      const Args&... args) {
+    const ::hal::RequestScope scope(operation, requestId(id));
+    (void)((*handler).*method)(id, args...);
     return ScopedAStatus::ok();
 }
 
@@ -46,12 +58,10 @@ void SubsysService::SubsysServiceHandler::handleMessage(const sp<Message>& messa
 }
 
 void SubsysService::SubsysServiceHandler::onClientDeath(const sp<Message>& /*message*/) {
-    // Only what is stored now counts: a live client is the successor of the one that died.
-    const Client client = mService->getClient();
-    if (!client.response || isDead(client.response)) mService->forget(client);
+    if (mService != nullptr) mService->onClientDeath();
 }
 
-SubsysService::SubsysService() {
+SubsysService::SubsysService() : mStartTime(::mindroid::SystemClock::uptimeMillis()) {
     Log::d(TAG, "SubsysService create");
     mHandler = new SubsysServiceHandler(*this);
     mDeathMonitor = new ::subsys_utils::DeathMonitor();
@@ -67,9 +77,7 @@ SubsysService::SubsysService() {
 }
 
 SubsysService::~SubsysService() {
-    // No death may reach the handler any more: its way back here ends.
-    mDeathMonitor.clear();
-    mHandler->removeCallbacksAndMessages();
+    mHandler->detach();
 }
 
 void SubsysService::init() {
@@ -89,6 +97,10 @@ int32_t SubsysService::registerAsServer() {
     return -1;
 }
 
+binder_status_t SubsysService::dump(int fd, const char** /*args*/, uint32_t /*numArgs*/) {
+    return dprintf(fd, "%s", ::hal::describeState(mStartTime).c_str()) < 0 ? STATUS_UNKNOWN_ERROR : STATUS_OK;
+}
+
 void SubsysService::onHidlClientConnected() {
     mRfSubsysService->setSubsysState(true);
 }
@@ -98,7 +110,26 @@ void SubsysService::onHidlClientDisconnected() {
 }
 
 void SubsysService::serviceDied() {
-    forget(getClient());
+    cleanUp(mSubsysResponse->getCallback(), mSubsysIndication->getCallback());
+}
+
+void SubsysService::onClientDeath() {
+    // The indication first: setCallback stores it last, so it is no newer than the response.
+    const auto indication = mSubsysIndication->getCallback();
+    const auto response = mSubsysResponse->getCallback();
+    // A living client is the successor of the one that died, and stays.
+    isAlive(response) ? cleanUp(nullptr, nullptr) : cleanUp(response, indication);
+}
+
+void SubsysService::cleanUp(const std::shared_ptr<ISubsysResponse>& response,
+                            const std::shared_ptr<ISubsysIndication>& indication) {
+    Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
+    atrace_instant(::hal::TRACE_TAG, "RF client died");
+    Log::d(TAG, "SubsysService::clearCallbacks");
+    mSubsysResponse->clearCallback(response);
+    mSubsysIndication->clearCallback(indication);
+    mStateTracker->setHidlState(0);
+    mRfSubsysService->setSubsysState(false);
 }
 
 void SubsysService::clearCallbacks() {
@@ -107,45 +138,24 @@ void SubsysService::clearCallbacks() {
     mSubsysIndication->setCallback(nullptr);
 }
 
-SubsysService::Client SubsysService::getClient() const {
-    auto indication = mSubsysIndication->getCallback();
-    return {std::move(indication), mSubsysResponse->getCallback()};
-}
-
-void SubsysService::forget(const Client& client) {
-    if (!mSubsysResponse->clearCallback(client.response)) return;
-    Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
-    Log::d(TAG, "SubsysService::clearCallbacks");
-    mSubsysIndication->clearCallback(client.indication);
-    mStateTracker->setHidlState(0);
-    mRfSubsysService->setSubsysState(false);
-    // A successor that came since then may have been told to the tracker before the 0. One whose indication callback is
-    // still to be stored will be told after it.
-    if (mSubsysIndication->getCallback()) mStateTracker->setHidlState(1);
-}
-
 ScopedAStatus SubsysService::setCallback(const std::shared_ptr<ISubsysResponse>& response,
                                          const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::setCallbacks");
-    const auto before = mSubsysResponse->getCallback();
+    atrace_instant(::hal::TRACE_TAG, "RF client set");
+    const bool followsDead = isDead(mSubsysResponse->getCallback()) || isDead(mSubsysIndication->getCallback());
     mSubsysResponse->setCallback(response);
     if (response) mDeathMonitor->init(response);
     mSubsysIndication->setCallback(indication);
-    // Nobody hears of the death of the one before any more, and a client after a death is told the state.
-    if (before && isDead(before)) mStateTracker->setHidlState(0);
+    // The death of the client before may not have been heard. Its successor is told the state all the same.
+    if (followsDead) mStateTracker->setHidlState(0);
     mStateTracker->setHidlState(1);
     mRfSubsysService->setSubsysState(true);
-    // One that died meanwhile may have been forgotten before all of it was stored: its death is looked at once more.
-    if (response && isDead(response)) mHandler->sendEmptyMessage(MSG_CLIENT_DEATH);
-    // Another client came meanwhile, and the two may have begun their watches in the other order.
-    const auto now = mSubsysResponse->getCallback();
-    if (now && now != response) mDeathMonitor->init(now);
     return ScopedAStatus::ok();
 }
 
 ScopedAStatus SubsysService::setImsOrtcCallback(const std::shared_ptr<IImsOrtcResponse>& response,
                                                 const std::shared_ptr<IImsOrtcIndication>& indication) {
-    // Neither the death monitor nor the state tracker hears of it, on purpose: these channels watch their own clients.
+    // Deliberate: neither the death monitor nor the state tracker hears of it. These channels watch their own clients.
     Log::d(TAG, "SubsysService::setImsOrtcCallback");
     mImsOrtcResponse->setCallback(response);
     mImsOrtcIndication->setCallback(indication);
@@ -160,70 +170,74 @@ ScopedAStatus SubsysService::killProcess(int32_t serial, int32_t pid, const std:
 }
 
 ScopedAStatus SubsysService::getSwtpStatus(int32_t serial) {
-    return forward(mRfSubsysService, &RfSubsysService::getSwtpStatus, serial);
+    return forward("getSwtpStatus", mRfSubsysService, &RfSubsysService::getSwtpStatus, serial);
 }
 
 ScopedAStatus SubsysService::getLcdInfo(int32_t serial, int32_t type) {
-    return forward(mRfSubsysService, &RfSubsysService::getLcdInfo, serial, type);
+    return forward("getLcdInfo", mRfSubsysService, &RfSubsysService::getLcdInfo, serial, type);
 }
 
 ScopedAStatus SubsysService::setMipiFreqClk(int32_t serial, int32_t id, int64_t freqClk) {
-    return forward(mRfSubsysService, &RfSubsysService::setMipiFreqClk, serial, id, freqClk);
+    return forward("setMipiFreqClk", mRfSubsysService, &RfSubsysService::setMipiFreqClk, serial, id, freqClk);
 }
 
 ScopedAStatus SubsysService::setOscFreqClk(int32_t serial, int32_t id, int32_t freqClk) {
-    return forward(mRfSubsysService, &RfSubsysService::setOscFreqClk, serial, id, freqClk);
+    return forward("setOscFreqClk", mRfSubsysService, &RfSubsysService::setOscFreqClk, serial, id, freqClk);
 }
 
 ScopedAStatus SubsysService::getNvramData(int32_t serial, int32_t id, int32_t size) {
-    return forward(mRfSubsysService, &RfSubsysService::getNvramData, serial, id, size);
+    return forward("getNvramData", mRfSubsysService, &RfSubsysService::getNvramData, serial, id, size);
 }
 
 ScopedAStatus SubsysService::setIccTuningState(int32_t serial, int32_t technology, int32_t band, int32_t antenna,
                                                int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccTuningState, serial, technology, band, antenna, state);
+    return forward("setIccTuningState", mRfSubsysService, &RfSubsysService::setIccTuningState, serial, technology, band,
+                   antenna, state);
 }
 
 ScopedAStatus SubsysService::setIccWifiAntState(int32_t serial, int32_t antenna, int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccWifiAntState, serial, antenna, state);
+    return forward("setIccWifiAntState", mRfSubsysService, &RfSubsysService::setIccWifiAntState, serial, antenna,
+                   state);
 }
 
 ScopedAStatus SubsysService::setIccSatelliteAntState(int32_t serial, int32_t technology, int32_t antenna,
                                                      int32_t state) {
-    return forward(mRfSubsysService, &RfSubsysService::setIccSatelliteAntState, serial, technology, antenna, state);
+    return forward("setIccSatelliteAntState", mRfSubsysService, &RfSubsysService::setIccSatelliteAntState, serial,
+                   technology, antenna, state);
 }
 
 ScopedAStatus SubsysService::getIccState(int32_t serial) {
-    return forward(mRfSubsysService, &RfSubsysService::getIccState, serial);
+    return forward("getIccState", mRfSubsysService, &RfSubsysService::getIccState, serial);
 }
 
 ScopedAStatus SubsysService::sendIccCmd(int32_t serial, const IccReqInfo& info) {
-    return forward(mRfSubsysService, &RfSubsysService::sendIccCmd, serial, info);
+    return forward("sendIccCmd", mRfSubsysService, &RfSubsysService::sendIccCmd, serial, info);
 }
 
 ScopedAStatus SubsysService::sendIccMetaCmd(const IccMetaReqInfo& info,
                                             const std::shared_ptr<ISubsysIccMetaCallback>& callback) {
-    return forward(mRfSubsysService, &RfSubsysService::sendIccMetaCmd, info, callback);
+    return forward("sendIccMetaCmd", mRfSubsysService, &RfSubsysService::sendIccMetaCmd, info, callback);
 }
 
 ScopedAStatus SubsysService::setCallInfo(int32_t serial, const CallInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setCallInfo, serial, info);
+    return forward("setCallInfo", mImsOrtcService, &ImsOrtcService::setCallInfo, serial, info);
 }
 
 ScopedAStatus SubsysService::setOrtcRoomInfo(int32_t serial, const OrtcRoomInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setOrtcRoomInfo, serial, info);
+    return forward("setOrtcRoomInfo", mImsOrtcService, &ImsOrtcService::setOrtcRoomInfo, serial, info);
 }
 
 ScopedAStatus SubsysService::sendImsRtpData(int32_t serial, const ImsRtpDataInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::sendImsRtpData, serial, info);
+    return forward("sendImsRtpData", mImsOrtcService, &ImsOrtcService::sendImsRtpData, serial, info);
 }
 
 ScopedAStatus SubsysService::setImsRtpRemotePubIpAddr(int32_t serial, const ImsRtpPubIpAddrInfo& info) {
-    return forward(mImsOrtcService, &ImsOrtcService::setImsRtpRemotePubIpAddr, serial, info);
+    return forward("setImsRtpRemotePubIpAddr", mImsOrtcService, &ImsOrtcService::setImsRtpRemotePubIpAddr, serial,
+                   info);
 }
 
 ScopedAStatus SubsysService::sendImsRtpRedunSignalMsg(int32_t serial, const ImsRtpRedunSignalMsg& msg) {
-    return forward(mImsOrtcService, &ImsOrtcService::sendImsRtpRedunSignalMsg, serial, msg);
+    return forward("sendImsRtpRedunSignalMsg", mImsOrtcService, &ImsOrtcService::sendImsRtpRedunSignalMsg, serial, msg);
 }
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

@@ -26,7 +26,7 @@ class SubsysServiceStateTracker;
 //        |                        ^
 //        +--sp--> DeathMonitor ---+ (message 0: the client died)
 //
-// Every request succeeds as a call, whatever becomes of it: on purpose. The outcome comes to the client's callback.
+// Deliberate: every request succeeds as a call, whatever becomes of it. Clients learn the outcome by their callback.
 class SubsysService : public BnSubsys {
 public:
     static constexpr const char* TAG = "SubsysService";
@@ -40,6 +40,10 @@ public:
     void postInit();
     // 0, or -1 when the name could not be registered.
     [[nodiscard]] int32_t registerAsServer();
+
+    // Writes what the library knows of itself to the file, in lines of "key: value". Takes no client's place and waits
+    // for no thread. A host may override it and add what it knows. Any.
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
     // A client came or went by another way than setCallback. Any.
     void onHidlClientConnected();
@@ -75,24 +79,22 @@ public:
     ndk::ScopedAStatus sendImsRtpRedunSignalMsg(int32_t serial, const ImsRtpRedunSignalMsg& msg) override;
 
 private:
-    struct Client {
-        std::shared_ptr<ISubsysIndication> indication;
-        std::shared_ptr<ISubsysResponse> response;
-    };
-    // Reads the indication first: setCallback stores it last, so it is no newer than the response.
-    [[nodiscard]] Client getClient() const;
-    // Does nothing once a successor is stored.
-    void forget(const Client& client);
-
     class SubsysServiceHandler : public ::mindroid::Handler {
     public:
         explicit SubsysServiceHandler(SubsysService& service);
         void handleMessage(const ::mindroid::sp<::mindroid::Message>& message) override;
         virtual void onClientDeath(const ::mindroid::sp<::mindroid::Message>& message);
+        // The service ends: a death that is still told reaches nobody. Looper.
+        void detach() { mService = nullptr; }
 
     private:
-        SubsysService* const mService;
+        SubsysService* mService;
     };
+
+    void onClientDeath();
+    // Forgets these callbacks where they are still the ones that are stored, and reports the client as gone.
+    void cleanUp(const std::shared_ptr<ISubsysResponse>& response,
+                 const std::shared_ptr<ISubsysIndication>& indication);
 
     ::mindroid::sp<::subsys_utils::DeathMonitor> mDeathMonitor;
     ::mindroid::sp<SubsysServiceHandler> mHandler;
@@ -103,6 +105,8 @@ private:
     ::mindroid::sp<SubsysServiceStateTracker> mStateTracker;
     ::mindroid::sp<ImsOrtcServiceResponse> mImsOrtcResponse;
     ::mindroid::sp<ImsOrtcServiceIndication> mImsOrtcIndication;
+    // In milliseconds of SystemClock.
+    const uint64_t mStartTime;
 };
 
 }  // namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys

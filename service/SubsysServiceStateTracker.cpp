@@ -1,6 +1,6 @@
 #include "service/SubsysServiceStateTracker.h"
 
-#include "service/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceIndication.h"
 
 #include <mindroid/Boxes.h>
 #include <mindroid/Log.h>
@@ -46,10 +46,11 @@ void SubsysServiceStateTracker::post(int32_t what, const sp<Object>& state) {
 }
 
 void SubsysServiceStateTracker::handleMessage(const sp<Message>& message) {
+    if (!message->obj) return;
     if (message->what == MSG_HIDL_STATE_CHANGED) {
-        if (const auto state = ::mindroid::object_cast<Integer>(message->obj)) onHidlStateChanged(state->value());
+        onHidlStateChanged(static_cast<const Integer*>(message->obj.get())->value());
     } else if (message->what == MSG_SUBSYS_STATE_CHANGED) {
-        if (const auto state = ::mindroid::object_cast<Boolean>(message->obj)) onSubsysStateChanged(state->value());
+        onSubsysStateChanged(static_cast<const Boolean*>(message->obj.get())->value());
     }
 }
 

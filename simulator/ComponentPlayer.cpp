@@ -6,9 +6,14 @@
 
 #include <mindroid/Log.h>
 #include <mindroid/Runnable.h>
+#include <mindroid/SystemClock.h>
 
+using mindroid::Handler;
 using mindroid::Message;
+using mindroid::MessageCallback;
 using mindroid::Object;
+using mindroid::Registrant;
+using mindroid::RegistrantList;
 using mindroid::Runnable;
 using mindroid::sp;
 
@@ -40,8 +45,8 @@ void ComponentPlayer::play(const Reaction& reaction) {
 }
 
 void ComponentPlayer::post(int64_t delayMillis, ScenarioPlayer::Task task) {
-    const sp<Runnable> runnable = new Runnable(std::move(task));
-    mOwner.postDelayed(runnable, delayMillis);
+    const uint64_t due = mindroid::SystemClock::uptimeMillis() + static_cast<uint64_t>(delayMillis);
+    mOwner.sendMessageAtTime(mOwner.obtainMessage(new Runnable(std::move(task))), due);
 }
 
 void ComponentPlayer::serve(size_t request, const sp<Message>& reply, Effect effect, Result result) {
@@ -55,6 +60,12 @@ void ComponentPlayer::serve(size_t request, const sp<Message>& reply, Effect eff
         if (reaction.delayMillis() == 0) return finish();
         post(reaction.delayMillis(), finish);
     });
+}
+
+void ComponentPlayer::listen(const sp<RegistrantList>& listeners, const sp<Handler>& handler,
+                             const sp<MessageCallback>& callback, const sp<Object>& obj) {
+    listeners->remove(handler);
+    listeners->add(new Registrant(handler, callback, obj));
 }
 
 void ComponentPlayer::answer(const sp<Message>& reply, const ScenarioAnswer& answer, const Result& result) {

@@ -5,6 +5,7 @@
 
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
+#include <mindroid/RegistrantList.h>
 
 #include "simulator/ScenarioPlayer.h"
 
@@ -29,8 +30,13 @@ public:
     void play(const Reaction& reaction);
     // Has the request answered on the looper. Any.
     void serve(size_t request, const mindroid::sp<mindroid::Message>& reply, Effect effect, Result result = nullptr);
-    // Runs the task on the looper. Any.
+    // Runs the task on the looper after a delay of 0 or more. Any.
     void post(int64_t delayMillis, ScenarioPlayer::Task task);
+    // Puts the listener in the place of what its handler had in the list. Any.
+    static void listen(const mindroid::sp<mindroid::RegistrantList>& listeners,
+                       const mindroid::sp<mindroid::Handler>& handler,
+                       const mindroid::sp<mindroid::MessageCallback>& callback,
+                       const mindroid::sp<mindroid::Object>& obj);
 
 private:
     static void answer(const mindroid::sp<mindroid::Message>& reply, const ScenarioAnswer& answer,

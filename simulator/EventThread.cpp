@@ -1,5 +1,7 @@
 #include "simulator/EventThread.h"
 
+#include <pthread.h>
+
 #include <thread>
 #include <utility>
 
@@ -16,6 +18,7 @@ void EventThread::post(int64_t delayMillis, Task task) {
 }
 
 void EventThread::run() {
+    pthread_setname_np(pthread_self(), "icc events");
     for (;;) waitForNext()();
 }
 

@@ -9,8 +9,8 @@
 
 namespace simulator {
 
-// A thread that runs tasks in the order of their due time, first posted first run where equal. It runs until the
-// process ends, so its owner must never be destroyed.
+// A thread, named "icc events", that runs tasks in the order of their due time, first posted first run where equal. It
+// runs until the process ends, so its owner must never be destroyed.
 class EventThread {
 public:
     using Task = std::function<void()>;

@@ -294,7 +294,7 @@ void IccDevice::apply(const Effect& effect) {
 
 IccStateInfoType IccDevice::stateLocked() const {
     IccStateInfoType state{};
-    state.iccState = mIsScreenOn ? STATE_ACTIVE : STATE_IDLE;
+    state.iccState = static_cast<IccStateType>(mIsScreenOn ? STATE_ACTIVE : STATE_IDLE);
     state.modeNum = MODE_COUNT;
     for (size_t i = 0; i < mModes.size(); ++i) {
         state.modes[2 * i] = static_cast<uint8_t>(i + 1);

@@ -23,10 +23,12 @@ spi_cmd_err_code_e iccSetSatelliteAntState(int technology, int antenna, int stat
     return IccDevice::get().setSatelliteAntState(technology, antenna, state);
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the signature is the plugin interface's
 spi_cmd_err_code_e iccSetTxSharingState(uint8_t enable, std::vector<uint16_t> band, std::vector<uint16_t> param1,
                                         std::vector<uint8_t> param2) {
     return IccDevice::get().setTxSharingState(enable, band, param1, param2);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 spi_cmd_err_code_e iccSetAclState(uint8_t enable, uint16_t freq, uint8_t cc, uint8_t ant) {
     return IccDevice::get().setAclState(enable, freq, cc, ant);

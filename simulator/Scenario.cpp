@@ -19,7 +19,7 @@ namespace {
 constexpr const char* TAG = "Simulator";
 constexpr const char* UNKNOWN_SUBJECT = "unknown subject";
 constexpr std::array<std::string_view, 3> SUBJECTS = {"icc", "vs", "ims"};
-constexpr int64_t MAX_MILLIS = 24 * 60 * 60 * 1000;
+constexpr int64_t MAX_MILLIS = 86'400'000;
 constexpr int64_t MAX_COUNT = 100'000;
 constexpr int64_t MAX_RECORD = 4096;
 constexpr uintmax_t MAX_FILE = 16 << 20;
@@ -46,9 +46,10 @@ bool toNumber(std::string_view text, int64_t min, int64_t max, int64_t& value) {
     return result.ec == std::errc() && result.ptr == end && value >= min && value <= max;
 }
 
-// A number of so many bytes, with or without sign, little-endian.
+// A number of 1, 2, 4 or 8 bytes, with or without sign, little-endian.
 bool appendNumber(std::string_view text, size_t size, std::vector<uint8_t>& bytes) {
     const int bits = static_cast<int>(size) * 8;
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): no field has 0 bytes
     const int64_t min = bits == 64 ? INT64_MIN : -(int64_t{1} << (bits - 1));
     const int64_t max = bits == 64 ? INT64_MAX : (int64_t{1} << bits) - 1;
     int64_t value = 0;

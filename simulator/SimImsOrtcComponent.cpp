@@ -17,7 +17,6 @@ using hal::OrtcConnectInfoType;
 using hal::OrtcRoomInfoType;
 using hal::OrtcStatusType;
 using mindroid::Object;
-using mindroid::Registrant;
 using mindroid::RegistrantList;
 using mindroid::sp;
 
@@ -154,7 +153,7 @@ void SimImsOrtcComponent::sendImsRtpRedunSignalMsg(const ImsRtpRedunSignalMsgTyp
 }
 
 void SimImsOrtcComponent::listen(Event event, Target handler, Callback callback, Extra obj) {
-    mListeners[event]->replace(new Registrant(handler, callback, obj));
+    ComponentPlayer::listen(mListeners[event], handler, callback, obj);
 }
 
 void SimImsOrtcComponent::deliver(const ScenarioEvent& event) {

@@ -1,10 +1,7 @@
 #include "simulator/SimVsComponent.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <iterator>
-#include <vector>
 
 #include "component/ComponentManager.h"
 
@@ -22,39 +19,17 @@ namespace {
 
 constexpr int64_t READY_AFTER_MILLIS = 100;
 
-// The records of rf/VsRecords.h as a scenario line fills them.
-struct ClatFields {
-    uint8_t enable;
-    uint16_t freq;
-    uint8_t cc;
-    uint8_t ant;
-};
-struct TxSharingFields {
-    uint8_t enable;
-    uint16_t band[2];
-    uint16_t param1[2];
-    uint8_t param2[2];
-};
 struct ScreenFields {
     int32_t on;
 };
-struct IccEventFields {
-    uint32_t event;
-    uint16_t length;
-    uint8_t data[256];
-};
-struct RfIccInfoFields {
-    uint8_t version = 1;
-    uint16_t blacklist = 0;
-    uint8_t brindle = 0;
-};
+using IccEvent = hal::VsIccEvent<256>;
 
 enum Request : size_t { START, GET_RF_ICC_INFO };
 
 constexpr Field RF_ICC_INFO_FIELDS[] = {
-    SIMULATOR_FIELD(RfIccInfoFields, version),
-    SIMULATOR_FIELD(RfIccInfoFields, blacklist),
-    SIMULATOR_FIELD(RfIccInfoFields, brindle),
+    SIMULATOR_FIELD(hal::VsRfIccInfo, version),
+    SIMULATOR_FIELD(hal::VsRfIccInfo, blacklist),
+    SIMULATOR_FIELD(hal::VsRfIccInfo, brindle),
 };
 constexpr RequestKind REQUESTS[] = {
     {"start", DELAY | SILENT | TWICE, 0},
@@ -64,58 +39,59 @@ constexpr RequestKind REQUESTS[] = {
 enum Event : size_t { CLAT, TX_SHARING, SCREEN, ICC_EVENT };
 
 constexpr Field CLAT_FIELDS[] = {
-    SIMULATOR_FIELD(ClatFields, enable),
-    SIMULATOR_FIELD(ClatFields, freq),
-    SIMULATOR_FIELD(ClatFields, cc),
-    SIMULATOR_FIELD(ClatFields, ant),
+    SIMULATOR_FIELD(hal::VsClatState, enable),
+    SIMULATOR_FIELD(hal::VsClatState, freq),
+    SIMULATOR_FIELD(hal::VsClatState, cc),
+    SIMULATOR_FIELD(hal::VsClatState, ant),
 };
 constexpr Field TX_SHARING_FIELDS[] = {
-    SIMULATOR_FIELD(TxSharingFields, enable),
-    SIMULATOR_FIELD(TxSharingFields, band),
-    SIMULATOR_FIELD(TxSharingFields, param1),
-    SIMULATOR_FIELD(TxSharingFields, param2),
+    SIMULATOR_FIELD(hal::VsTxSharingState, enable),
+    SIMULATOR_FIELD(hal::VsTxSharingState, band),
+    SIMULATOR_FIELD(hal::VsTxSharingState, param1),
+    SIMULATOR_FIELD(hal::VsTxSharingState, param2),
 };
 constexpr Field SCREEN_FIELDS[] = {
     SIMULATOR_FIELD(ScreenFields, on),
 };
 constexpr Field ICC_EVENT_FIELDS[] = {
-    SIMULATOR_FIELD(IccEventFields, event),
-    SIMULATOR_FIELD(IccEventFields, length),
-    SIMULATOR_HEX_FIELD(IccEventFields, data),
+    SIMULATOR_FIELD(IccEvent, event),
+    SIMULATOR_FIELD(IccEvent, length),
+    SIMULATOR_HEX_FIELD(IccEvent, data),
 };
 constexpr EventKind EVENTS[] = {
-    {"clat", sizeof(ClatFields), CLAT_FIELDS},
-    {"txSharing", sizeof(TxSharingFields), TX_SHARING_FIELDS},
+    {"clat", sizeof(hal::VsClatState), CLAT_FIELDS},
+    {"txSharing", sizeof(hal::VsTxSharingState), TX_SHARING_FIELDS},
     {"screen", sizeof(ScreenFields), SCREEN_FIELDS},
-    {"iccEvent", sizeof(IccEventFields), ICC_EVENT_FIELDS},
+    {"iccEvent", sizeof(IccEvent), ICC_EVENT_FIELDS},
 };
 constexpr Vocabulary VOCABULARY = {"vs", REQUESTS, EVENTS, false};
 
-template <typename T>
-T recordOf(const ScenarioEvent& event) {
-    return withFields(T{}, event.fields);
+template <typename Record>
+sp<Object> carrierOf(const Record& record) {
+    return new hal::SubsysInterfaceData<Record>(record);
 }
 
-sp<Object> makeRecord(const ScenarioEvent& event) {
+sp<Object> iccEventCarrier(IccEvent event) {
+    event.length = std::min<uint16_t>(event.length, sizeof(event.data));
+    return carrierOf(event);
+}
+
+sp<Object> makeCarrier(const ScenarioEvent& event) {
     if (event.null) return nullptr;
-    if (event.kind == CLAT) {
-        const auto clat = recordOf<ClatFields>(event);
-        return new hal::VsClatState(clat.enable, clat.freq, clat.cc, clat.ant);
+    switch (event.kind) {
+        case CLAT:
+            return carrierOf(withFields(hal::VsClatState{}, event.fields));
+        case TX_SHARING:
+            return carrierOf(withFields(hal::VsTxSharingState{}, event.fields));
+        case SCREEN:
+            return new Integer(withFields(ScreenFields{}, event.fields).on);
+        default:
+            return iccEventCarrier(withFields(IccEvent{}, event.fields));
     }
-    if (event.kind == TX_SHARING) {
-        const auto tx = recordOf<TxSharingFields>(event);
-        return new hal::VsTxSharingState(tx.enable, std::to_array(tx.band), std::to_array(tx.param1),
-                                         std::to_array(tx.param2));
-    }
-    if (event.kind == SCREEN) return new Integer(recordOf<ScreenFields>(event).on);
-    const auto icc = recordOf<IccEventFields>(event);
-    const size_t length = std::min<size_t>(icc.length, std::size(icc.data));
-    return new hal::VsIccEvent(icc.event, std::vector<uint8_t>(icc.data, icc.data + length));
 }
 
 sp<Object> makeRfIccInfo(const ScenarioAnswer& answer) {
-    const auto info = withFields(RfIccInfoFields{}, answer.fields);
-    return new hal::VsRfIccInfo(info.version, info.blacklist, info.brindle);
+    return carrierOf(withFields(hal::VsRfIccInfo{1, 0, 0}, answer.fields));
 }
 
 // Whoever loads this library adds the component by that, on a thread that has a looper.
@@ -152,7 +128,7 @@ void SimVsComponent::getRfIccInfo(const sp<Message>& message) {
 void SimVsComponent::deliver(const ScenarioEvent& event) {
     const sp<RegistrantList> lists[] = {mClatRegistrants, mTxSharingRegistrants, mScreenStateRegistrants,
                                         mIccEventRegistrants};
-    lists[event.kind]->notify(makeRecord(event));
+    lists[event.kind]->notify(makeCarrier(event));
 }
 
 }  // namespace simulator

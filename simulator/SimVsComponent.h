@@ -20,13 +20,13 @@ public:
     void init(int32_t instanceId) override;
 
     void registerClatStateInd(Target handler, Callback callback, Extra obj) override {
-        mClatRegistrants->replace(new mindroid::Registrant(handler, callback, obj));
+        ComponentPlayer::listen(mClatRegistrants, handler, callback, obj);
     }
     void registerTxSharingInd(Target handler, Callback callback, Extra obj) override {
-        mTxSharingRegistrants->replace(new mindroid::Registrant(handler, callback, obj));
+        ComponentPlayer::listen(mTxSharingRegistrants, handler, callback, obj);
     }
     void registerIccEventInd(Target handler, Callback callback, Extra obj) override {
-        mIccEventRegistrants->replace(new mindroid::Registrant(handler, callback, obj));
+        ComponentPlayer::listen(mIccEventRegistrants, handler, callback, obj);
     }
     void getRfIccInfo(const mindroid::sp<mindroid::Message>& message) override;
 

@@ -7,13 +7,16 @@
 #include <memory>
 #include <utility>
 
+#include "tools/NewProject.h"
 #include "tools/Requests.h"
+#include "tools/TraceVerbs.h"
 
 namespace subsysctl {
 
 namespace {
 
 constexpr char kClient[] = "The client itself";
+constexpr char kInside[] = "What happens inside; needs no service";
 constexpr double kMaxSeconds = 1e6;
 
 constexpr char kDescription[] =
@@ -23,7 +26,7 @@ constexpr char kDescription[] =
 
 constexpr char kFooter[] =
     "An integer that is not given is 0, a text or a byte vector empty; integers are decimal or 0x hexadecimal, byte\n"
-    "vectors pairs of hexadecimal digits.\n"
+    "vectors pairs of hexadecimal digits. Without --data-len that is the number of bytes of --data.\n"
     "The service has one RF client and two IMS ORTC clients. A call with an RF verb becomes the RF client in place of\n"
     "another one, whose watch then stays silent; a third IMS client is ignored. Both IMS clients get every IMS "
     "answer:\n"
@@ -57,7 +60,7 @@ void addStatus(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb = app.add_subcommand("status", "Is it served? Version, hash, pid, round-trip time\n  status");
     verb->group(kClient)->immediate_callback();
     verb->callback([&steps] {
-        steps.push_back({false, false, {}, [](Session& session) { return session.status(); }});
+        steps.push_back({false, false, {}, [](Session& session) { return session.status(); }, {}});
     });
 }
 
@@ -94,7 +97,8 @@ void addWatch(CLI::App& app, std::vector<Step>& steps) {
     verb->callback([&steps, verb, arguments] {
         const WatchOptions options = watchOptions(*verb, *arguments);
         *arguments = {};
-        steps.push_back({options.rf, options.ims, {}, [options](Session& session) { return session.watch(options); }});
+        steps.push_back(
+            {options.rf, options.ims, {}, [options](Session& session) { return session.watch(options); }, {}});
     });
 }
 
@@ -103,16 +107,64 @@ void addRegistrations(CLI::App& app, std::vector<Step>& steps) {
     const auto add = [&](const char* name, const char* help, bool rf) {
         CLI::App* verb = app.add_subcommand(name, std::string(help) + "\n  " + name);
         verb->group(kClient)->immediate_callback();
-        verb->callback([&steps, rf] { steps.push_back({rf, !rf, {}, [](Session&) { return static_cast<int>(OK); }}); });
+        verb->callback([&steps, rf] {
+            steps.push_back({rf, !rf, {}, [](Session&) { return static_cast<int>(OK); }, {}});
+        });
     };
     add("set-callback", "Become the RF client until the end of this call", true);
     add("set-ims-ortc-callback", "Become an IMS ORTC client until the end of this call", false);
 }
 
+void addTrace(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand(
+        "trace",
+        "Write what the daemon and traced clients (SUBSYS_TRACE=1) did, as trace-event JSON\n  trace --for 2 "
+        "--output trace.json");
+    const auto options = std::make_shared<TraceOptions>();
+    verb->group(kInside)->immediate_callback();
+    verb->add_option("--for", options->seconds, "Only what happens in so long from now (default: all that is recorded)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, kMaxSeconds))
+        ->check(refuseNan);
+    verb->add_flag("--last", options->last, "Of the last run of each program, before the present one");
+    verb->add_option("--output", options->output, "Into this file")->type_name("FILE");
+    verb->callback([&steps, options] {
+        const auto look = [given = std::exchange(*options, {})] { return trace(given, std::cout, std::cerr); };
+        steps.push_back({false, false, {}, {}, look});
+    });
+}
+
+void addRequests(CLI::App& app, CommandLine& commandLine) {
+    CLI::App* verb = app.add_subcommand("requests", "List the requests that wait, oldest first\n  requests --all");
+    const auto all = std::make_shared<bool>(false);
+    verb->group(kInside)->immediate_callback();
+    verb->add_flag("--all", *all, "Those that were answered lately, too");
+    verb->callback([&commandLine, all] {
+        const auto look = [&commandLine, given = std::exchange(*all, false)] {
+            return requests({given, commandLine.json}, std::cout, std::cerr);
+        };
+        commandLine.steps.push_back({false, false, {}, {}, look});
+    });
+}
+
+void addNew(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand("new", "Write a project to start from into the folder NAME\n  new plugin mine");
+    const auto project = std::make_shared<std::pair<std::string, std::string>>();
+    verb->group("For authors")->immediate_callback();
+    verb->add_option("KIND", project->first, "plugin, component or client")
+        ->required()
+        ->check(CLI::IsMember({"plugin", "component", "client"}));
+    verb->add_option("NAME", project->second, "Of the project")->required()->check(refuseProjectName);
+    verb->callback([&steps, project] {
+        const auto look = [given = *project] { return static_cast<int>(newProject(given.first, given.second)); };
+        steps.push_back({false, false, {}, {}, look});
+    });
+}
+
 Step requestStep(Request request) {
     const bool rf = request.needs == Needs::RF;
     const bool ims = request.needs == Needs::IMS;
-    return {rf, ims, std::move(request), {}};
+    return {rf, ims, std::move(request), {}, {}};
 }
 
 void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& request) {
@@ -122,7 +174,7 @@ void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& requ
         const auto store = [option](const std::string& text) {
             if (!option.store(text)) throw CLI::ValidationError(option.name, "not a value: " + text);
         };
-        verb->add_option_function<std::string>(option.name, store)
+        verb->add_option_function<std::string>(option.name, store, option.help)
             ->type_name(option.type)
             ->required(option.required)
             ->take_last();
@@ -144,6 +196,9 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addWatch(app, commandLine.steps);
     addStatus(app, commandLine.steps);
     addRegistrations(app, commandLine.steps);
+    addTrace(app, commandLine.steps);
+    addRequests(app, commandLine);
+    addNew(app, commandLine.steps);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
@@ -159,7 +214,9 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
 int run(const CommandLine& commandLine, Output& output) {
     Session session(output, commandLine.timeout, commandLine.serial);
     const auto& steps = commandLine.steps;
-    int result = session.connect();
+    const bool needsService =
+        std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.look == nullptr; });
+    int result = needsService ? session.connect() : static_cast<int>(OK);
     if (result == OK && std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.rf; })) {
         result = session.registerRf();
     }
@@ -168,7 +225,7 @@ int run(const CommandLine& commandLine, Output& output) {
     }
     if (result != OK) return result;
     for (const Step& step : steps) {
-        const int code = step.request ? session.request(*step.request) : step.run(session);
+        const int code = step.look ? step.look() : step.request ? session.request(*step.request) : step.run(session);
         if (result == OK) result = code;
         if (code == NO_SERVICE) break;
     }

@@ -18,6 +18,7 @@ struct Step {
     bool ims = false;
     std::optional<Request> request;
     std::function<int(Session&)> run;  // where it is no request
+    std::function<int()> look;         // where it needs no service
 };
 
 struct CommandLine {

@@ -1,15 +1,14 @@
 #pragma once
 
+#include <stubs/Table.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
-#include "stubs/Fields.h"
-#include "stubs/Interface.h"
 #include "tools/Text.h"
 
 namespace subsysctl {
@@ -24,7 +23,8 @@ template <class T>
 Json toJson(const T& value) {
     if constexpr (subsys_stubs::Record<T>) {
         Json object = Json::object();
-        subsys_stubs::forEachField(value, [&](const char* name, const auto& field) { object[name] = toJson(field); });
+        subsys_stubs::forEachField(value,
+                                   [&](const auto& field, const auto& member) { object[field.name] = toJson(member); });
         return object;
     } else if constexpr (std::is_enum_v<T>) {
         return static_cast<std::underlying_type_t<T>>(value);
@@ -44,14 +44,12 @@ Json toJson(const std::vector<T>& values) {
     }
 }
 
-// A call that a callback received: `{"<kind>":"<method>","<argument>":...}`.
-template <class I, uint32_t Code, class... Args>
-Json callToJson(const char* kind, const Args&... arguments) {
-    constexpr auto kMethod = std::get<Code - FIRST_CALL_TRANSACTION>(I::methods());
-    static_assert(kMethod.code == Code && kMethod.arguments.size() == sizeof...(Args));
-    Json call = {{kind, kMethod.name}};
+// A call of a method of the table: `{"<kind>":"<method>","<argument>":...}`.
+template <class Method, class... Args>
+Json callToJson(const char* kind, const Method& method, const Args&... arguments) {
+    Json call = {{kind, method.name}};
     size_t index = 0;
-    ((call[kMethod.arguments[index++]] = toJson(arguments)), ...);
+    ((call[method.arguments[index++]] = toJson(arguments)), ...);
     return call;
 }
 

@@ -58,8 +58,8 @@ std::string Output::outcome(const Json& event) const {
         const auto colour = error == SUBSYS_Errno::SUCCESS ? kGreen : kRed;
         return " #" + std::to_string(info.at("serial").get<int32_t>()) + " " + paint(toString(error), colour);
     }
-    if (event.contains("callback")) {
-        const bool succeeded = event.at("info").at("result").get<bool>();
+    if (const Json info = event.value("info", Json()); event.contains("callback") && info.contains("result")) {
+        const bool succeeded = info.at("result").get<bool>();
         return " " + paint(succeeded ? "SUCCESS" : "FAILED", succeeded ? kGreen : kRed);
     }
     return "";

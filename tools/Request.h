@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/Json.h"
+#include "tools/Mailbox.h"
 
 namespace subsysctl {
 
@@ -17,11 +18,12 @@ enum class Needs { NOTHING, RF, IMS };
 // One request with its arguments, ready to be sent with any serial, and what its answer looks like.
 struct Request {
     using Service = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
-    using MetaCallback = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsysIccMetaCallback;
 
     std::string method;
     Needs needs = Needs::NOTHING;
-    std::function<ndk::ScopedAStatus(Service&, int32_t serial, const std::shared_ptr<MetaCallback>&)> send;
+    // A callback object of the request's own reports to the mailbox.
+    std::function<ndk::ScopedAStatus(Service&, int32_t serial, const std::shared_ptr<Mailbox>&)> send;
+    // Empty when nothing answers the request.
     std::function<bool(const Json&, int32_t serial)> isAnswer;
 };
 

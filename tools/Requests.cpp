@@ -1,16 +1,19 @@
 #include "tools/Requests.h"
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+#include <stubs/Table.h>
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "tools/Callbacks.h"
 #include "tools/Text.h"
 
 namespace subsysctl {
@@ -18,15 +21,16 @@ namespace subsysctl {
 namespace {
 
 using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::IccMetaReqInfo;
+using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::IImsOrtcResponse;
 using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ImsRtpDataInfo;
 using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
+using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsysResponse;
 
-struct Verb {
+// What the help says of a verb beyond the interface. A method without a note has its verb as well.
+struct Note {
     uint32_t code;
-    Needs needs;
     const char* group;
-    const char* help;
-    const char* options;  // of the example
+    const char* example;  // the options of one
     bool allRequired = false;
 };
 
@@ -35,35 +39,32 @@ constexpr char kIcc[] = "ICC requests";
 constexpr char kService[] = "Service requests";
 constexpr char kIms[] = "IMS ORTC requests";
 
-constexpr Verb kVerbs[] = {
-    {ISubsys::TRANSACTION_getSwtpStatus, Needs::RF, kRf, "SWTP status", ""},
-    {ISubsys::TRANSACTION_getLcdInfo, Needs::RF, kRf, "LCD panel information", "--type 1"},
-    {ISubsys::TRANSACTION_setMipiFreqClk, Needs::RF, kRf, "Set a MIPI clock", "--id 1 --freq-clk 1100000000"},
-    {ISubsys::TRANSACTION_setOscFreqClk, Needs::RF, kRf, "Set an oscillator clock", "--id 1 --freq-clk 19200"},
-    {ISubsys::TRANSACTION_getNvramData, Needs::RF, kRf, "Read RF NVRAM", "--id 7 --size 16"},
-    {ISubsys::TRANSACTION_setIccTuningState, Needs::RF, kIcc, "Tune an antenna",
-     "--technology 1 --band 3 --antenna 2 --state 1"},
-    {ISubsys::TRANSACTION_setIccWifiAntState, Needs::RF, kIcc, "Wi-Fi antenna state", "--antenna 1 --state 1"},
-    {ISubsys::TRANSACTION_setIccSatelliteAntState, Needs::RF, kIcc, "Satellite antenna state",
-     "--technology 1 --antenna 1 --state 1"},
-    {ISubsys::TRANSACTION_getIccState, Needs::RF, kIcc, "State of the controller", ""},
-    {ISubsys::TRANSACTION_sendIccCmd, Needs::RF, kIcc, "Send a command", "--req-id 5 --data 0a0b --timeout-ms 1000"},
-    {ISubsys::TRANSACTION_sendIccMetaCmd, Needs::NOTHING, kIcc, "Send a command with a callback of its own",
-     "--id 1 --token 9 --type 2 --req-id 5 --data 0a"},
-    {ISubsys::TRANSACTION_killProcess, Needs::RF, kService, "Kill a process that the service may kill",
-     "--pid 1234 --name vendor.dpmd", true},
-    {ISubsys::TRANSACTION_setCallInfo, Needs::IMS, kIms, "Describe a call",
-     "--slot-id 0 --call-id 1 --text1 alice --value64 5"},
-    {ISubsys::TRANSACTION_setOrtcRoomInfo, Needs::IMS, kIms, "Describe the room of a call",
-     "--slot-id 0 --call-id 1 --room-id 7 --action 1"},
-    {ISubsys::TRANSACTION_sendImsRtpData, Needs::IMS, kIms,
-     "Send one RTP payload; without --data-len that is the number of its bytes",
-     "--slot-id 0 --call-id 1 --data 010203"},
-    {ISubsys::TRANSACTION_setImsRtpRemotePubIpAddr, Needs::IMS, kIms, "Set the remote public address",
+constexpr Note kNotes[] = {
+    {ISubsys::TRANSACTION_getSwtpStatus, kRf, ""},
+    {ISubsys::TRANSACTION_getLcdInfo, kRf, "--type 1"},
+    {ISubsys::TRANSACTION_setMipiFreqClk, kRf, "--id 1 --freq-clk 1100000000"},
+    {ISubsys::TRANSACTION_setOscFreqClk, kRf, "--id 1 --freq-clk 19200"},
+    {ISubsys::TRANSACTION_getNvramData, kRf, "--id 7 --size 16"},
+    {ISubsys::TRANSACTION_setIccTuningState, kIcc, "--technology 1 --band 3 --antenna 2 --state 1"},
+    {ISubsys::TRANSACTION_setIccWifiAntState, kIcc, "--antenna 1 --state 1"},
+    {ISubsys::TRANSACTION_setIccSatelliteAntState, kIcc, "--technology 1 --antenna 1 --state 1"},
+    {ISubsys::TRANSACTION_getIccState, kIcc, ""},
+    {ISubsys::TRANSACTION_sendIccCmd, kIcc, "--req-id 5 --data 0a0b --timeout-ms 1000"},
+    {ISubsys::TRANSACTION_sendIccMetaCmd, kIcc, "--id 1 --token 9 --type 2 --req-id 5 --data 0a"},
+    {ISubsys::TRANSACTION_killProcess, kService, "--pid 1234 --name vendor.dpmd", true},
+    {ISubsys::TRANSACTION_setCallInfo, kIms, "--slot-id 0 --call-id 1 --text1 alice --value64 5"},
+    {ISubsys::TRANSACTION_setOrtcRoomInfo, kIms, "--slot-id 0 --call-id 1 --room-id 7 --action 1"},
+    {ISubsys::TRANSACTION_sendImsRtpData, kIms, "--slot-id 0 --call-id 1 --data 010203"},
+    {ISubsys::TRANSACTION_setImsRtpRemotePubIpAddr, kIms,
      "--call-id 1 --rtp-port 5004 --rtcp-port 5005 --ip-addr 192.0.2.1"},
-    {ISubsys::TRANSACTION_sendImsRtpRedunSignalMsg, Needs::IMS, kIms, "Send a redundancy signalling message",
-     "--msg-field1 1 --msg hello"},
+    {ISubsys::TRANSACTION_sendImsRtpRedunSignalMsg, kIms, "--msg-field1 1 --msg hello"},
 };
+
+Note noteOn(uint32_t code) {
+    const auto* note =
+        std::find_if(std::begin(kNotes), std::end(kNotes), [&](auto& each) { return each.code == code; });
+    return note != std::end(kNotes) ? *note : Note{code, "Other requests", ""};
+}
 
 template <class T>
 constexpr const char* typeName() {
@@ -83,118 +84,147 @@ std::string optionName(const char* name) {
 }
 
 template <class T>
-bool store(const std::string& text, T& value) {
+std::optional<T> parseValue(const std::string& text) {
     if constexpr (std::is_same_v<T, std::string>) {
-        value = text;
-        return true;
+        return text;
+    } else if constexpr (std::is_same_v<T, std::vector<uint8_t>>) {
+        return parseHex(text);
+    } else if constexpr (std::is_enum_v<T>) {
+        const auto number = parseNumber<std::underlying_type_t<T>>(text);
+        return number ? std::optional(static_cast<T>(*number)) : std::nullopt;
     } else {
-        std::optional<T> parsed;
-        if constexpr (std::is_same_v<T, std::vector<uint8_t>>) {
-            parsed = parseHex(text);
-        } else {
-            parsed = parseNumber<T>(text);
-        }
-        if (parsed) value = *std::move(parsed);
-        return parsed.has_value();
-    }
-}
-
-using Options = std::vector<RequestOption>;
-
-// The arguments live as long as the option.
-template <class Tuple, class T>
-void addOption(Options& options, const std::shared_ptr<Tuple>& arguments, const char* name, T& value, bool required) {
-    options.push_back({optionName(name), typeName<T>(), required,
-                       [arguments, &value](const std::string& text) { return store(text, value); }});
-}
-
-// The serial and the callbacks are the session's; a record is its fields.
-template <class Tuple, class T>
-void addOptions(Options& options, const std::shared_ptr<Tuple>& arguments, const std::string& argument, T& value,
-                bool required) {
-    if constexpr (subsys_stubs::Record<T>) {
-        subsys_stubs::forEachField(
-            value, [&](const char* name, auto& field) { addOption(options, arguments, name, field, required); });
-    } else if constexpr (!ndk::internal::isInterface<T>) {
-        if (argument != "serial") addOption(options, arguments, argument.c_str(), value, required);
+        static_assert(std::is_integral_v<T>, "say here how such a value is written on the command line");
+        return parseNumber<T>(text);
     }
 }
 
 template <class T>
-struct Arguments;
-template <class I, class... Args>
-struct Arguments<subsys_stubs::Method<I, Args...>> {
-    using Tuple = std::tuple<std::remove_cvref_t<Args>...>;
-};
+bool store(const std::string& text, T& value) {
+    auto parsed = parseValue<T>(text);
+    if (parsed) value = *std::move(parsed);
+    return parsed.has_value();
+}
 
-template <class Method, class Tuple>
-auto sender(const Method& method, const Tuple& arguments) {
-    return
-        [method, arguments](ISubsys& service, int32_t serial, const std::shared_ptr<Request::MetaCallback>& callback) {
-            Tuple complete = arguments;
-            if constexpr (std::is_same_v<std::tuple_element_t<0, Tuple>, int32_t>) {
-                std::get<0>(complete) = serial;
-            } else {
-                std::get<std::shared_ptr<Request::MetaCallback>>(complete) = callback;
+using Options = std::vector<RequestOption>;
+
+// The serial and the callbacks are the session's; a record is its fields. `owner` keeps the value alive.
+template <class T>
+void addOptions(Options& options, const std::shared_ptr<void>& owner, const char* name, const char* help, T& value,
+                bool required) {
+    if constexpr (subsys_stubs::Record<T>) {
+        subsys_stubs::forEachField(value, [&](const auto& field, auto& member) {
+            addOptions(options, owner, field.name, field.doc, member, required);
+        });
+    } else if constexpr (!subsys_stubs::isInterfacePointer<T>) {
+        if (name == std::string_view("serial")) return;
+        options.push_back({optionName(name), typeName<T>(), help, required,
+                           [owner, &value](const std::string& text) { return store(text, value); }});
+    }
+}
+
+// Calls visitor(name, value) for each argument.
+template <class Method, class Visitor>
+void forEachArgument(const Method& method, typename Method::Arguments& arguments, Visitor visitor) {
+    size_t index = 0;
+    std::apply([&](auto&... each) { (visitor(method.arguments[index++], each), ...); }, arguments);
+}
+
+template <class Method>
+auto sender(const Method& method, const typename Method::Arguments& arguments) {
+    return [method, arguments](ISubsys& service, int32_t serial, const std::shared_ptr<Mailbox>& mailbox) {
+        auto complete = arguments;
+        forEachArgument(method, complete, [&]<class T>(const char* name, T& value) {
+            if constexpr (subsys_stubs::isInterfacePointer<T>) {
+                value = ndk::SharedRefBase::make<Reporter<typename T::element_type>>(name, mailbox);
+            } else if constexpr (std::is_same_v<T, int32_t>) {
+                if (name == std::string_view("serial")) value = serial;
             }
-            return std::apply([&](const auto&... each) { return (service.*method.call)(each...); }, complete);
-        };
+        });
+        return std::apply([&](const auto&... each) { return (service.*method.call)(each...); }, complete);
+    };
 }
 
 using IsAnswer = std::function<bool(const Json&, int32_t)>;
 
-// The answer to a meta command has no serial; its id and token are the command's.
-IsAnswer metaAnswer(const IccMetaReqInfo& sent) {
-    return [id = sent.id, token = sent.token](const Json& json, int32_t) {
-        return json.contains("callback") && json["info"]["id"] == id && json["info"]["token"] == token;
-    };
+template <class Response>
+bool isAnsweredBy(const std::string& method) {
+    bool isAnswered = false;
+    subsys_stubs::forEachMethod<Response>(
+        [&](const auto& response) { isAnswered = isAnswered || response.name == method + "Response"; });
+    return isAnswered;
 }
 
-IsAnswer answerTo(const std::string& method) {
+Needs needsOf(const std::string& method) {
+    if (isAnsweredBy<ISubsysResponse>(method)) return Needs::RF;
+    return isAnsweredBy<IImsOrtcResponse>(method) ? Needs::IMS : Needs::NOTHING;
+}
+
+IsAnswer responseTo(const std::string& method) {
     return [response = method + "Response"](const Json& json, int32_t serial) {
         return json.value("response", "") == response && json["info"]["serial"] == serial;
     };
 }
 
-template <uint32_t code, class Tuple>
-void complete(Tuple& arguments, const IsGiven& isGiven) {
-    if constexpr (code == ISubsys::TRANSACTION_sendImsRtpData) {
-        auto& info = std::get<ImsRtpDataInfo>(arguments);
-        if (!isGiven("--data-len")) info.dataLen = static_cast<int32_t>(info.data.size());
+template <class T>
+void setCallbackAnswer(const T& argument, IsAnswer& isAnswer) {
+    if constexpr (std::is_same_v<T, IccMetaReqInfo>) {
+        // It has no serial; its id and token are the command's.
+        isAnswer = [id = argument.id, token = argument.token](const Json& json, int32_t) {
+            return json.contains("callback") && json["info"]["id"] == id && json["info"]["token"] == token;
+        };
+    } else if constexpr (subsys_stubs::isInterfacePointer<T>) {
+        if (!isAnswer) isAnswer = [](const Json& json, int32_t) { return json.contains("callback"); };
     }
 }
 
-template <size_t Index>
-RequestVerb requestVerb() {
-    static constexpr Verb kVerb = kVerbs[Index];
-    static constexpr auto kMethod = std::get<kVerb.code - FIRST_CALL_TRANSACTION>(ISubsys::methods());
-    using Tuple = typename Arguments<std::remove_const_t<decltype(kMethod)>>::Tuple;
-    const auto arguments = std::make_shared<Tuple>();
+template <class Method>
+IsAnswer answerTo(const Method& method, const typename Method::Arguments& arguments) {
+    if (needsOf(method.name) != Needs::NOTHING) return responseTo(method.name);
+    IsAnswer isAnswer;
+    std::apply([&](const auto&... each) { (setCallbackAnswer(each, isAnswer), ...); }, arguments);
+    return isAnswer;
+}
 
-    RequestVerb verb{kebabCase(kMethod.name), kVerb.group, kVerb.help, {}, {}};
-    verb.help += "\n  " + verb.name + (*kVerb.options ? " " : "") + kVerb.options;
-    const auto addEach = [&](auto&... each) {
-        size_t index = 0;
-        (addOptions(verb.options, arguments, kMethod.arguments[index++], each, kVerb.allRequired), ...);
-    };
-    std::apply(addEach, *arguments);
-    verb.take = [arguments](const IsGiven& isGiven) {
-        Tuple given = std::exchange(*arguments, Tuple());
-        complete<kVerb.code>(given, isGiven);
-        IsAnswer isAnswer = answerTo(kMethod.name);
-        if constexpr (kVerb.code == ISubsys::TRANSACTION_sendIccMetaCmd) isAnswer = metaAnswer(std::get<0>(given));
-        return Request{kMethod.name, kVerb.needs, sender(kMethod, given), isAnswer};
+// What the user left out and the other values tell.
+template <class T>
+void complete(T& argument, const IsGiven& isGiven) {
+    if constexpr (std::is_same_v<T, ImsRtpDataInfo>) {
+        if (!isGiven("--data-len")) argument.dataLen = static_cast<int32_t>(argument.data.size());
+    }
+}
+
+template <class Method>
+RequestVerb requestVerb(const Method& method) {
+    using Arguments = typename Method::Arguments;
+    const Note note = noteOn(method.code);
+    const auto arguments = std::make_shared<Arguments>();
+    RequestVerb verb{kebabCase(method.name), note.group, method.doc, {}, {}};
+    verb.help += "\n  " + verb.name + (*note.example != '\0' ? " " : "") + note.example;
+    forEachArgument(method, *arguments, [&](const char* name, auto& value) {
+        addOptions(verb.options, arguments, name, "", value, note.allRequired);
+    });
+    verb.take = [method, arguments](const IsGiven& isGiven) {
+        Arguments given = std::exchange(*arguments, Arguments());
+        std::apply([&](auto&... each) { (complete(each, isGiven), ...); }, given);
+        return Request{method.name, needsOf(method.name), sender(method, given), answerTo(method, given)};
     };
     return verb;
 }
 
+template <class Arguments>
+constexpr bool isRegistration = false;
+template <class... Args>
+constexpr bool isRegistration<std::tuple<Args...>> = sizeof...(Args) > 0 &&
+                                                     (subsys_stubs::isInterfacePointer<Args> && ...);
+
 }  // namespace
 
 std::vector<RequestVerb> requestVerbs() {
-    return []<size_t... Index>(std::index_sequence<Index...>) {
-        return std::vector<RequestVerb>{requestVerb<Index>()...};
-    }
-    (std::make_index_sequence<std::size(kVerbs)>());
+    std::vector<RequestVerb> verbs;
+    subsys_stubs::forEachMethod<ISubsys>([&]<class Method>(const Method& method) {
+        if constexpr (!isRegistration<typename Method::Arguments>) verbs.push_back(requestVerb(method));
+    });
+    return verbs;
 }
 
 }  // namespace subsysctl

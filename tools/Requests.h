@@ -12,6 +12,7 @@ namespace subsysctl {
 struct RequestOption {
     std::string name;  // `--freq-clk`
     const char* type;  // N, TEXT or HEX
+    const char* help;
     bool required;
     // Keeps the value for the next take(). False when the text can't be one.
     std::function<bool(const std::string& text)> store;
@@ -30,6 +31,7 @@ struct RequestVerb {
     std::function<Request(const IsGiven&)> take;
 };
 
+// A verb for each method of the interface but those that only register callbacks.
 [[nodiscard]] std::vector<RequestVerb> requestVerbs();
 
 }  // namespace subsysctl

@@ -3,7 +3,10 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#if !defined(__ANDROID__)
 #include <binder/peer.h>
+#endif
+#include <cutils/trace.h>
 #include <signal.h>
 
 #include <algorithm>
@@ -19,7 +22,14 @@ namespace subsysctl {
 
 namespace {
 
+namespace binder = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+
 using Clock = Mailbox::Clock;
+
+template <class I>
+std::shared_ptr<I> report(const char* kind, const std::shared_ptr<Mailbox>& mailbox) {
+    return ndk::SharedRefBase::make<Reporter<I>>(kind, mailbox);
+}
 
 // The cookie of a death link: a share of the mailbox, freed when the link ends.
 using Cookie = std::shared_ptr<Mailbox>;
@@ -131,15 +141,15 @@ void Session::watchServer() {
 
 int Session::registerRf() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setCallback(ndk::SharedRefBase::make<RfResponse>(mMailbox),
-                                              ndk::SharedRefBase::make<RfIndication>(mMailbox));
+    const auto status = mService->setCallback(report<binder::ISubsysResponse>("response", mMailbox),
+                                              report<binder::ISubsysIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setCallback", status);
 }
 
 int Session::registerIms() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setImsOrtcCallback(ndk::SharedRefBase::make<ImsResponse>(mMailbox),
-                                                     ndk::SharedRefBase::make<ImsIndication>(mMailbox));
+    const auto status = mService->setImsOrtcCallback(report<binder::IImsOrtcResponse>("response", mMailbox),
+                                                     report<binder::IImsOrtcIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setImsOrtcCallback", status);
 }
 
@@ -147,16 +157,19 @@ int Session::request(const Request& request) {
     const auto until = Clock::now() + mTimeout;
     const int32_t serial = mNextSerial;
     mNextSerial = static_cast<int32_t>(static_cast<uint32_t>(serial) + 1);  // wraps
+    const std::string mark = request.method + " #" + std::to_string(serial);
+    atrace_async_begin(ATRACE_TAG_APP, mark.c_str(), serial);
     {
         const CallTimer timer(mTimeout);
-        const auto callback = ndk::SharedRefBase::make<IccMetaCallback>(mMailbox);
-        const auto status = request.send(*mService, serial, callback);
+        const auto status = request.send(*mService, serial, mMailbox);
         if (!status.isOk()) return failCall(request.method, status);
     }
+    if (!request.isAnswer) return OK;
     const auto answer = mMailbox->takeAnswer([&](const Json& json) { return request.isAnswer(json, serial); }, until);
     if (!answer) return failAnswer(request);
+    atrace_async_end(ATRACE_TAG_APP, mark.c_str(), serial);
     mOutput.print(*answer);
-    const Json& info = answer->at("info");
+    const Json info = answer->value("info", Json::object());
     const bool succeeded = info.contains("error") ? info["error"] == 0 : info.value("result", false);
     return succeeded ? OK : ANSWERED_WITH_ERROR;
 }
@@ -204,7 +217,9 @@ int Session::status() {
     if (!time) return fail(NO_SERVICE, "status: the service does not answer a ping");
     status["version"] = version;
     status["hash"] = hash;
+#if !defined(__ANDROID__)  // where no call of the NDK tells it
     status["pid"] = AIBinder_getServerPid(mService->asBinder().get());
+#endif
     status["roundTripMicros"] = time->count();
     mOutput.print(status);
     return OK;

@@ -1,3 +1,4 @@
+#include <device/Recorder.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -9,6 +10,7 @@
 int main(int argc, char** argv) {
     subsysctl::CommandLine commandLine;
     if (const auto code = subsysctl::parse({argv + 1, argv + argc}, commandLine)) return *code;
+    device::startRecorderWhenAsked("subsysctl");
     const char* noColour = std::getenv("NO_COLOR");
     const bool colour = isatty(STDOUT_FILENO) && !(noColour && *noColour);
     subsysctl::Output output(std::cout, commandLine.json, colour);

@@ -1,11 +1,8 @@
 #include "bench/support/System.h"
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnImsOrtcIndication.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnImsOrtcResponse.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIndication.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysResponse.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <stubs/Sinks.h>
 
 #include <fcntl.h>
 #include <signal.h>
@@ -19,6 +16,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <type_traits>
+#include <utility>
 
 namespace bench {
 namespace {
@@ -26,49 +25,39 @@ namespace {
 using namespace subsys_interface;  // NOLINT: the classes of the interface, and only here
 using ndk::ScopedAStatus;
 
-class CountingResponse final : public BnSubsysResponse {
+// A callback that hands the calls of one method, or of all, to a counter; the others it ignores.
+template <class I, class Count>
+class CountingCallback final : public subsys_stubs::Sink<I, CountingCallback<I, Count>> {
 public:
-    explicit CountingResponse(Arrivals* arrivals) : mArrivals(arrivals) {}
+    explicit CountingCallback(Count count) : mCount(std::move(count)) {}
 
-    ScopedAStatus getSwtpStatusResponse(const SubsysResponseInfo&, int8_t) override { return note(); }
-    ScopedAStatus getLcdInfoResponse(const SubsysResponseInfo&, const std::string&) override { return note(); }
-    ScopedAStatus setMipiFreqClkResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus setOscFreqClkResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus getNvramDataResponse(const SubsysResponseInfo&, const std::string&) override { return note(); }
-    ScopedAStatus setIccTuningStateResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus setIccWifiAntStateResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus setIccSatelliteAntStateResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus getIccStateResponse(const SubsysResponseInfo&, const IccStateInfo&) override { return note(); }
-    ScopedAStatus killProcessResponse(const SubsysResponseInfo&) override { return note(); }
-    ScopedAStatus sendIccCmdResponse(const SubsysResponseInfo&, const IccRespInfo&) override { return note(); }
-
-private:
-    ScopedAStatus note() {
-        if (mArrivals != nullptr) mArrivals->note();
+    template <class Method, class... Args>
+    ScopedAStatus onCall(const Method&, const Args&... arguments) {
+        if constexpr (std::is_invocable_v<Count&, const Args&...>) mCount(arguments...);
         return ScopedAStatus::ok();
     }
 
-    Arrivals* const mArrivals;
+private:
+    Count mCount;
 };
 
-// Counts the bench plugin's state events.
-class CountingIndication final : public BnSubsysIndication {
-public:
-    explicit CountingIndication(Arrivals* arrivals) : mArrivals(arrivals) {}
+template <class I, class Count>
+std::shared_ptr<I> counting(Count count) {
+    return ndk::SharedRefBase::make<CountingCallback<I, Count>>(std::move(count));
+}
 
-    ScopedAStatus sendSubsysStateChanged(bool) override { return ScopedAStatus::ok(); }
-    ScopedAStatus sendSwtpStatusChanged(int8_t) override { return ScopedAStatus::ok(); }
-    ScopedAStatus sendiccStateChanged(const IccStateInfo& info) override {
-        if (mArrivals == nullptr) return ScopedAStatus::ok();
+// Counts the bench plugin's state events, which it numbers with one byte.
+class IccEventCounter {
+public:
+    explicit IccEventCounter(Arrivals* arrivals) : mArrivals(arrivals) {}
+
+    void operator()(const IccStateInfo& info) {
+        if (mArrivals == nullptr) return;
         checkOrder(info);
         mArrivals->note(originNanos(info));
-        return ScopedAStatus::ok();
     }
-    ScopedAStatus notifyIccPercStateChangedInd(const IccPerceptionInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus notifyIccInfoChanged(const IccIndInfo&) override { return ScopedAStatus::ok(); }
 
 private:
-    // The plugin numbers its events with one byte.
     void checkOrder(const IccStateInfo& info) {
         if (info.modeTypes.size() == 4 && static_cast<uint8_t>(info.state) == mNext++) return;
         std::fprintf(stderr, "an ICC event was lost or overtaken\n");
@@ -86,41 +75,8 @@ private:
         return nanos;
     }
 
-    Arrivals* const mArrivals;
+    Arrivals* mArrivals;
     uint8_t mNext = 0;
-};
-
-class SilentOrtcResponse final : public BnImsOrtcResponse {
-public:
-    ScopedAStatus setCallInfoResponse(const SubsysResponseInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus setOrtcRoomInfoResponse(const SubsysResponseInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus sendImsRtpDataResponse(const SubsysResponseInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus setImsRtpRemotePubIpAddrResponse(const SubsysResponseInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus sendImsRtpRedunSignalMsgResponse(const SubsysResponseInfo&,
-                                                   const ImsRtpRedunSignalMsgRspInfo&) override {
-        return ScopedAStatus::ok();
-    }
-};
-
-// Counts the payloads that come back.
-class CountingOrtcIndication final : public BnImsOrtcIndication {
-public:
-    explicit CountingOrtcIndication(Arrivals& arrivals) : mArrivals(arrivals) {}
-
-    ScopedAStatus LocalPubIpAddrChanged(const ImsRtpPubIpAddrInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus recvImsRtpData(const ImsRtpDataInfo&) override {
-        mArrivals.note();
-        return ScopedAStatus::ok();
-    }
-    ScopedAStatus notifyOrtcStatus(const OrtcStatus&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus notifyConnectInfo(const OrtcConnectInfo&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus recvImsRtpRedunSignalMsgInd(const ImsRtpRedunSignalMsg&) override { return ScopedAStatus::ok(); }
-    ScopedAStatus notifyImsRtpRedunDataLinkStateInd(const ImsRtpRedunDataLinkStateInfo&) override {
-        return ScopedAStatus::ok();
-    }
-
-private:
-    Arrivals& mArrivals;
 };
 
 std::filesystem::path buildFolder() {
@@ -189,13 +145,15 @@ SystemShape::SystemShape(Counted counted, Request request, Arrivals* shared) : m
     if (counted != Counted::kRtpData) {
         Arrivals* const responses = counted == Counted::kResponses ? &target : nullptr;
         Arrivals* const events = counted == Counted::kIccEvents ? &target : nullptr;
-        auto response = ndk::SharedRefBase::make<CountingResponse>(responses);
-        auto indication = ndk::SharedRefBase::make<CountingIndication>(events);
+        const auto response = counting<ISubsysResponse>([responses](const auto&...) {
+            if (responses != nullptr) responses->note();
+        });
+        const auto indication = counting<ISubsysIndication>(IccEventCounter(events));
         mService->setCallback(response, indication);
         mCallbacks = {response, indication};
     } else {
-        auto response = ndk::SharedRefBase::make<SilentOrtcResponse>();
-        auto indication = ndk::SharedRefBase::make<CountingOrtcIndication>(target);
+        const auto response = counting<IImsOrtcResponse>([] {});
+        const auto indication = counting<IImsOrtcIndication>([&target](const ImsRtpDataInfo&) { target.note(); });
         mService->setImsOrtcCallback(response, indication);
         mCallbacks = {response, indication};
     }

@@ -14,6 +14,11 @@ if(NOT CMAKE_BUILD_TYPE)
     set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
+include(GNUInstallDirs)
+# An installed program or library finds the others from where it stands.
+set(CMAKE_INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set(SUBSYS_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/subsys)
+
 find_package(Threads REQUIRED)
 find_package(GTest REQUIRED)
 include(GoogleTest)
@@ -40,7 +45,8 @@ function(subsys_common target)
                                              -Woverloaded-virtual -Wvla -Werror)
     target_link_libraries(${target} PUBLIC Threads::Threads)
     if(SUBSYS_SANITIZE STREQUAL "address")
-        set(flags -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+        # Without the check of virtual tables, which needs the type information that a component may be built without.
+        set(flags -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all -fno-omit-frame-pointer)
     elseif(SUBSYS_SANITIZE STREQUAL "thread")
         set(flags -fsanitize=thread -fno-omit-frame-pointer)
     else()
@@ -50,8 +56,29 @@ function(subsys_common target)
     target_link_options(${target} PRIVATE ${flags})
 endfunction()
 
+# The room whose tests stand in the current folder, for `ctest -L`: rf for tests/rf, binder for platform/binder/tests.
+function(subsys_room result)
+    string(REGEX REPLACE "/tests$" "" folder ${CMAKE_CURRENT_SOURCE_DIR})
+    get_filename_component(room ${folder} NAME)
+    set(${result} ${room} PARENT_SCOPE)
+endfunction()
+
+# subsys_public_headers(<library> <folder>...): the headers in the folders are those of the library's users.
+function(subsys_public_headers library)
+    foreach(folder ${ARGN})
+        file(GLOB_RECURSE headers CONFIGURE_DEPENDS ${folder}/*.h)
+        target_sources(${library} PUBLIC FILE_SET HEADERS BASE_DIRS ${folder} FILES ${headers})
+    endforeach()
+endfunction()
+
+# subsys_install(<library>): installs the library under its version, with the headers of its file set.
+function(subsys_install library)
+    set_target_properties(${library} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    install(TARGETS ${library} EXPORT subsys FILE_SET HEADERS DESTINATION ${SUBSYS_INCLUDE_DIR})
+endfunction()
+
 # subsys_test(<name> SOURCES <files> LIBRARIES <targets>): a GoogleTest program. Each of its cases runs in a process of
-# its own, since some of the system's flags are set once for a process.
+# its own, since some of the system's flags are set once for a process. Its label is the room.
 function(subsys_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_executable(${name} ${arg_SOURCES})
@@ -63,7 +90,8 @@ function(subsys_test name)
     # Shared by all tests, which takes the same code model for all of them.
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
     target_precompile_headers(${name} REUSE_FROM test_support)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60)
+    subsys_room(room)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 60 LABELS ${room})
 endfunction()
 find_package(GTest REQUIRED)
 include(GoogleTest)

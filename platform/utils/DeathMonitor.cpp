@@ -1,10 +1,10 @@
 #include <utils/DeathMonitor.h>
 
-#include <mutex>
 #include <utility>
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
+#include <device/Mutex.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
@@ -39,13 +39,13 @@ struct DeathMonitor::State : std::enable_shared_from_this<State> {
     void post(uint64_t generation);
     void deliver(uint64_t generation);
 
-    std::mutex lock;  // guards all below
-    mindroid::sp<mindroid::Handler> handler;
-    int32_t what = 0;
-    mindroid::sp<mindroid::Object> obj;
-    Watch current;
+    device::Mutex lock;
+    mindroid::sp<mindroid::Handler> handler SUBSYS_GUARDED_BY(lock);
+    int32_t what SUBSYS_GUARDED_BY(lock) = 0;
+    mindroid::sp<mindroid::Object> obj SUBSYS_GUARDED_BY(lock);
+    Watch current SUBSYS_GUARDED_BY(lock);
     // Counts the calls of init. A death that carries an older number is that of a callback that was replaced.
-    uint64_t generation = 0;
+    uint64_t generation SUBSYS_GUARDED_BY(lock) = 0;
 };
 
 void DeathMonitor::State::onBinderDied(void* cookie) {
@@ -55,7 +55,7 @@ void DeathMonitor::State::onBinderDied(void* cookie) {
 
 uint64_t DeathMonitor::State::dropWatch() {
     Watch dropped;  // goes after the lock was let go
-    std::lock_guard guard(lock);
+    const device::MutexLock guard(lock);
     std::swap(dropped, current);
     return ++generation;
 }
@@ -72,7 +72,7 @@ void DeathMonitor::State::watch(const std::shared_ptr<ndk::ICInterface>& callbac
 }
 
 void DeathMonitor::State::keep(Watch watch, uint64_t watched) {
-    std::lock_guard guard(lock);
+    const device::MutexLock guard(lock);
     // Another init may have come between; its watch stays, and this one goes when the caller lets go of it.
     if (watched == generation) std::swap(current, watch);
 }
@@ -81,14 +81,14 @@ void DeathMonitor::State::keep(Watch watch, uint64_t watched) {
 void DeathMonitor::State::post(uint64_t died) {
     mindroid::sp<mindroid::Handler> target;
     {
-        std::lock_guard guard(lock);
+        const device::MutexLock guard(lock);
         target = handler;
     }
     if (!target) return;
     const auto deliverIt = [state = weak_from_this(), died] {
         if (const auto self = state.lock()) self->deliver(died);
     };
-    target->post(mindroid::sp<mindroid::Runnable>(new mindroid::Runnable(deliverIt)));
+    target->obtainMessage(new mindroid::Runnable(deliverIt))->sendToTarget();
 }
 
 // Looper of the handler.
@@ -96,12 +96,12 @@ void DeathMonitor::State::deliver(uint64_t died) {
     mindroid::sp<mindroid::Handler> target;
     mindroid::sp<mindroid::Message> message;
     {
-        std::lock_guard guard(lock);
+        const device::MutexLock guard(lock);
         if (died != generation || !handler) return;
         target = handler;
         message = target->obtainMessage(what, obj);
     }
-    target->dispatchMessage(message);
+    target->handleMessage(message);
 }
 
 DeathMonitor::DeathMonitor() : mState(std::make_shared<State>()) {}
@@ -116,7 +116,7 @@ void DeathMonitor::registerClientDeathEvent(const mindroid::sp<mindroid::Handler
     // What was registered before goes after the lock was let go.
     auto droppedHandler = handler;
     auto droppedObj = obj;
-    std::lock_guard guard(mState->lock);
+    const device::MutexLock guard(mState->lock);
     std::swap(droppedHandler, mState->handler);
     std::swap(droppedObj, mState->obj);
     mState->what = what;

@@ -54,7 +54,9 @@ protected:
         looper.run([&] { manager.init(instanceId); });
     }
     static void report(const sp<Component>& component, int32_t state) {
-        component->handleProxyStateChanged(Message::obtain(nullptr, 2000, new Integer(state)));
+        const sp<Message> message = Message::obtain();
+        message->obj = new Integer(state);
+        component->handleProxyStateChanged(message);
     }
 };
 
@@ -69,12 +71,13 @@ TEST_F(ComponentManagerTest, Init_WhenSeveralComponents_ThenThreePassesInOrderOf
     EXPECT_EQ(calls, (Calls{"first.init 2", "preset.init 5", "first.postInit 0", "preset.postInit 0"}));
 }
 
-TEST_F(ComponentManagerTest, Init_WhenAComponentAddsAnother_ThenThatIsStartedToo) {
+TEST_F(ComponentManagerTest, Init_WhenAComponentAddsAnother_ThenThatIsFoundButNotStarted) {
     const sp<RecordingComponent> early = new RecordingComponent("early", calls);
-    early->atInit = [&] { manager.add(make("late")); };
+    early->atInit = [&] { manager.add(make("late", 8)); };
     manager.add(early);
     init(2);
-    EXPECT_EQ(calls, (Calls{"early.init 2", "late.init 2", "early.postInit 0", "late.postInit 0"}));
+    EXPECT_EQ(calls, (Calls{"early.init 2", "early.postInit 0"}));
+    EXPECT_TRUE(manager.find(8));
 }
 
 TEST_F(ComponentManagerTest, Init_WhenNobodyVotes_ThenListenersAreToldOnce) {

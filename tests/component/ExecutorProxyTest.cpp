@@ -21,7 +21,7 @@ protected:
 
     sp<Runnable> task(std::string name) {
         return new Runnable([this, name] {
-            EXPECT_TRUE(looper.looper()->isCurrentThread());
+            EXPECT_TRUE(Looper::myLooper() == looper.looper());
             runs.add(name);
         });
     }

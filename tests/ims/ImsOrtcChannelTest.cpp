@@ -94,7 +94,7 @@ protected:
 
     // The death message, as a monitor posts it.
     void reportDeath() {
-        mChannel->sendEmptyMessage(0);
+        mChannel->obtainMessage(0)->sendToTarget();
         mLooper.drain();
     }
 
@@ -175,7 +175,7 @@ TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenARegistrationIsUnderWay_ThenOnl
     slow->arm();
     std::thread registration([&] { this->addClient(); });
     ASSERT_TRUE(slow->asked.await(1));
-    this->mChannel->sendEmptyMessage(0);
+    this->mChannel->obtainMessage(0)->sendToTarget();
     // A channel that does not lock asks at once; one that locks does not ask, however long one waits.
     const std::chrono::milliseconds patience =
         TypeParam::LOCKS_ON_DEATH ? std::chrono::milliseconds(200) : test::DEADLINE;
@@ -189,7 +189,7 @@ TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenAClientRegistersMeanwhile_ThenI
     const auto slow = SharedRefBase::make<SlowlyDead<TypeParam>>();
     this->mChannel->setCallback(slow);
     slow->arm();
-    this->mChannel->sendEmptyMessage(0);
+    this->mChannel->obtainMessage(0)->sendToTarget();
     ASSERT_TRUE(slow->asked.await(1));
     std::shared_ptr<typename TypeParam::Client> next;
     std::thread registration([&] { next = this->addClient(); });
@@ -207,7 +207,7 @@ TYPED_TEST(ImsOrtcChannelTest, Channel_WhenRegistrationDeathAndDeliveryRace_Then
     const auto live = this->addClient();
     const std::function<void()> actions[] = {[&] { this->mChannel->setCallback(this->deadClient()); },
                                              [&] { this->mChannel->setCallback(this->deadClient()); },
-                                             [&] { this->mChannel->sendEmptyMessage(0); },
+                                             [&] { this->mChannel->obtainMessage(0)->sendToTarget(); },
                                              [&] { TypeParam::deliver(*this->mChannel); }};
     test::inThreads(std::size(actions), [&](size_t i) {
         for (size_t round = 0; round < ROUNDS; ++round) actions[i]();

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnImsOrtcIndication.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnImsOrtcResponse.h>
+#include <stubs/Sinks.h>
 
 #include <string>
 #include <utility>
@@ -22,61 +21,32 @@ struct CallOf {
     bool operator==(const CallOf&) const = default;
 };
 
-// A response callback of this process that keeps what it is told.
-class ImsResponseClient : public pkg::BnImsOrtcResponse {
+// A callback of this process that keeps what it is told, and fails, which must concern nobody else.
+template <typename I, typename CallType>
+class ImsClient : public subsys_stubs::Sink<I, ImsClient<I, CallType>> {
 public:
-    using Info = pkg::SubsysResponseInfo;
-    using Call = CallOf<Info, std::pair<Info, pkg::ImsRtpRedunSignalMsgRspInfo>>;
-    using Status = ndk::ScopedAStatus;
+    using Call = CallType;
 
     Recorder<Call> calls;
 
-    Status setCallInfoResponse(const Info& info) override { return keep({"setCallInfoResponse", info}); }
-    Status setOrtcRoomInfoResponse(const Info& info) override { return keep({"setOrtcRoomInfoResponse", info}); }
-    Status sendImsRtpDataResponse(const Info& info) override { return keep({"sendImsRtpDataResponse", info}); }
-    Status setImsRtpRemotePubIpAddrResponse(const Info& info) override {
-        return keep({"setImsRtpRemotePubIpAddrResponse", info});
+    template <typename Method, typename Value>
+    ndk::ScopedAStatus onCall(const Method& method, const Value& value) {
+        calls.add({method.name, value});
+        return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
     }
-    Status sendImsRtpRedunSignalMsgResponse(const Info& info,
-                                            const pkg::ImsRtpRedunSignalMsgRspInfo& rspInfo) override {
-        return keep({"sendImsRtpRedunSignalMsgResponse", std::pair(info, rspInfo)});
-    }
-
-private:
-    // A failure must concern nobody else.
-    Status keep(Call call) {
-        calls.add(std::move(call));
-        return Status::fromStatus(STATUS_FAILED_TRANSACTION);
+    template <typename Method, typename First, typename Second>
+    ndk::ScopedAStatus onCall(const Method& method, const First& first, const Second& second) {
+        return onCall(method, std::pair(first, second));
     }
 };
 
-// An indication callback of this process that keeps what it is told.
-class ImsIndicationClient : public pkg::BnImsOrtcIndication {
-public:
-    using Call = CallOf<pkg::ImsRtpPubIpAddrInfo, pkg::ImsRtpDataInfo, pkg::OrtcStatus, pkg::OrtcConnectInfo,
-                        pkg::ImsRtpRedunSignalMsg, pkg::ImsRtpRedunDataLinkStateInfo>;
-    using Status = ndk::ScopedAStatus;
+using ImsResponseClient =
+    ImsClient<pkg::IImsOrtcResponse,
+              CallOf<pkg::SubsysResponseInfo, std::pair<pkg::SubsysResponseInfo, pkg::ImsRtpRedunSignalMsgRspInfo>>>;
 
-    Recorder<Call> calls;
-
-    Status LocalPubIpAddrChanged(const pkg::ImsRtpPubIpAddrInfo& info) override {
-        return keep({"LocalPubIpAddrChanged", info});
-    }
-    Status recvImsRtpData(const pkg::ImsRtpDataInfo& info) override { return keep({"recvImsRtpData", info}); }
-    Status notifyOrtcStatus(const pkg::OrtcStatus& status) override { return keep({"notifyOrtcStatus", status}); }
-    Status notifyConnectInfo(const pkg::OrtcConnectInfo& info) override { return keep({"notifyConnectInfo", info}); }
-    Status recvImsRtpRedunSignalMsgInd(const pkg::ImsRtpRedunSignalMsg& msg) override {
-        return keep({"recvImsRtpRedunSignalMsgInd", msg});
-    }
-    Status notifyImsRtpRedunDataLinkStateInd(const pkg::ImsRtpRedunDataLinkStateInfo& info) override {
-        return keep({"notifyImsRtpRedunDataLinkStateInd", info});
-    }
-
-private:
-    Status keep(Call call) {
-        calls.add(std::move(call));
-        return Status::fromStatus(STATUS_FAILED_TRANSACTION);
-    }
-};
+using ImsIndicationClient =
+    ImsClient<pkg::IImsOrtcIndication,
+              CallOf<pkg::ImsRtpPubIpAddrInfo, pkg::ImsRtpDataInfo, pkg::OrtcStatus, pkg::OrtcConnectInfo,
+                     pkg::ImsRtpRedunSignalMsg, pkg::ImsRtpRedunDataLinkStateInfo>>;
 
 }  // namespace test

@@ -69,14 +69,14 @@ TEST_F(ImsOrtcClientDeathTest, Death_WhenItIsNotHandledYet_ThenTheSuccessorTakes
     start();
     const auto response = ImsOrtcServiceResponse::getInstance();
     test::Event go;
-    mLooper->handler()->post(new mindroid::Runnable([&] { (void)go.await(); }));
+    mLooper->handler()->obtainMessage(new mindroid::Runnable([&] { (void)go.await(); }))->sendToTarget();
     // The looper is busy, so the slots hold the dead client until the successor comes.
     ASSERT_TRUE(mClient.killed<IImsOrtcResponse>());
     registerAtChannels(mSuccessor);
     go.signal();
     mLooper->drain();
     mLog->clear();
-    response->sendEmptyMessage(0);
+    response->obtainMessage(0)->sendToTarget();
     mLooper->drain();
     EXPECT_EQ(mLog->lines("ImsOrtcServiceResponse").size(), 0U);
 }

@@ -58,12 +58,12 @@ TEST(Pack, ImsRtpRedunSignalMsg_WhenIntegersAreWide_ThenTheirLowBitsAreKept) {
 }
 
 TEST(Pack, ImsRtpDataInfo_WhenDataIsOfAnySize_ThenAllIsCopiedUpTo255BytesElseTheWholeRecordIsZero) {
-    for (const size_t size : {0, 1, 254, 255}) {
+    for (const size_t size : {0U, 1U, 254U, 255U}) {
         for (const int32_t dataLen : {INT32_MIN, -1, 0, 7, 256, INT32_MAX}) {
             EXPECT_EQ(bytesOf(packImsRtpDataInfo(rtpData(size, dataLen))), rtpRecord(size, dataLen)) << size;
         }
     }
-    for (const size_t size : {256, 257, 100'000}) {
+    for (const size_t size : {256U, 257U, 100'000U}) {
         EXPECT_EQ(bytesOf(packImsRtpDataInfo(rtpData(size, 12))), RecordBytes(272)) << size;
     }
 }
@@ -148,13 +148,9 @@ TEST(Unpack, Text_WhenItHasNoNulOrMoreAfterIt_ThenItEndsWithItsFieldOrAtTheNul) 
     EXPECT_EQ(unpacked(unpackImsRtpRedunSignalMsg, RecordBytes(258).text(8, std::string(250, 'c'))).msg,
               std::string(250, 'c'));
     const test::LogCapture log;
-    EXPECT_EQ(unpacked(unpackImsRtpRedunSignalMsg, RecordBytes(258).text(8, {"\x80\xc3\xa9\0rest", 8})).msg,
-              "\x80\xc3\xa9");
+    EXPECT_EQ(unpacked(unpackImsRtpRedunSignalMsg, RecordBytes(258).text(8, {"\x80\xe2\x82\0rest", 8})).msg,
+              "\x80\xe2\x82");
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_EQ(unpacked(unpackImsRtpRedunSignalMsg, RecordBytes(258).text(8, {"\x80\xe2\x82\0rest", 8})).msg, "\x80");
-    EXPECT_EQ(log.lines(),
-              (std::vector<test::LogLine>{{ANDROID_LOG_ERROR, "ImsOrtcService",
-                                           "received text ends inside a UTF-8 sequence, kept 1 of 3 bytes"}}));
 }
 
 TEST(Unpack, ImsRtpDataInfo_WhenDataLenIsAnything_ThenAtMostTheRecordIsCopiedAndDataLenIsKept) {

@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <any>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace {
@@ -21,13 +19,6 @@ constexpr const char* LIBRARY = "/vendor/lib64/libplugin.so";
 class PluginTest : public ::testing::Test {
 protected:
     void install(const char* library) { mDevice.copy(LIBRARY, library); }
-    // How many error lines say why the library could not be opened.
-    [[nodiscard]] long reasons() const {
-        const auto lines = mLog.lines();
-        return std::count_if(lines.begin(), lines.end(), [](const test::LogLine& line) {
-            return line.priority == ANDROID_LOG_ERROR && line.text.find("can't load plugin P: ") == 0;
-        });
-    }
     [[nodiscard]] bool logged(int priority, const std::string& text) const {
         const auto lines = mLog.lines();
         return std::any_of(lines.begin(), lines.end(),
@@ -50,32 +41,10 @@ TEST_F(PluginTest, LoadAndUnload_WhenFileComes_ThenOpenForGood) {
     EXPECT_TRUE(logged(ANDROID_LOG_DEBUG, "mPluginHandle is loaded."));
 }
 
-TEST_F(PluginTest, Load_WhenLibraryIsUnusable_ThenReasonLoggedOnce) {
-    const auto loadTwice = [&] { return mPlugin.load() || mPlugin.load(); };
+TEST_F(PluginTest, Load_WhenLibraryIsUnusable_ThenFalseAndNoLineOfItsOwn) {
     install(UNRESOLVED_PLUGIN);
-    EXPECT_FALSE(loadTwice());
-    EXPECT_EQ(reasons(), 1);
-    mDevice.write(LIBRARY, "no library");
-    EXPECT_FALSE(loadTwice());
-    EXPECT_EQ(reasons(), 2);
-    mDevice.remove(LIBRARY);
-    mDevice.makeFifo(LIBRARY);
-    EXPECT_FALSE(loadTwice());
-    EXPECT_EQ(reasons(), 3);
-}
-
-TEST_F(PluginTest, Load_WhenTruncatedAnywhere_ThenNeverDies) {
-    std::ifstream file(COUNTING_PLUGIN, std::ios::binary);
-    const std::string whole(std::istreambuf_iterator<char>(file), {});
-    for (size_t size = 0; size < whole.size(); size += 101) {
-        mDevice.remove(LIBRARY);
-        mDevice.write(LIBRARY, whole.substr(0, size));
-        // The section table at the end of the file is not needed to load it.
-        hal::Plugin plugin({.name = "P", .path = LIBRARY});
-        if (plugin.load()) {
-            EXPECT_EQ((plugin.call<int, bool>("negate", false)), 1) << size;
-        }
-    }
+    EXPECT_FALSE(mPlugin.load());
+    for (const auto& line : mLog.lines()) EXPECT_EQ(line.tag, "DeviceLibrary") << line;
 }
 
 TEST_F(PluginTest, Call_WhenNotLoadedOrMissing_ThenZeroResult) {

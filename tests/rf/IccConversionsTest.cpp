@@ -17,7 +17,8 @@ using testing::ElementsAre;
 using testing::FieldsAre;
 
 TEST(FromRecord, WhenFieldsAreGiven_ThenEachIsCarriedInItsLayout) {
-    const IccStateInfoType record = {0x102, 0xFF, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}};
+    const IccStateInfoType record = {
+        static_cast<IccStateType>(0x102), 0xFF, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}};
     EXPECT_THAT(fromStateEvent(record), FieldsAre(2, -1, 2, ElementsAre(1, 3), ElementsAre(2, 4)));
     EXPECT_THAT(fromStateAnswer(record), FieldsAre(2, -1, 2, ElementsAre(1, 2), ElementsAre(8, 9)));
     EXPECT_THAT(fromPerception({2, {{1, 2, 3}, {4, 5, 255}}, {}}),
@@ -26,12 +27,12 @@ TEST(FromRecord, WhenFieldsAreGiven_ThenEachIsCarriedInItsLayout) {
 }
 
 TEST(FromRecord, WhenCountVaries_ThenCutToTheRecordWithOneLine) {
-    const auto states = [](int64_t n) { return fromStateEvent({0, 0, static_cast<uint8_t>(n), {}}).modeTypes.size(); };
+    const auto states = [](int64_t n) { return fromStateEvent({{}, 0, static_cast<uint8_t>(n), {}}).modeTypes.size(); };
     const auto answers = [](int64_t n) {
-        return fromStateAnswer({0, 0, static_cast<uint8_t>(n), {}}).modeValues.size();
+        return fromStateAnswer({{}, 0, static_cast<uint8_t>(n), {}}).modeValues.size();
     };
     const auto perceptions = [](int64_t n) {
-        return fromPerception({static_cast<int32_t>(n), {}, {}}).percTypes.size();
+        return fromPerception({static_cast<uint32_t>(n), {}, {}}).percTypes.size();
     };
     const auto infos = [](int64_t n) { return fromInformation({5, {}, static_cast<uint32_t>(n)}).data.size(); };
     const struct {

@@ -114,7 +114,7 @@ void setScreenState(bool on) {
 }
 
 spi_cmd_err_code_e getIccState(IccStateInfoType state) {
-    state.iccState = 9;  // a copy: nobody sees it
+    state.iccState = static_cast<IccStateType>(9);  // a copy: nobody sees it
     return record("getIccState", state.modeNum);
 }
 

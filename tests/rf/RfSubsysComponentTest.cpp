@@ -1,9 +1,11 @@
 #include "rf/RfSubsysComponent.h"
 
 #include "component/RequestBridge.h"
+#include "mindroid/testing/ManualClock.h"
+#include "rf/VsRecords.h"
 #include "tests/rf/RfFixture.h"
 
-#include <mindroid/SystemClock.h>
+#include <dlfcn.h>
 
 #include <functional>
 
@@ -16,6 +18,11 @@ using hal::RfSubsysComponent;
 using Calls = std::vector<std::string>;
 
 constexpr const char* TAG = "RfSubsysComponent";
+
+template <typename Record>
+sp<mindroid::Object> carrierOf(const Record& record) {
+    return new hal::SubsysInterfaceData<Record>(record);
+}
 
 class RfSubsysComponentTest : public test::RfFixture {
 protected:
@@ -87,7 +94,7 @@ TEST_F(RfSubsysComponentTest, RfIccInfo_WhenAnswered_ThenFirstAnswerWins) {
     const auto requests = mVs->infoRequests.all();
     ASSERT_EQ(requests.size(), 2U);
     hal::SubsysComponent::sendResponse(requests[1], hal::SUBSYS_Errno::SUCCESS,
-                                       sp<mindroid::Object>(new hal::VsRfIccInfo(3, 0xAB, 1)));
+                                       carrierOf(hal::VsRfIccInfo{3, 0xAB, 1}));
     hal::SubsysComponent::sendResponse(requests[0], hal::SUBSYS_Errno::GENERIC_FAILURE);
     mLooper.drain();
     EXPECT_TRUE(mLog.has(TAG, "getRfIccInfo version 3 blacklist 0x00ab brindle 1 ", ANDROID_LOG_DEBUG));
@@ -110,7 +117,7 @@ TEST_F(RfSubsysComponentTest, RfIccInfo_WhenAnswerFailed_ThenDefaults) {
 TEST_F(RfSubsysComponentTest, OnVsComponentReady_WhenRepeatedOrOtherInstance_ThenWiredOnce) {
     start();
     mVs->mStateRegistrants->notify(new Integer(0));
-    mVs->mStateRegistrants->notify(new mindroid::String("1"));
+    mVs->mStateRegistrants->notify(nullptr);
     mLooper.drain();
     EXPECT_EQ(mVs->clat.size(), 0U);
     const auto other = add<RfSubsysComponent>();
@@ -133,23 +140,36 @@ TEST_F(RfSubsysComponentTest, OnVsComponentReady_WhenRepeatedOrOtherInstance_The
 TEST_F(RfSubsysComponentTest, Notifications_WhenVsComponentSendsThem_ThenBecomeCommands) {
     start();
     becomeReady();
-    mVs->clat.notify(new hal::VsClatState(1, 2600, 3, 4));
-    mVs->txSharing.notify(new hal::VsTxSharingState(1, {78, 41}, {5, 6}, {7, 8}));
+    mVs->clat.notify(carrierOf(hal::VsClatState{1, 2600, 3, 4}));
+    mVs->txSharing.notify(carrierOf(hal::VsTxSharingState{1, {78, 41}, {5, 6}, {7, 8}}));
     mVs->mScreenStateRegistrants->notify(new Integer(-1));
     mVs->mScreenStateRegistrants->notify(new Integer(0));
-    mVs->iccEvent.notify(new hal::VsIccEvent(9, {1, 2, 3}));
-    mVs->iccEvent.notify(new hal::VsIccEvent(10, std::vector<uint8_t>(70'000)));
     mVs->clat.notify(nullptr);
-    mVs->iccEvent.notify(new Integer(1));
-    const auto all = calls(6);
-    EXPECT_EQ(Calls(all.begin(), all.begin() + 5),
+    mVs->iccEvent.notify(carrierOf(hal::VsIccEvent<3>{9, 3, {1, 2, 3}}));
+    mVs->iccEvent.notify(carrierOf(hal::VsIccEvent<8>{10, 0, {}}));
+    EXPECT_EQ(calls(6),
               (Calls{"iccSetAclState(1,2600,3,4)", "iccSetTxSharingState(1,{78 41},{5 6},{7 8})", "setScreenState(1)",
-                     "setScreenState(0)", "sendIccEventInd(9,{1 2 3})"}));
+                     "setScreenState(0)", "sendIccEventInd(9,{1 2 3})", "sendIccEventInd(10,{})"}));
     expectLogged(TAG, ANDROID_LOG_DEBUG,
                  {"Set CLAT enable 1 freq 2600 cc 3 ant 4", "Set Tx Sharing enable 1 combo {78A, 5, 7} ++ {41A, 6, 8}",
                   "screen state changed -1"});
-    EXPECT_TRUE(mLog.await(TAG, "notification dropped: its object is of another class"));
 }
+
+class ForeignVsComponentTest : public RfSubsysComponentTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(ForeignVsComponentTest, Notifications_WhenTheirClassesAreUnknown_ThenReadByPosition) {
+    ASSERT_NE(mLooper.run([] { return dlopen(GetParam(), RTLD_NOW); }), nullptr);
+    mRf = add<RfSubsysComponent>();
+    initComponents();
+    hal::getComponent<hal::VsComponent>(hal::VsComponent::TYPE)->mStateRegistrants->notify(new Integer(1));
+    mLooper.drain();
+    tick();
+    EXPECT_EQ(calls(4), (Calls{"iccApis_init(3,4000000,1)", "iccSetAclState(1,2600,3,4)",
+                               "iccSetTxSharingState(1,{78 41},{5 6},{7 8})", "sendIccEventInd(9,{1 2 3})"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Builds, ForeignVsComponentTest, testing::Values(FOREIGN_VS, FOREIGN_VS_NO_RTTI),
+                         [](const auto& test) { return test.index == 0 ? "Rtti" : "NoRtti"; });
 
 TEST_F(RfSubsysComponentTest, AnyOperation_WhenIccIsUnsupported_ThenErrorOneAndNothingElse) {
     mDevice.remove("/vendor/build.prop");

@@ -1,14 +1,14 @@
 #include "rf/RfSubsysService.h"
 
 #include "component/SubsysInterfaceData.h"
+#include "mindroid/testing/ManualClock.h"
 #include "rf/IccConversions.h"
-#include "service/SubsysServiceIndication.h"
-#include "service/SubsysServiceResponse.h"
+#include "service/channel/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceResponse.h"
 #include "tests/rf/RfFixture.h"
 #include "tests/support/SubsysClient.h"
 
 #include <gmock/gmock.h>
-#include <mindroid/SystemClock.h>
 
 #include <functional>
 
@@ -158,15 +158,19 @@ TEST_F(RfSubsysServiceTest, Events_WhenConnected_ThenReachTheClientConverted) {
     mService->setSubsysState(false);
     mService->setSubsysState(true);
     mClock.advance(199);
+    mService->setSubsysState(true);
     mLooper.drain();
     EXPECT_FALSE(mLog.has(TAG, "onSubsysConnected enter"));
     mClock.advance(1);
     EXPECT_EQ(calls(3),
               (std::vector<std::string>{"registerIccEvent(1)", "registerIccEvent(4)", "registerIccEvent(5)"}));
-    connect();
+    mClock.advance(198);
+    mLooper.drain();
+    EXPECT_EQ(mLog.count(TAG, "onSubsysConnected enter"), 1U);
+    mClock.advance(1);
     EXPECT_TRUE(iccPlugin().calls.await(6));
 
-    const IccStateInfoType state = {0x102, 1, 3, {1, 2, 3, 4, 5, 6}};
+    const IccStateInfoType state = {static_cast<IccStateType>(0x102), 1, 3, {1, 2, 3, 4, 5, 6}};
     const IccPercStateType perception = {2, {{1, 2, 3}, {4, 5, 255}}, {}};
     iccPlugin().emit(ICC_EVENT_STATE_CHANGED, state);
     iccPlugin().emit(ICC_EVENT_PERC_CHANGED, perception);

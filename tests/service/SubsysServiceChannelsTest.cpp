@@ -1,5 +1,5 @@
-#include "service/SubsysServiceIndication.h"
-#include "service/SubsysServiceResponse.h"
+#include "service/channel/SubsysServiceIndication.h"
+#include "service/channel/SubsysServiceResponse.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/SubsysClient.h"
 #include "tests/support/Threads.h"
@@ -99,30 +99,12 @@ TEST_F(SubsysServiceChannelsTest, GetNvramDataResponse_WhenEmpty_ThenErrorLineAn
               2u);
 }
 
-// Takes the data that the binder would send, and fails as it would for other data.
-class RemoteResponse : public ISubsysResponseDefault {
-public:
-    std::vector<std::string> taken;
-
-    ScopedAStatus getNvramDataResponse(const SubsysResponseInfo&, const std::string& data) override {
-        const ndk::ScopedAParcel parcel(AParcel_create());
-        const binder_status_t status = ndk::AParcel_writeString(parcel.get(), data);
-        if (status == STATUS_OK) taken.push_back(data);
-        return ScopedAStatus::fromStatus(status);
-    }
-};
-
-TEST_F(SubsysServiceChannelsTest, GetNvramDataResponse_WhenTheBinderRefusesItsEnd_ThenTheRestIsSent) {
-    const auto remote = ndk::SharedRefBase::make<RemoteResponse>();
-    response->setCallback(remote);
-    for (const std::string& data : {std::string("\0\xff\x80", 3), std::string("\0a\xe2\x82", 4)}) {
-        (void)response->getNvramDataResponse(1, SUCCESS, reinterpret_cast<const uint8_t*>(data.data()),
-                                             static_cast<uint32_t>(data.size()));
-    }
-    EXPECT_EQ(remote->taken, (std::vector<std::string>{{"\0\xff\x80", 3}, {"\0a", 2}}));
-    EXPECT_EQ(log.lines(),
-              (std::vector<test::LogLine>{{ANDROID_LOG_ERROR, "SubsysServiceResponse",
-                                           "getNvramDataResponse ends inside a UTF-8 sequence, sent 2 of 4 bytes"}}));
+TEST_F(SubsysServiceChannelsTest, GetNvramDataResponse_WhenItIsNoText_ThenExactlyTheseBytesOnce) {
+    response->setCallback(responses);
+    const std::string data("\0\xff\x80\xe2\x82", 5);
+    (void)response->getNvramDataResponse(1, SUCCESS, reinterpret_cast<const uint8_t*>(data.data()), 5);
+    EXPECT_EQ(responses->responses.all(), (std::vector<Response>{{"getNvramDataResponse", {0, 1, SUCCESS}, data}}));
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(SubsysServiceChannelsTest, Indicate_WhenAClientComes_ThenOneErrorLineBeforeAndTheEventAfter) {

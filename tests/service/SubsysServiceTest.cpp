@@ -1,6 +1,9 @@
 #include "service/SubsysService.h"
 
+#include "component/ComponentManager.h"
+#include "ims/ImsOrtcComponent.h"
 #include "ims/ImsOrtcServiceResponse.h"
+#include "mindroid/testing/ManualClock.h"
 #include "tests/ims/ImsOrtcClient.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/LogCapture.h"
@@ -8,8 +11,10 @@
 #include "tests/support/SubsysClient.h"
 
 #include <gtest/gtest.h>
-#include <mindroid/SystemClock.h>
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -139,6 +144,26 @@ TEST_F(SubsysServiceTest, HidlClient_WhenItConnectsByAnotherWay_ThenOnlyAConnect
     service->onHidlClientConnected();
     clock.advance(200);
     EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter"));
+}
+
+TEST_F(SubsysServiceTest, Dump_WhenClientsAndComponentsAreThere_ThenALineForEach) {
+    hal::ComponentManager::getInstance()->add(new hal::ImsOrtcComponent());
+    EXPECT_TRUE(service->setImsOrtcCallback(ndk::SharedRefBase::make<test::ImsResponseClient>(), nullptr).isOk());
+    EXPECT_TRUE(service->setCallback(client.response, nullptr).isOk());
+    clock.advance(1500);
+    std::FILE* const file = std::tmpfile();
+    EXPECT_EQ(AIBinder_dump(service->asBinder().get(), fileno(file), nullptr, 0), STATUS_OK);
+    std::rewind(file);
+    std::string text(4096, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    std::fclose(file);
+    const std::string self = "pid " + std::to_string(getpid()) + ", alive";
+    EXPECT_EQ(text,
+              "interface.version: 5\ninterface.hash: eb915a9f55f7590d55c29b64a7be1f4f97a18f37\nuptime: 1500 ms\n"
+              "rf.response: " +
+                  self + "\nrf.indication: none\nims.0.response: " + self +
+                  "\nims.0.indication: none\nims.1.response: none\nims.1.indication: none\n"
+                  "component.0: type -1, instance 0\ncomponent.1: type 21, instance 0\n");
 }
 
 TEST_F(SubsysServiceTest, KillProcess_WhenRefusedOrDone_ThenAnswered2Or0) {

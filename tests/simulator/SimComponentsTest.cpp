@@ -12,6 +12,7 @@
 #include "component/ComponentManager.h"
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
+#include "mindroid/testing/ManualClock.h"
 #include "rf/VsComponent.h"
 #include "tests/simulator/ScenarioFolder.h"
 #include "tests/support/Await.h"
@@ -19,7 +20,6 @@
 #include "tests/support/LooperThread.h"
 
 #include <mindroid/Boxes.h>
-#include <mindroid/SystemClock.h>
 
 namespace simulator {
 namespace {
@@ -66,7 +66,7 @@ public:
     }
     // The closure does not own its message, so that one that is never answered is no leak.
     sp<Message> reply() {
-        const sp<Message> message = handler()->obtainMessage();
+        sp<Message> message = handler()->obtainMessage();
         message->setCallback(new Runnable([this, raw = message.get()] {
             came.add({"reply " + std::to_string(raw->arg2), raw->obj});
         }));
@@ -92,9 +92,12 @@ public:
         component->registerIccEventInd(handler(), listener("iccEvent"), nullptr);
         start();
     }
-    template <typename T>
-    const T& object(size_t index) {
-        return *static_cast<T*>(came.all().at(index).obj.get());
+    template <typename Record>
+    const Record& record(size_t index) {
+        return hal::carriedRecord<Record>(*came.all().at(index).obj);
+    }
+    int32_t integer(size_t index) {
+        return static_cast<const mindroid::Integer*>(came.all().at(index).obj.get())->value();
     }
 
     sp<hal::VsComponent> component;
@@ -107,7 +110,7 @@ TEST(SimVsComponent, Start_WhenTheScenarioSaysNothing_ThenReadyOnceAfter100Milli
     vs.advance(1);
     vs.advance(100'000);
     ASSERT_THAT(vs.names(), ElementsAre("state"));
-    EXPECT_EQ(vs.object<mindroid::Integer>(0).value(), 1);
+    EXPECT_EQ(vs.integer(0), 1);
 }
 
 TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
@@ -120,14 +123,14 @@ TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
         vs.advance(0);
     }
     EXPECT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0"));
-    EXPECT_EQ(vs.object<hal::VsRfIccInfo>(0).version, 1);
+    EXPECT_EQ(vs.record<hal::VsRfIccInfo>(0).version, 1);
     const auto came = vs.came.all();
     EXPECT_EQ(came[1].obj, nullptr);
     EXPECT_EQ(came[2].obj, nullptr);
     EXPECT_NE(came[3].obj, nullptr);
     vs.advance(70);
     ASSERT_THAT(vs.names(), ElementsAre("reply 0", "reply 5", "reply 0", "reply 0", "state", "state", "reply 0"));
-    const auto& info = vs.object<hal::VsRfIccInfo>(6);
+    const auto& info = vs.record<hal::VsRfIccInfo>(6);
     EXPECT_THAT((std::array<int, 3>{info.version, info.blacklist, info.brindle}), ElementsAre(3, 0xabcd, 1));
 }
 
@@ -139,17 +142,18 @@ TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
         "vs at 60 event clat null\n");
     for (int i = 0; i < 6; ++i) vs.advance(10);
     ASSERT_THAT(vs.names(), ElementsAre("clat", "txSharing", "screen", "iccEvent", "iccEvent", "clat"));
-    const auto& clat = vs.object<hal::VsClatState>(0);
+    const auto& clat = vs.record<hal::VsClatState>(0);
     EXPECT_THAT((std::array<int, 4>{clat.enable, clat.freq, clat.cc, clat.ant}), ElementsAre(1, 1800, 2, 3));
-    const auto& sharing = vs.object<hal::VsTxSharingState>(1);
+    const auto& sharing = vs.record<hal::VsTxSharingState>(1);
     EXPECT_EQ(sharing.enable, 1);
     EXPECT_THAT(sharing.band, ElementsAre(1, 2));
     EXPECT_THAT(sharing.param1, ElementsAre(3, 4));
     EXPECT_THAT(sharing.param2, ElementsAre(5, 6));
-    EXPECT_EQ(vs.object<mindroid::Integer>(2).value(), 0);
-    EXPECT_EQ(vs.object<hal::VsIccEvent>(3).event, 9u);
-    EXPECT_THAT(vs.object<hal::VsIccEvent>(3).data, ElementsAre(1, 2, 0));
-    EXPECT_EQ(vs.object<hal::VsIccEvent>(4).length, 256);
+    EXPECT_EQ(vs.integer(2), 0);
+    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).event, 9u);
+    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).length, 3);
+    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).data[1], 2);
+    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(4).length, 256);
     EXPECT_EQ(vs.came.all()[5].obj, nullptr);
 }
 

@@ -1,7 +1,7 @@
 #include "tools/Output.h"
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 #include <gtest/gtest.h>
+#include <stubs/Table.h>
 
 #include <sstream>
 
@@ -12,6 +12,11 @@ namespace {
 
 using namespace ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
+template <class I, uint32_t code, class... Args>
+Json callJson(const char* kind, const Args&... arguments) {
+    return callToJson(kind, subsys_stubs::methodOf<I, code>(), arguments...);
+}
+
 // The one line that is printed.
 std::string printed(const Json& event, bool json, bool colour = false) {
     std::ostringstream out;
@@ -21,17 +26,17 @@ std::string printed(const Json& event, bool json, bool colour = false) {
     return text.substr(0, text.size() - 1);
 }
 
-const Json kLcd = callToJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
+const Json kLcd = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
     "response", SubsysResponseInfo{0, 7, SUBSYS_Errno::NOT_SUPPORTED}, std::string("a\"b\n"));
-const Json kClock = callToJson<ISubsysResponse, ISubsysResponse::TRANSACTION_setOscFreqClkResponse>(
+const Json kClock = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_setOscFreqClkResponse>(
     "response", SubsysResponseInfo{0, -1, SUBSYS_Errno::SUCCESS});
-const Json kCommand = callToJson<ISubsysResponse, ISubsysResponse::TRANSACTION_sendIccCmdResponse>(
+const Json kCommand = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_sendIccCmdResponse>(
     "response", SubsysResponseInfo{0, 2, SUBSYS_Errno::SUCCESS}, IccRespInfo{-3, {0x0A, 0xFF}});
 const Json kState =
-    callToJson<ISubsysIndication, ISubsysIndication::TRANSACTION_sendSubsysStateChanged>("indication", true);
-const Json kPerception = callToJson<ISubsysIndication, ISubsysIndication::TRANSACTION_notifyIccPercStateChangedInd>(
+    callJson<ISubsysIndication, ISubsysIndication::TRANSACTION_sendSubsysStateChanged>("indication", true);
+const Json kPerception = callJson<ISubsysIndication, ISubsysIndication::TRANSACTION_notifyIccPercStateChangedInd>(
     "indication", IccPerceptionInfo{{{1, -2, 3}, {}}});
-const Json kMeta = callToJson<ISubsysIccMetaCallback, ISubsysIccMetaCallback::TRANSACTION_onIccMetaResp>(
+const Json kMeta = callJson<ISubsysIccMetaCallback, ISubsysIccMetaCallback::TRANSACTION_onIccMetaResp>(
     "callback", IccMetaRespInfo{1, 9, 2, false, {}});
 
 TEST(Output, Json_WhenOfEachKind_ThenKeysAsDeclared) {

@@ -321,7 +321,7 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesAtAnyByte_ThenNobodyElseNotices) {
         const Fd calls = whole.openCalls();
         ASSERT_TRUE(calls.send(Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));
     }
-    for (const size_t length : {1, 15, 20}) {
+    for (const size_t length : {1U, 15U, 20U}) {
         RawPeer bad(mFolder);
         bad.open();
         ASSERT_TRUE(bad.channel.send(Bytes(call.begin(), call.begin() + static_cast<ptrdiff_t>(length))));

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include <mindroid/Log.h>
-#include <mindroid/Looper.h>
 #include <mindroid/SystemClock.h>
 
 #include "MessageQueue.h"
@@ -19,10 +18,6 @@ bool refuse(const char* reason) {
     return false;
 }
 
-uint64_t dueTimeAfter(int64_t delayMillis) {
-    return delayMillis <= 0 ? MessageQueue::kNow : SystemClock::uptimeMillis() + static_cast<uint64_t>(delayMillis);
-}
-
 }  // namespace
 
 Handler::Handler() : mLooper(Looper::myLooper()) {}
@@ -33,17 +28,8 @@ Handler::~Handler() = default;
 
 void Handler::handleMessage(const sp<Message>&) {}
 
-void Handler::dispatchMessage(const sp<Message>& message) {
-    const sp<Runnable> callback = message->getCallback();
-    if (callback != nullptr) {
-        callback->run();
-    } else {
-        handleMessage(message);
-    }
-}
-
 sp<Message> Handler::obtainMessage() {
-    return Message::create(this);
+    return new Message(this);
 }
 
 sp<Message> Handler::obtainMessage(int32_t what) {
@@ -71,68 +57,28 @@ sp<Message> Handler::obtainMessage(const sp<Runnable>& callback) {
     return message;
 }
 
-bool Handler::sendMessage(const sp<Message>& message) {
-    return send(message, MessageQueue::kNow);
-}
-
-bool Handler::sendMessageDelayed(const sp<Message>& message, int64_t delayMillis) {
-    return send(message, dueTimeAfter(delayMillis));
-}
-
 bool Handler::sendMessageAtTime(const sp<Message>& message, uint64_t uptimeMillis) {
-    return send(message, uptimeMillis);
-}
-
-bool Handler::sendEmptyMessage(int32_t what) {
-    return sendEmptyMessageDelayed(what, 0);
+    if (message == nullptr) return refuse("no message to send");
+    if (!message->markSent()) return false;
+    message->mTarget = this;
+    return enqueue(*message, uptimeMillis);
 }
 
 bool Handler::sendEmptyMessageDelayed(int32_t what, int64_t delayMillis) {
-    return sendNew(obtainMessage(what), delayMillis);
+    const auto delay = static_cast<uint64_t>(std::max<int64_t>(delayMillis, 0));
+    return sendMessageAtTime(obtainMessage(what), SystemClock::uptimeMillis() + delay);
 }
 
-bool Handler::post(const sp<Runnable>& task) {
-    return postDelayed(task, 0);
-}
-
-bool Handler::postDelayed(const sp<Runnable>& task, int64_t delayMillis) {
-    return sendNew(obtainMessage(task), delayMillis);
-}
-
-void Handler::removeMessages(int32_t what) {
-    if (mLooper == nullptr) return;
-    mLooper->mQueue->remove([this, what](const Message& message) {
-        return message.mTarget.get() == this && message.mCallback == nullptr && message.what == what;
+void Handler::removeCallbacks(const sp<Runnable>& callback) {
+    if (mLooper == nullptr || callback == nullptr) return;
+    mLooper->mQueue->remove([this, &callback](const Message& message) {
+        return message.mTarget.get() == this && message.mRunnable == callback;
     });
 }
 
-void Handler::removeCallbacks(const sp<Runnable>& task) {
-    if (mLooper == nullptr || task == nullptr) return;
-    mLooper->mQueue->remove(
-        [this, &task](const Message& message) { return message.mTarget.get() == this && message.mCallback == task; });
-}
-
-void Handler::removeCallbacksAndMessages() {
-    if (mLooper == nullptr) return;
-    mLooper->mQueue->remove([this](const Message& message) { return message.mTarget.get() == this; });
-}
-
-bool Handler::send(const sp<Message>& message, uint64_t dueTime) {
-    if (message == nullptr) return refuse("no message to send");
-    if (!message->markSent()) return false;
-    if (message->mTarget.get() != this) message->mTarget = this;
-    return enqueue(message, dueTime);
-}
-
-bool Handler::sendNew(sp<Message> message, int64_t delayMillis) {
-    // Nobody else has it yet.
-    message->mSent.store(true, std::memory_order_relaxed);
-    return enqueue(std::move(message), dueTimeAfter(delayMillis));
-}
-
-bool Handler::enqueue(sp<Message> message, uint64_t dueTime) {
-    if (mLooper != nullptr && mLooper->mQueue->enqueue(std::move(message), dueTime)) return true;
-    message->letGo();
+bool Handler::enqueue(Message& message, uint64_t dueTime) {
+    if (mLooper != nullptr && mLooper->mQueue->enqueue(message, dueTime)) return true;
+    message.letGo();
     return refuse("the handler has no live looper: message dropped");
 }
 

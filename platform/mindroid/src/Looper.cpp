@@ -1,5 +1,8 @@
 #include <mindroid/Looper.h>
 
+#include <android/log.h>
+#include <pthread.h>
+
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -12,16 +15,23 @@ namespace {
 
 constexpr char TAG[] = "Looper";
 
-// The looper of a thread. Nobody runs its messages once the thread has ended, so it quits then.
-struct ThreadLooper {
-    sp<Looper> looper;
+// Nobody runs a thread's messages once it has ended.
+void quitAtThreadEnd(void* value) {
+    auto* const looper = static_cast<Looper*>(value);
+    looper->quit();
+    looper->decStrong();
+}
 
-    ~ThreadLooper() {
-        if (looper != nullptr) looper->quit();
-    }
-};
-
-thread_local ThreadLooper sThreadLooper;
+// Where each thread keeps a reference to its looper. Not a thread_local: its first use waits while a library is being
+// loaded, and so would a thread that a static initialiser starts.
+pthread_key_t looperKey() {
+    static const pthread_key_t sKey = [] {
+        pthread_key_t key{};
+        if (pthread_key_create(&key, quitAtThreadEnd) != 0) __android_log_assert(nullptr, TAG, "no thread key is left");
+        return key;
+    }();
+    return sKey;
+}
 
 }  // namespace
 
@@ -30,35 +40,34 @@ Looper::Looper() : mQueue(std::make_unique<MessageQueue>()) {}
 Looper::~Looper() = default;
 
 bool Looper::prepare() {
-    if (sThreadLooper.looper != nullptr) {
+    if (myLooper() != nullptr) {
         Log::e(TAG, "the thread has a looper already");
         return false;
     }
-    sThreadLooper.looper = new Looper();
+    bind(new Looper());
     return true;
+}
+
+void Looper::bind(const sp<Looper>& looper) {
+    looper->incStrong();
+    pthread_setspecific(looperKey(), looper.get());
 }
 
 void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
     while (const sp<Message> message = self->mQueue->next()) {
-        message->getTarget()->dispatchMessage(message);
+        Message::dispatch(message);
         message->letGo();
     }
 }
 
 sp<Looper> Looper::myLooper() {
-    return sThreadLooper.looper;
+    return static_cast<Looper*>(pthread_getspecific(looperKey()));
 }
 
 void Looper::quit() {
-    // What the dropped messages held may have held this looper.
-    const sp<Looper> self = this;
     mQueue->close();
-}
-
-bool Looper::isCurrentThread() const {
-    return sThreadLooper.looper.get() == this;
 }
 
 }  // namespace mindroid

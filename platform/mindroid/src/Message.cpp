@@ -6,7 +6,6 @@
 #include <mindroid/Log.h>
 #include <mindroid/Runnable.h>
 
-#include "MessagePool.h"
 #include "MessageQueue.h"
 
 namespace mindroid {
@@ -15,87 +14,29 @@ namespace {
 constexpr char TAG[] = "Message";
 }  // namespace
 
-Message::Message() : Object(Adopted{}) {}
+Message::Message(sp<Handler> target) : mTarget(std::move(target)) {}
 
 Message::~Message() = default;
 
-void* Message::operator new(size_t size) {
-    return messagepool::allocate(size);
-}
-
-void Message::operator delete(void* memory) {
-    messagepool::release(memory);
-}
-
-sp<Message> Message::create(sp<Handler> target) {
-    sp<Message> message = sp<Message>::adopt(new Message());
-    message->mTarget = std::move(target);
-    return message;
-}
-
 sp<Message> Message::obtain() {
-    return create(nullptr);
+    return new Message(nullptr);
 }
 
 sp<Message> Message::obtain(const sp<Handler>& target) {
-    return create(target);
-}
-
-sp<Message> Message::obtain(const sp<Handler>& target, int32_t what) {
-    sp<Message> message = create(target);
-    message->what = what;
-    return message;
-}
-
-sp<Message> Message::obtain(const sp<Handler>& target, int32_t what, const sp<Object>& obj) {
-    sp<Message> message = obtain(target, what);
-    message->obj = obj;
-    return message;
-}
-
-sp<Message> Message::obtain(const sp<Handler>& target, int32_t what, int32_t arg1, int32_t arg2) {
-    sp<Message> message = obtain(target, what);
-    message->arg1 = arg1;
-    message->arg2 = arg2;
-    return message;
-}
-
-sp<Message> Message::obtain(const sp<Handler>& target, const sp<Runnable>& callback) {
-    sp<Message> message = create(target);
-    message->mCallback = callback;
-    return message;
+    return new Message(target);
 }
 
 void Message::setCallback(const sp<Runnable>& callback) {
-    if (wasSent()) return Log::w(TAG, "a message that was sent keeps its callback");
-    mCallback = callback;
-}
-
-const sp<Runnable>& Message::getCallback() const {
-    return mCallback;
-}
-
-void Message::setTarget(const sp<Handler>& target) {
-    if (wasSent()) return Log::w(TAG, "a message that was sent keeps its target");
-    mTarget = target;
-}
-
-const sp<Handler>& Message::getTarget() const {
-    return mTarget;
+    if (mSent.load(std::memory_order_relaxed)) return Log::w(TAG, "a message that was sent keeps its callback");
+    mRunnable = callback;
 }
 
 bool Message::sendToTarget() {
     if (!markSent()) return false;
-    // Held here, since the looper may be done with the message before the call returns.
-    const sp<Handler> target = mTarget;
-    if (target != nullptr) return target->enqueue(this, MessageQueue::kNow);
+    if (mTarget != nullptr) return mTarget->enqueue(*this, MessageQueue::kNow);
     Log::w(TAG, "a message without a target can't be sent");
     mSent.store(false, std::memory_order_release);
     return false;
-}
-
-bool Message::claim() {
-    return !wasSent() && !mClaimed.exchange(true, std::memory_order_acq_rel);
 }
 
 bool Message::markSent() {
@@ -104,8 +45,15 @@ bool Message::markSent() {
     return false;
 }
 
+void Message::dispatch(const sp<Message>& message) {
+    if (message->mRunnable != nullptr) return message->mRunnable->run();
+    if (message->mMessageCallback != nullptr) return message->mMessageCallback->handleMessage(message);
+    message->mTarget->handleMessage(message);
+}
+
 void Message::letGo() {
-    mCallback.clear();
+    mRunnable.clear();
+    mMessageCallback.clear();
     obj.clear();
     mTarget.clear();
 }

@@ -6,10 +6,14 @@
 #include <unistd.h>
 
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include <mindroid/Handler.h>
 #include <mindroid/Runnable.h>
 #include <mindroid/SystemClock.h>
+
+#include "Clock.h"
 
 namespace mindroid {
 
@@ -17,147 +21,106 @@ namespace {
 
 constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
 
-// Sleeps while the word is 0, until `deadline` in uptime milliseconds at most. May return early.
+// Sleeps while the word is 1, until `deadline` in milliseconds of CLOCK_MONOTONIC at most. May return early.
 void futexWait(std::atomic<uint32_t>& word, uint64_t deadline) {
     timespec time{};
     time.tv_sec = static_cast<time_t>(deadline / 1000);
     time.tv_nsec = static_cast<long>(deadline % 1000) * 1'000'000;
-    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, 0, deadline == kNever ? nullptr : &time, nullptr,
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, 1, deadline == kNever ? nullptr : &time, nullptr,
             FUTEX_BITSET_MATCH_ANY);
 }
 
+// Uses the word's address and not the word, which may be gone: who sleeps on a futex bears a wake-up without a reason.
 void futexWake(std::atomic<uint32_t>& word) {
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
-// The queues that there are, for a clock that jumps.
-struct Queues {
-    std::mutex lock;
-    std::vector<MessageQueue*> all;
-
-    // Never destroyed: loopers may outlive the statics.
-    static Queues& get() {
-        static auto* instance = new Queues();
-        return *instance;
-    }
-};
-
 }  // namespace
 
-MessageList::~MessageList() {
-    while (!empty()) pop()->letGo();
-}
-
-sp<Message> MessageList::pop() {
-    Message* message = mHead;
-    mHead = message->mNext;
-    return sp<Message>::adopt(message);
-}
-
-void MessageList::append(Message* message) {
-    message->mNext = nullptr;
-    (mHead == nullptr ? mHead : mTail->mNext) = message;
-    mTail = message;
-}
-
-MessageQueue::MessageQueue() {
-    Queues& queues = Queues::get();
-    const std::lock_guard lock(queues.lock);
-    queues.all.push_back(this);
-}
-
-MessageQueue::~MessageQueue() {
+bool MessageQueue::enqueue(Message& message, uint64_t dueTime) {
     {
-        Queues& queues = Queues::get();
-        const std::lock_guard lock(queues.lock);
-        std::erase(queues.all, this);
+        const device::MutexLock lock(mLock);
+        if (mClosed) return false;
+        if (!mTimed.empty()) moveDueToReady();
+        if (dueTime == kNow || dueTime <= SystemClock::uptimeMillis()) {
+            mReady.emplace_back(&message);
+        } else {
+            mTimed.emplace(dueTime, &message);
+        }
+        if (!rouse()) return true;
     }
-    close();
-}
-
-bool MessageQueue::enqueue(sp<Message>&& message, uint64_t dueTime) {
-    std::unique_lock lock(mLock);
-    if (mClosed) return false;
-    if (!mTimed.empty()) moveDueToReady();
-    if (dueTime == kNow || dueTime <= SystemClock::uptimeMillis()) {
-        mReady.push(std::move(message));
-    } else {
-        addTimed(std::move(message), dueTime);
-    }
-    wake(std::move(lock));
+    futexWake(mAsleep);
     return true;
 }
 
 sp<Message> MessageQueue::next() {
-    std::unique_lock lock(mLock);
+    const device::MutexLock lock(mLock);
     while (!mClosed) {
         if (mReady.empty() && !mTimed.empty()) moveDueToReady();
-        if (!mReady.empty()) return mReady.pop();
-        sleep(lock);
+        if (!mReady.empty()) {
+            sp<Message> message = std::move(mReady.front());
+            mReady.pop_front();
+            return message;
+        }
+        sleep();
     }
     return nullptr;
 }
 
-void MessageQueue::close() {
-    const auto any = [](const Message&) { return true; };
+void MessageQueue::remove(const Predicate& matches) {
+    std::vector<sp<Message>> removed;
+    const auto take = [&](const sp<Message>& message) {
+        if (!matches(*message)) return false;
+        removed.push_back(message);
+        return true;
+    };
     {
-        std::unique_lock lock(mLock);
+        const device::MutexLock lock(mLock);
+        std::erase_if(mReady, take);
+        std::erase_if(mTimed, [&](const auto& timed) { return take(timed.second); });
+    }
+    // Without the lock, since what the messages hold may call back when it dies.
+    for (const sp<Message>& message : removed) message->letGo();
+}
+
+void MessageQueue::close() {
+    bool mustWake = false;
+    {
+        const device::MutexLock lock(mLock);
         mClosed = true;
-        wake(std::move(lock));
+        mustWake = rouse();
     }
-    remove(any);
-}
-
-void MessageQueue::onClockChanged() {
-    Queues& queues = Queues::get();
-    const std::lock_guard lock(queues.lock);
-    for (MessageQueue* queue : queues.all) {
-        std::unique_lock queueLock(queue->mLock);
-        queue->moveDueToReady();
-        queue->wake(std::move(queueLock));
-    }
-}
-
-bool MessageQueue::isLater(const Timed& a, const Timed& b) {
-    return a.dueTime != b.dueTime ? a.dueTime > b.dueTime : a.sequence > b.sequence;
-}
-
-void MessageQueue::addTimed(sp<Message> message, uint64_t dueTime) {
-    mTimed.push_back({dueTime, mSequence++, message.release()});
-    std::push_heap(mTimed.begin(), mTimed.end(), isLater);
+    if (mustWake) futexWake(mAsleep);
+    remove([](const Message&) { return true; });
 }
 
 void MessageQueue::moveDueToReady() {
     const uint64_t now = SystemClock::uptimeMillis();
-    while (!mTimed.empty() && mTimed.front().dueTime <= now) {
-        std::pop_heap(mTimed.begin(), mTimed.end(), isLater);
-        mReady.push(sp<Message>::adopt(mTimed.back().message));
-        mTimed.pop_back();
+    while (!mTimed.empty() && mTimed.begin()->first <= now) {
+        mReady.push_back(std::move(mTimed.begin()->second));
+        mTimed.erase(mTimed.begin());
     }
 }
 
-uint64_t MessageQueue::nextTimeout() const {
-    return mTimed.empty() || SystemClock::isManual() ? kNever : mTimed.front().dueTime;
+uint64_t MessageQueue::nextDue() const {
+    return mTimed.empty() ? kNever : mTimed.begin()->first;
 }
 
-void MessageQueue::sleep(std::unique_lock<std::mutex>& lock) {
-    const uint64_t deadline = nextTimeout();
-    mAsleep = true;
-    mAsleepUntil = deadline;
-    mWakeWord.store(0, std::memory_order_relaxed);
-    lock.unlock();
-    futexWait(mWakeWord, deadline);
-    lock.lock();
-    mAsleep = false;
+void MessageQueue::sleep() {
+    mAsleepUntil = nextDue();
+    mAsleep.store(1, std::memory_order_relaxed);
+    const uint64_t deadline = mAsleepUntil == kNever ? kNever : clock::timeToLook(mAsleepUntil);
+    mLock.unlock();
+    futexWait(mAsleep, deadline);
+    mLock.lock();
+    mAsleep.store(0, std::memory_order_relaxed);
 }
 
-void MessageQueue::wake(std::unique_lock<std::mutex> lock) {
-    const bool stays = mReady.empty() && !mClosed && nextTimeout() >= mAsleepUntil;
-    if (!mAsleep || stays) return;
-    mAsleep = false;
-    mWakeWord.store(1, std::memory_order_relaxed);
-    lock.unlock();
-    futexWake(mWakeWord);
+bool MessageQueue::rouse() {
+    const bool hasWork = !mReady.empty() || mClosed || nextDue() < mAsleepUntil;
+    if (!hasWork || mAsleep.load(std::memory_order_relaxed) == 0) return false;
+    mAsleep.store(0, std::memory_order_relaxed);
+    return true;
 }
 
 }  // namespace mindroid

@@ -1,8 +1,6 @@
 #include <mindroid/RegistrantList.h>
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
 
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -13,28 +11,6 @@ namespace mindroid {
 namespace {
 
 constexpr char TAG[] = "Registrant";
-
-// Runs a registrant's callback with the message that carries this task.
-class Notification final : public Runnable {
-public:
-    Notification(const sp<MessageCallback>& callback, const sp<Message>& message)
-        : Runnable(nullptr), mCallback(callback), mMessage(message) {}
-
-    void run() override { mCallback->handleMessage(mMessage); }
-
-private:
-    const sp<MessageCallback> mCallback;
-    const sp<Message> mMessage;
-};
-
-// Moves the registrants of the handler out, for the caller to destroy without the lock.
-std::vector<sp<Registrant>> extract(std::vector<sp<Registrant>>& registrants, const sp<Handler>& handler) {
-    const auto isOther = [&](const sp<Registrant>& registrant) { return registrant->getHandler() != handler; };
-    const auto first = std::stable_partition(registrants.begin(), registrants.end(), isOther);
-    std::vector<sp<Registrant>> removed(std::make_move_iterator(first), std::make_move_iterator(registrants.end()));
-    registrants.erase(first, registrants.end());
-    return removed;
-}
 
 }  // namespace
 
@@ -47,45 +23,35 @@ Registrant::Registrant(const sp<Handler>& handler, const sp<MessageCallback>& ca
 void Registrant::notify(const sp<Object>& result) const {
     if (mHandler == nullptr) return Log::w(TAG, "no handler to notify");
     const sp<Message> message = mHandler->obtainMessage(mWhat, result != nullptr ? result : mObj);
-    if (mCallback != nullptr) message->setCallback(new Notification(mCallback, message));
+    message->mMessageCallback = mCallback;
     message->sendToTarget();
 }
 
 void RegistrantList::add(const sp<Registrant>& registrant) {
     if (registrant == nullptr) return;
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     mRegistrants.push_back(registrant);
-}
-
-void RegistrantList::add(const sp<Handler>& handler, int32_t what, const sp<Object>& obj) {
-    add(new Registrant(handler, what, obj));
 }
 
 void RegistrantList::remove(const sp<Handler>& handler) {
+    const auto isOther = [&](const sp<Registrant>& registrant) { return registrant->mHandler != handler; };
+    // Dies after the lock was let go.
     std::vector<sp<Registrant>> removed;
-    const std::lock_guard lock(mLock);
-    removed = extract(mRegistrants, handler);
-}
-
-size_t RegistrantList::replace(const sp<Registrant>& registrant) {
-    std::vector<sp<Registrant>> removed;
-    const std::lock_guard lock(mLock);
-    const size_t size = mRegistrants.size();
-    if (registrant == nullptr) return size;
-    removed = extract(mRegistrants, registrant->getHandler());
-    mRegistrants.push_back(registrant);
-    return size;
+    const device::MutexLock lock(mLock);
+    const auto first = std::stable_partition(mRegistrants.begin(), mRegistrants.end(), isOther);
+    removed.assign(first, mRegistrants.end());
+    mRegistrants.erase(first, mRegistrants.end());
 }
 
 size_t RegistrantList::size() const {
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     return mRegistrants.size();
 }
 
 void RegistrantList::notify(const sp<Object>& result) const {
     std::vector<sp<Registrant>> registrants;
     {
-        const std::lock_guard lock(mLock);
+        const device::MutexLock lock(mLock);
         registrants = mRegistrants;
     }
     for (const sp<Registrant>& registrant : registrants) registrant->notify(result);

@@ -5,7 +5,8 @@
 
 #include <atomic>
 
-#include "MessageQueue.h"
+#include "../testing/ManualClock.h"
+#include "Clock.h"
 
 namespace mindroid {
 
@@ -29,8 +30,8 @@ uint64_t SystemClock::uptimeMillis() {
     return manual == kNotManual ? monotonicMillis() : static_cast<uint64_t>(manual);
 }
 
-bool SystemClock::isManual() {
-    return sManualMillis.load(std::memory_order_relaxed) != kNotManual;
+uint64_t clock::timeToLook(uint64_t uptimeMillis) {
+    return sManualMillis.load(std::memory_order_relaxed) == kNotManual ? uptimeMillis : monotonicMillis() + 1;
 }
 
 ManualClock::ManualClock() {
@@ -42,12 +43,10 @@ ManualClock::ManualClock() {
 
 ManualClock::~ManualClock() {
     sManualMillis.store(kNotManual);
-    MessageQueue::onClockChanged();
 }
 
 void ManualClock::advance(uint64_t millis) {
     sManualMillis.fetch_add(static_cast<int64_t>(millis));
-    MessageQueue::onClockChanged();
 }
 
 }  // namespace mindroid

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -10,6 +9,7 @@
 #include <mindroid/SystemClock.h>
 
 #include "LoopFixture.h"
+#include "mindroid/testing/ManualClock.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
@@ -23,32 +23,28 @@ using test::QUIT;
 TEST(Handler, Send_WhenItsThreadHadNoLooper_ThenFailsWithAWarning) {
     const test::LogCapture log;
     const sp<Handler> handler = new Handler();
-    EXPECT_TRUE(handler->getLooper() == nullptr);
-    EXPECT_FALSE(handler->sendEmptyMessage(1));
+    const sp<Runnable> task = new Runnable([] {});
+    EXPECT_FALSE(test::send(handler, 1));
     EXPECT_FALSE(handler->sendEmptyMessageDelayed(1, 5));
-    EXPECT_FALSE(handler->post(new Runnable([] {})));
-    EXPECT_FALSE(handler->obtainMessage(1)->sendToTarget());
+    EXPECT_FALSE(test::sendLater(handler, handler->obtainMessage(1)));
+    EXPECT_FALSE(handler->obtainMessage(task)->sendToTarget());
     EXPECT_EQ(log.count("Handler", "the handler has no live looper: message dropped", ANDROID_LOG_WARN), 4u);
-    handler->removeMessages(1);
-    handler->removeCallbacksAndMessages();
-    EXPECT_FALSE(handler->sendMessage(nullptr));
+    handler->removeCallbacks(task);
+    EXPECT_FALSE(test::sendLater(handler, nullptr));
     EXPECT_EQ(log.count("Handler", "no message to send", ANDROID_LOG_WARN), 1u);
 }
 
-TEST(Handler, SendMessage_WhenItHasAnotherTargetOrACallback_ThenThisHandlerOrTheCallbackGetsIt) {
+TEST(Handler, SendMessageAtTime_WhenTheMessageHasAnotherTarget_ThenThisHandlerGetsIt) {
     sp<Probe> first, second;
-    int runs = 0;
     test::runLoop([&] {
         first = new Probe();
         second = new Probe();
-        EXPECT_TRUE(second->sendMessage(first->obtainMessage(3)));
-        second->post(new Runnable([&] { ++runs; }));
-        second->post(new Runnable(nullptr));
-        second->sendEmptyMessage(QUIT);
+        EXPECT_TRUE(second->sendMessageAtTime(first->obtainMessage(3), 0));
+        second->obtainMessage(new Runnable(nullptr))->sendToTarget();
+        test::send(second, QUIT);
     });
     EXPECT_TRUE(first->seen.empty());
     EXPECT_EQ(second->seen, std::vector<int32_t>{3});
-    EXPECT_EQ(runs, 1);
 }
 
 // ---- Order. ----
@@ -60,7 +56,7 @@ struct Step {
 
     void perform(const sp<Handler>& handler, ManualClock& clock, uint64_t start) const {
         const auto later = static_cast<uint64_t>(millis);
-        if (kind == NOW) handler->sendEmptyMessage(what);
+        if (kind == NOW) test::send(handler, what);
         if (kind == DELAYED) handler->sendEmptyMessageDelayed(what, millis);
         if (kind == AT) handler->sendMessageAtTime(handler->obtainMessage(what), start + later);
         if (kind == ADVANCE) clock.advance(later);
@@ -74,7 +70,7 @@ std::vector<int32_t> orderOf(const std::vector<Step>& steps) {
         probe = new Probe();
         const uint64_t start = SystemClock::uptimeMillis();
         for (const Step& step : steps) step.perform(probe, clock, start);
-        probe->sendEmptyMessage(QUIT);
+        test::send(probe, QUIT);
         Looper::loop();
     });
     return probe->seen;
@@ -82,13 +78,13 @@ std::vector<int32_t> orderOf(const std::vector<Step>& steps) {
 
 TEST(Handler, Messages_WhenSent_ThenRunByDueTimeThenBySending) {
     using enum Step::Kind;
-    constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max();
+    constexpr int64_t FOREVER = std::numeric_limits<int64_t>::max(), LONG_AGO = std::numeric_limits<int64_t>::min();
     const struct {
         const char* rule;
         std::vector<Step> steps;
         std::vector<int32_t> order;
     } cases[] = {
-        {"now", {{NOW, 1}, {NOW, 2}, {DELAYED, 3, -5}, {NOW, 4}}, {1, 2, 3, 4}},
+        {"now", {{NOW, 1}, {NOW, 2}, {DELAYED, 3, LONG_AGO}, {NOW, 4}}, {1, 2, 3, 4}},
         {"the earlier due first", {{DELAYED, 1, 9}, {DELAYED, 2, 3}, {AT, 3, 6}, {ADVANCE, 0, 9}}, {2, 3, 1}},
         {"of those equally due the first sent first",
          {{DELAYED, 1, 5}, {ADVANCE, 0, 1}, {DELAYED, 2, 4}, {AT, 3, 5}, {ADVANCE, 0, 4}},
@@ -103,56 +99,30 @@ TEST(Handler, Messages_WhenSent_ThenRunByDueTimeThenBySending) {
     for (const auto& [rule, steps, order] : cases) EXPECT_EQ(orderOf(steps), order) << rule;
 }
 
-TEST(Handler, Delayed_WhenManyInAnyOrder_ThenRunByDueTimeThenBySending) {
-    constexpr int32_t COUNT = 1000, TIMES = 50;
-    sp<Probe> probe;
-    const auto delay = [](int32_t what) { return what * 37 % TIMES; };
-    test::runLoop([&] {
-        ManualClock clock;
-        probe = new Probe();
-        for (int32_t what = 0; what < COUNT; ++what) probe->sendEmptyMessageDelayed(what, 1 + delay(what));
-        probe->sendEmptyMessageDelayed(COUNT, 7);
-        probe->removeMessages(COUNT);
-        clock.advance(TIMES);
-        probe->sendEmptyMessage(QUIT);
-        Looper::loop();
-    });
-    std::vector<int32_t> expected(COUNT);
-    for (int32_t what = 0; what < COUNT; ++what) expected[static_cast<size_t>(what)] = what;
-    std::stable_sort(expected.begin(), expected.end(), [&](int32_t a, int32_t b) { return delay(a) < delay(b); });
-    EXPECT_EQ(probe->seen, expected);
-}
-
 // ---- The clock. ----
 
-TEST(ManualClock, Advance_WhenALooperSleeps_ThenItRunsWhatIsDueAndNoMore) {
-    ManualClock clock;
-    const test::LooperThread looper;
-    test::Recorder<int> ran;
-    for (const int delay : {200, 199, 400}) {
-        looper.handler()->postDelayed(new Runnable([&ran, delay] { ran.add(delay); }), delay);
-    }
-    clock.advance(198);
-    looper.handler()->post(new Runnable([&] { ran.add(0); }));
-    ASSERT_TRUE(ran.await(1));
-    clock.advance(2);
-    ASSERT_TRUE(ran.await(3));
-    looper.handler()->removeCallbacksAndMessages();
-    EXPECT_EQ(ran.all(), (std::vector<int>{0, 199, 200}));
-}
-
-TEST(ManualClock, Destruction_WhenALooperSleepsOnIt_ThenRealTimeGoesOnAndNothingRunsBeforeItIsDue) {
-    const sp<HandlerThread> thread = new HandlerThread();
-    const auto due = SystemClock::uptimeMillis() + 30;
+TEST(ManualClock, Clock_WhenALooperSleepsOnIt_ThenItRunsWhatIsDueAndNoMore) {
+    test::LooperThread looper;
     test::Recorder<uint64_t> ran;
+    const auto runAt = [&](uint64_t due) {
+        const sp<Runnable> task = new Runnable([&ran, due] { ran.add(due - SystemClock::uptimeMillis()); });
+        looper.handler()->sendMessageAtTime(looper.handler()->obtainMessage(task), due);
+    };
     {
         ManualClock clock;
-        thread->start();
-        const sp<Handler> handler = new Handler(thread->getLooper());
-        handler->postDelayed(new Runnable([&] { ran.add(SystemClock::uptimeMillis()); }), 30);
+        const uint64_t start = SystemClock::uptimeMillis();
+        for (const uint64_t delay : {200U, 199U, 400U}) runAt(start + delay);
+        clock.advance(198);
+        looper.drain();
+        EXPECT_EQ(ran.count(), 0u);
+        clock.advance(2);
+        ASSERT_TRUE(ran.await(2));
     }
-    ASSERT_TRUE(ran.await());
-    EXPECT_GE(ran.all().front(), due);
+    // Real time goes on, and is behind.
+    runAt(SystemClock::uptimeMillis() + 20);
+    ASSERT_TRUE(ran.await(3));
+    EXPECT_EQ(ran.all()[0] + 1, ran.all()[1]) << "199, then 200";
+    EXPECT_LE(static_cast<int64_t>(ran.all()[2]), 0) << "not before it is due";
 }
 
 TEST(ManualClockDeathTest, Construction_WhenThereIsOne_ThenTheProcessEnds) {

@@ -10,6 +10,7 @@
 #include <mindroid/Handler.h>
 #include <mindroid/Looper.h>
 #include <mindroid/Message.h>
+#include <mindroid/SystemClock.h>
 
 #include "tests/support/Threads.h"
 
@@ -46,6 +47,15 @@ public:
     std::vector<int32_t> seen;
     std::function<void(const mindroid::sp<mindroid::Message>&)> action;
 };
+
+inline bool send(const mindroid::sp<mindroid::Handler>& handler, int32_t what) {
+    return handler->obtainMessage(what)->sendToTarget();
+}
+
+// Not due before the test has ended.
+inline bool sendLater(const mindroid::sp<mindroid::Handler>& handler, const mindroid::sp<mindroid::Message>& message) {
+    return handler->sendMessageAtTime(message, mindroid::SystemClock::uptimeMillis() + 60'000);
+}
 
 // Sets up on a new thread that has a looper, runs the loop until something quits it, and returns. A set-up whose own
 // variables must live during the loop runs the loop itself.

@@ -1,8 +1,11 @@
 #include <mindroid/Looper.h>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
+
+#include <string>
 
 #include <mindroid/HandlerThread.h>
 
@@ -27,22 +30,24 @@ TEST(Looper, PrepareAndLoop_WhenThereIsALooperOrNone_ThenFailWithAnError) {
         EXPECT_TRUE(Looper::prepare());
         const sp<Looper> looper = Looper::myLooper();
         EXPECT_FALSE(Looper::prepare());
-        EXPECT_TRUE(Looper::myLooper() == looper && looper->isCurrentThread());
+        EXPECT_TRUE(Looper::myLooper() == looper);
     }).join();
     EXPECT_EQ(log.count("Looper", "the thread has no looper to run", ANDROID_LOG_ERROR), 1u);
     EXPECT_EQ(log.count("Looper", "the thread has a looper already", ANDROID_LOG_ERROR), 1u);
 }
 
-// ---- During a dispatch. Each probe has 1, 2 and 3 pending; its action runs with 1. ----
+// ---- During a dispatch. Each probe has 1, 2 and 3 pending; the action runs with 1, and QUIT is sent after it. ----
 
 Seen dispatch(const std::function<void(const sp<Probe>&)>& atFirst) {
     sp<Probe> probe;
     test::runLoop([&] {
         probe = new Probe();
         probe->action = [&](const sp<Message>& message) {
-            if (message->what == 1) atFirst(probe);
+            if (message->what != 1) return;
+            atFirst(probe);
+            test::send(probe, QUIT);
         };
-        for (const int32_t what : {1, 2, 3, QUIT}) probe->sendEmptyMessage(what);
+        for (const int32_t what : {1, 2, 3}) test::send(probe, what);
     });
     return probe->seen;
 }
@@ -50,36 +55,32 @@ Seen dispatch(const std::function<void(const sp<Probe>&)>& atFirst) {
 TEST(LooperDispatch, Quit_WhenDuringADispatch_ThenItIsTheLastAndSendsFail) {
     const test::LogCapture log;
     const Seen seen = dispatch([](const sp<Probe>& probe) {
-        probe->getLooper()->quit();
-        EXPECT_FALSE(probe->sendEmptyMessage(4));
-        probe->getLooper()->quit();
+        Looper::myLooper()->quit();
+        EXPECT_FALSE(test::send(probe, 4));
+        Looper::myLooper()->quit();
     });
     EXPECT_EQ(seen, Seen{1});
 }
 
-TEST(LooperDispatch, Removal_WhenDuringADispatch_ThenOnlyTheRemovedDoNotRun) {
-    int runs = 0;
-    Seen others;
+TEST(LooperDispatch, RemoveCallbacks_WhenDuringADispatch_ThenOnlyThatTaskOfThatHandlerDoesNotRun) {
+    std::vector<std::string> ran;
+    const auto task = [&](const char* name) {
+        return sp<Runnable>(new Runnable([&ran, name] { ran.emplace_back(name); }));
+    };
     const Seen seen = dispatch([&](const sp<Probe>& probe) {
-        const sp<Runnable> removed = new Runnable([] { ADD_FAILURE() << "a removed task ran"; });
-        probe->removeMessages(QUIT);
-        probe->post(removed);
-        probe->post(new Runnable([&] { ++runs; }));
-        probe->postDelayed(removed, 1);
+        const sp<Probe> peer = new Probe();  // on the same looper
+        const sp<Runnable> removed = task("removed"), kept = task("kept");
+        for (const auto& [handler, each] : {std::pair(probe, removed), {probe, kept}, {probe, removed}}) {
+            handler->obtainMessage(each)->sendToTarget();
+        }
+        test::sendLater(probe, probe->obtainMessage(removed));
         probe->removeCallbacks(removed);
         probe->removeCallbacks(nullptr);
-        probe->removeMessages(2);
-        const sp<Probe> peer = new Probe(), quiet = new Probe();  // on the same looper
-        peer->action = [&](const auto& message) { others.push_back(message->what); };
-        for (const int32_t what : {2, 3}) peer->sendEmptyMessage(what);
-        quiet->sendEmptyMessage(9);
-        quiet->removeCallbacksAndMessages();
-        probe->removeMessages(0);  // the tasks' `what`, but they have callbacks
-        probe->sendEmptyMessageDelayed(QUIT, 2);
+        peer->obtainMessage(task("peer's"))->sendToTarget();
+        peer->removeCallbacks(kept);
     });
-    EXPECT_EQ(seen, (Seen{1, 3}));
-    EXPECT_EQ(others, (Seen{2, 3}));
-    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(seen, (Seen{1, 2, 3}));
+    EXPECT_EQ(ran, (std::vector<std::string>{"kept", "peer's"}));
 }
 
 TEST(LooperDispatch, Handler_WhenItsLastReferenceGoesInADispatch_ThenItDiesAfterIt) {
@@ -89,43 +90,49 @@ TEST(LooperDispatch, Handler_WhenItsLastReferenceGoesInADispatch_ThenItDiesAfter
         (*holder)->action = [&, holder, mortal = sp<Object>(new Mortal(deaths))](const auto&) {
             delete holder;
             EXPECT_EQ(deaths, 0);
-            sp<Probe>(new Probe())->sendEmptyMessage(QUIT);
+            test::send(sp<Probe>(new Probe()), QUIT);
         };
-        (*holder)->sendEmptyMessage(1);
+        test::send(*holder, 1);
     });
     EXPECT_EQ(deaths, 1);
 }
 
 TEST(LooperDispatch, Loop_WhenNested_ThenQuitEndsBoth) {
-    const Seen seen = dispatch([](const sp<Probe>&) { Looper::loop(); });
+    const Seen seen = dispatch([](const sp<Probe>& probe) {
+        test::send(probe, QUIT);
+        const test::LogCapture log;
+        Looper::loop();
+    });
     EXPECT_EQ(seen, (Seen{1, 2, 3}));
 }
 
-// ---- What a dropped message held may call back: no lock is held. ----
-
 TEST(LooperDrop, Drop_WhenADestructorCallsTheLooper_ThenItDoesNotBlock) {
-    const std::function<void(const sp<Handler>&)> drops[] = {[](const auto& handler) { handler->removeMessages(1); },
-                                                             [](const auto& handler) { handler->getLooper()->quit(); }};
+    const sp<Runnable> task = new Runnable([] {});
+    const std::function<void(const sp<Handler>&)> drops[] = {
+        [&](const auto& handler) { handler->removeCallbacks(task); }, [](const auto&) { Looper::myLooper()->quit(); }};
     for (const auto& drop : drops) {
         const test::LogCapture log;
         std::atomic<int> deaths{0};
         test::runLoop([&] {
             const sp<Handler> handler = new Handler();
-            Handler* const raw = handler.get();
-            const auto callBack = [raw] {
-                raw->sendEmptyMessage(2);
-                raw->removeMessages(2);
-                raw->getLooper()->quit();
+            const auto mortalMessage = [&, raw = handler.get()] {
+                const sp<Message> message = handler->obtainMessage(task);
+                message->obj = new Mortal(deaths, [&task, raw] {
+                    raw->sendEmptyMessageDelayed(2, 0);
+                    raw->removeCallbacks(task);
+                    Looper::myLooper()->quit();
+                });
+                return message;
             };
-            handler->sendMessage(handler->obtainMessage(1, new Mortal(deaths, callBack)));
-            handler->sendMessageDelayed(handler->obtainMessage(1, new Mortal(deaths, callBack)), 60'000);
+            mortalMessage()->sendToTarget();
+            test::sendLater(handler, mortalMessage());
             drop(handler);
         });
         EXPECT_EQ(deaths, 2);
     }
 }
 
-TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOn) {
+TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOnUntilAnEarlierOneIsDue) {
     test::LooperThread looper;
     const auto switches = [&] {
         return looper.run([] {
@@ -138,6 +145,10 @@ TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOn) {
     const long before = switches();
     for (int i = 0; i < 1000; ++i) looper.handler()->sendEmptyMessageDelayed(1, 120'000);
     EXPECT_LT(switches() - before, 100);
+    test::Event ran;
+    const sp<Message> earlier = looper.handler()->obtainMessage(new Runnable([&] { ran.signal(); }));
+    looper.handler()->sendMessageAtTime(earlier, SystemClock::uptimeMillis() + 1);
+    EXPECT_TRUE(ran.await());
 }
 
 // ---- A thread with a looper. ----
@@ -155,16 +166,37 @@ TEST(HandlerThread, Name_WhenAnyLength_ThenIsCutTo15) {
     }
 }
 
-TEST(HandlerThread, Start_WhenStartedBefore_ThenIsFalse) {
+TEST(HandlerThread, Start_WhenSentBefore_ThenItRunsThatAndCanNotBeStartedAgain) {
     const sp<HandlerThread> thread = new HandlerThread();
-    EXPECT_TRUE(thread->getLooper() == nullptr);
-    thread->quit();
+    const sp<Handler> handler = new Handler(thread->getLooper());
+    test::Recorder<sp<Looper>> ranOn;
+    handler->obtainMessage(new Runnable([&] { ranOn.add(Looper::myLooper()); }))->sendToTarget();
     EXPECT_TRUE(thread->start());
+    ASSERT_TRUE(ranOn.await());
+    EXPECT_TRUE(ranOn.all().front() == thread->getLooper());
     EXPECT_FALSE(thread->start());
-    EXPECT_FALSE(thread->getLooper()->isCurrentThread());
-    thread->quit();
-    thread->join();
+}
+
+TEST(HandlerThread, Start_WhenTheSystemHasNoThread_ThenAnErrorAndSendsFail) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, size_t{1} << 50);  // more than there is room for
+    ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+    pthread_attr_destroy(&attributes);
+
+    const test::LogCapture log;
+    const sp<HandlerThread> thread = new HandlerThread("none");
+    const sp<Handler> handler = new Handler(thread->getLooper());
     EXPECT_FALSE(thread->start());
+    EXPECT_TRUE(
+        log.has("HandlerThread", "thread none can't be started: Resource temporarily unavailable", ANDROID_LOG_ERROR));
+    EXPECT_FALSE(test::send(handler, 1));
+}
+
+TEST(HandlerThread, Start_WhenALibraryThatIsBeingLoadedWaitsForIt_ThenItRuns) {
+    void* const library = dlopen(LOOPER_LIBRARY, RTLD_NOW);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_TRUE(*static_cast<bool*>(dlsym(library, "hasRun")));
 }
 
 TEST(HandlerThread, LastReference_WhenLetGoElsewhere_ThenTheThreadIsJoined) {
@@ -173,26 +205,26 @@ TEST(HandlerThread, LastReference_WhenLetGoElsewhere_ThenTheThreadIsJoined) {
     thread->start();
     const sp<Handler> handler = new Handler(thread->getLooper());
     std::atomic<int> deaths{0};
-    handler->sendMessageDelayed(handler->obtainMessage(1, new Mortal(deaths)), 60'000);
+    test::sendLater(handler, handler->obtainMessage(1, new Mortal(deaths)));
     thread.clear();
     EXPECT_EQ(deaths, 1);
-    EXPECT_FALSE(handler->sendEmptyMessage(1));
+    EXPECT_FALSE(test::send(handler, 1));
 }
 
 TEST(HandlerThread, LastReference_WhenLetGoOnTheThreadItself_ThenTheThreadEnds) {
-    std::atomic<int> deaths{0};
     test::Event ended;
+    std::atomic<int> deaths{0};
     sp<HandlerThread> thread = new HandlerThread();
     thread->start();
     const sp<Handler> handler = new Handler(thread->getLooper());
     // Dies with the thread's own storage, after the loop.
-    handler->post(new Runnable([&, owned = std::make_shared<sp<HandlerThread>>(std::move(thread))] {
+    const auto letGo = [&, owned = std::make_shared<sp<HandlerThread>>(std::move(thread))] {
         static thread_local sp<Object> sLast;
         sLast = new Mortal(deaths, [&] { ended.signal(); });
         owned->clear();
-    }));
+    };
+    handler->obtainMessage(new Runnable(letGo))->sendToTarget();
     EXPECT_TRUE(ended.await());
-    EXPECT_EQ(deaths, 1);
 }
 
 }  // namespace

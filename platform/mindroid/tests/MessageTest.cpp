@@ -23,20 +23,12 @@ sp<Message> selfHolding(const sp<Handler>& target, std::atomic<int>& deaths) {
 
 TEST(Message, Obtain_WhenWithFields_ThenHasThoseAndDefaults) {
     const sp<Handler> target = new Handler();
-    const sp<Object> obj = new Handler();
     const sp<Message> plain = Message::obtain();
-    EXPECT_TRUE(plain->getTarget() == nullptr && plain->getCallback() == nullptr && plain->obj == nullptr);
+    EXPECT_TRUE(plain->obj == nullptr);
     EXPECT_EQ(plain->what | plain->arg1 | plain->arg2, 0);
-    const sp<Message> full = Message::obtain(target, 1, 2, 3);
-    EXPECT_TRUE(full->getTarget() == target);
+    const sp<Message> full = target->obtainMessage(1, 2, 3);
     EXPECT_EQ(full->what * 100 + full->arg1 * 10 + full->arg2, 123);
-    EXPECT_TRUE(Message::obtain(target, 1, obj)->obj == obj);
-}
-
-TEST(Message, Claim_WhenManyThreadsCompete_ThenOneGetsIt) {
-    const sp<Message> message = Message::obtain();
-    EXPECT_EQ(test::countTrue(8, [&] { return message->claim(); }), 1);
-    EXPECT_FALSE(message->claim());
+    EXPECT_TRUE(target->obtainMessage(1, target)->obj == target);
 }
 
 TEST(Message, SendToTarget_WhenManyThreadsCompete_ThenItRunsOnce) {
@@ -46,7 +38,7 @@ TEST(Message, SendToTarget_WhenManyThreadsCompete_ThenItRunsOnce) {
         probe = new Probe();
         const sp<Message> message = probe->obtainMessage(7);
         EXPECT_EQ(test::countTrue(4, [&] { return message->sendToTarget(); }), 1);
-        probe->sendEmptyMessage(QUIT);
+        test::send(probe, QUIT);
     });
     EXPECT_EQ(probe->seen, std::vector<int32_t>{7});
     EXPECT_EQ(log.count("Message", "a message can be sent only once", ANDROID_LOG_WARN), 3u);
@@ -59,19 +51,16 @@ TEST(Message, Send_WhenDispatchedBefore_ThenIsRefusedWithOneWarning) {
         const sp<Message> message = probe->obtainMessage(1);
         probe->action = [&](const auto&) {
             EXPECT_FALSE(message->sendToTarget());
-            EXPECT_FALSE(probe->sendMessageDelayed(message, 10));
-            message->setTarget(nullptr);
+            EXPECT_FALSE(test::sendLater(probe, message));
             message->setCallback(nullptr);
         };
         EXPECT_TRUE(message->sendToTarget());
-        probe->sendEmptyMessage(QUIT);
+        test::send(probe, QUIT);
         Looper::loop();
-        EXPECT_TRUE(message->getTarget() == nullptr && message->getCallback() == nullptr);
     });
     EXPECT_EQ(log.count("Message", "a message can be sent only once"), 2u);
-    EXPECT_EQ(log.count("Message", "a message that was sent keeps its target", ANDROID_LOG_WARN), 1u);
     EXPECT_EQ(log.count("Message", "a message that was sent keeps its callback", ANDROID_LOG_WARN), 1u);
-    EXPECT_EQ(log.lines().size(), 4u);
+    EXPECT_EQ(log.lines().size(), 3u);
 }
 
 TEST(Message, SendToTarget_WhenNoTarget_ThenFailsAndMayBeSentLater) {
@@ -81,46 +70,38 @@ TEST(Message, SendToTarget_WhenNoTarget_ThenFailsAndMayBeSentLater) {
         probe = new Probe();
         const sp<Message> message = Message::obtain();
         EXPECT_FALSE(message->sendToTarget());
-        message->setTarget(probe);
-        EXPECT_TRUE(message->sendToTarget());
-        probe->sendEmptyMessage(QUIT);
+        EXPECT_TRUE(probe->sendMessageAtTime(message, 0));
+        test::send(probe, QUIT);
     });
     EXPECT_EQ(probe->seen.size(), 1u);
     EXPECT_EQ(log.lines("Message").size(), 1u);
 }
 
-TEST(Message, Message_WhenDispatchedOrDropped_ThenLetsGoOfAllItHolds) {
+TEST(Message, Message_WhenDispatchedDroppedOrRefused_ThenLetsGoOfAllItHolds) {
     const struct {
         const char* how;
         std::function<void(const sp<Handler>&)> drop;
     } cases[] = {{"dispatched",
                   [](const auto& handler) {
-                      handler->post(new Runnable([] { Looper::myLooper()->quit(); }));
+                      handler->obtainMessage(new Runnable([] { Looper::myLooper()->quit(); }))->sendToTarget();
                       Looper::loop();
                   }},
-                 {"removed", [](const auto& handler) { handler->removeCallbacksAndMessages(); }},
-                 {"quit", [](const auto& handler) { handler->getLooper()->quit(); }},
+                 {"quit", [](const auto&) { Looper::myLooper()->quit(); }},
                  {"thread ended", [](const auto&) {}}};
-    for (const auto& [how, drop] : cases) {
+    for (const auto& end : cases) {
         std::atomic<int> deaths{0};
         std::thread([&] {
             Looper::prepare();
             const sp<Handler> handler = new Handler();
             selfHolding(handler, deaths)->sendToTarget();
-            handler->sendMessageDelayed(selfHolding(handler, deaths), 60'000);
-            drop(handler);
+            test::sendLater(handler, selfHolding(handler, deaths));
+            end.drop(handler);
         }).join();
-        EXPECT_EQ(deaths, 2) << how;
+        EXPECT_EQ(deaths, 2) << end.how;
     }
-}
-
-TEST(Message, SendToTarget_WhenRefused_ThenLetsGoOfAllItHolds) {
     std::atomic<int> deaths{0};
-    const sp<Handler> handler = new Handler();  // without a looper
-    const sp<Message> message = selfHolding(handler, deaths);
-    EXPECT_FALSE(message->sendToTarget());
+    EXPECT_FALSE(selfHolding(new Handler(), deaths)->sendToTarget());
     EXPECT_EQ(deaths, 1);
-    EXPECT_EQ(message->strongCount(), 1);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 #include <gtest/gtest.h>
+#include <stubs/Table.h>
 
 #include <climits>
 #include <set>
@@ -57,7 +57,7 @@ RecordType typeOf() {
 }
 
 template <class... R>
-std::vector<RecordType> typesOf() {
+std::vector<RecordType> typesOf(subsys_stubs::TypeList<R...>) {
     return {typeOf<R>()...};
 }
 
@@ -65,11 +65,7 @@ class EachRecord : public testing::Test {
 protected:
     binder_status_t read(const RecordType& type, const Words& words) { return type.read(words, again, behind); }
 
-    const std::vector<RecordType> types =
-        typesOf<CallInfo, IccIndInfo, IccMetaReqInfo, IccMetaRespInfo, IccPercType, IccPerceptionInfo, IccReqInfo,
-                IccRespInfo, IccStateInfo, ImsRtpDataInfo, ImsRtpPubIpAddrInfo, ImsRtpRedunDataLinkStateInfo,
-                ImsRtpRedunSignalMsg, ImsRtpRedunSignalMsgRspInfo, OrtcConnectInfo, OrtcRoomInfo, OrtcStatus,
-                SubsysResponseInfo>();
+    const std::vector<RecordType> types = typesOf(subsys_stubs::Records());
     Words again;
     Words behind;
 };
@@ -96,7 +92,7 @@ TEST_F(EachRecord, Read_WhenCutAnywhereOrAnyWordIsExtreme_ThenAStatusAndNoCrash)
                                                STATUS_BAD_VALUE};
     for (const RecordType& type : types) {
         for (size_t at = 0; at < type.sample.size(); ++at) {
-            const auto status = read(type, Words(type.sample.begin(), type.sample.begin() + at));
+            const auto status = read(type, Words(type.sample.data(), type.sample.data() + at));
             EXPECT_TRUE(allowed.contains(status)) << type.name << ", " << at << " words: " << status;
             for (const int32_t extreme : {INT_MIN, -2, -1, 0, 1, 3, 0x00FFFFFF, INT_MAX - 3, INT_MAX}) {
                 Words words = type.sample;
@@ -118,6 +114,18 @@ TEST_F(EachRecord, Read_WhenSizeIsImpossible_ThenBadValue) {
     const ndk::ScopedAParcel parcel = parcelOf({0, INT_MAX, 0});
     AParcel_setDataPosition(parcel.get(), 4);
     EXPECT_EQ(STATUS_BAD_VALUE, IccIndInfo().readFromParcel(parcel.get()));
+}
+
+TEST_F(EachRecord, Read_WhenSizeReachesPastTheEnd_ThenReadAndNothingIsLeft) {
+    for (const RecordType& type : types) {
+        for (const int32_t size : {type.sample[0] + 4, INT_MAX}) {
+            Words words = type.sample;
+            words[0] = size;
+            EXPECT_EQ(STATUS_OK, read(type, words)) << type.name;
+            EXPECT_EQ(type.sample, again) << type.name;
+            EXPECT_EQ(Words(), behind) << type.name;
+        }
+    }
 }
 
 TEST(Record, Write_WhenOfEachKindOfField_ThenGoldenWords) {

@@ -1,14 +1,12 @@
 #pragma once
 
-#include <android/binder_parcel_utils.h>
+#include <stubs/Table.h>
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
-
-#include "stubs/Fields.h"
 
 namespace stubs_test {
 
@@ -26,10 +24,10 @@ private:
     template <class T>
     void fill(T& value) {
         if constexpr (subsys_stubs::Record<T>) {
-            subsys_stubs::forEachField(value, [this](const char*, auto& field) { this->fill(field); });
+            subsys_stubs::forEachField(value, [this](const auto&, auto& member) { this->fill(member); });
         } else if constexpr (std::is_same_v<T, bool>) {
             value = true;
-        } else if constexpr (!ndk::internal::isInterface<T>) {
+        } else if constexpr (!subsys_stubs::isInterfacePointer<T>) {
             value = static_cast<T>(++mLast);
         }
     }

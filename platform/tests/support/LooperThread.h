@@ -16,7 +16,7 @@ template <typename Action>
 std::invoke_result_t<Action> runOn(const mindroid::sp<mindroid::Handler>& handler, Action action) {
     std::packaged_task<std::invoke_result_t<Action>()> task(std::move(action));
     auto result = task.get_future();
-    handler->post(new mindroid::Runnable([&] { task(); }));
+    handler->obtainMessage(new mindroid::Runnable([&] { task(); }))->sendToTarget();
     return result.get();
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIccMetaCallback.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysIndication.h>
-#include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BnSubsysResponse.h>
+#include <stubs/Sinks.h>
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <variant>
 
 #include "tests/support/Await.h"
@@ -25,50 +24,24 @@ struct Response {
 };
 
 // A response callback of this process that keeps what it is told.
-class SubsysResponseClient : public pkg::BnSubsysResponse {
+class SubsysResponseClient : public subsys_stubs::Sink<pkg::ISubsysResponse, SubsysResponseClient> {
 public:
-    using Info = pkg::SubsysResponseInfo;
-    using Status = ndk::ScopedAStatus;
-
     Recorder<Response> responses;
 
-    Status getSwtpStatusResponse(const Info& info, int8_t status) override {
-        return keep({"getSwtpStatusResponse", info, status});
-    }
-    Status getLcdInfoResponse(const Info& info, const std::string& lcdInfo) override {
-        return keep({"getLcdInfoResponse", info, lcdInfo});
-    }
-    Status setMipiFreqClkResponse(const Info& info) override { return keep({"setMipiFreqClkResponse", info}); }
-    Status setOscFreqClkResponse(const Info& info) override { return keep({"setOscFreqClkResponse", info}); }
-    Status getNvramDataResponse(const Info& info, const std::string& data) override {
-        return keep({"getNvramDataResponse", info, data});
-    }
-    Status setIccTuningStateResponse(const Info& info) override { return keep({"setIccTuningStateResponse", info}); }
-    Status setIccWifiAntStateResponse(const Info& info) override { return keep({"setIccWifiAntStateResponse", info}); }
-    Status setIccSatelliteAntStateResponse(const Info& info) override {
-        return keep({"setIccSatelliteAntStateResponse", info});
-    }
-    Status getIccStateResponse(const Info& info, const pkg::IccStateInfo& state) override {
-        return keep({"getIccStateResponse", info, state});
-    }
-    Status killProcessResponse(const Info& info) override { return keep({"killProcessResponse", info}); }
-    Status sendIccCmdResponse(const Info& info, const pkg::IccRespInfo& respInfo) override {
-        return keep({"sendIccCmdResponse", info, respInfo});
-    }
-
-private:
-    Status keep(Response response) {
-        responses.add(std::move(response));
-        return Status::ok();
+    template <class Method, class... Value>
+    ndk::ScopedAStatus onCall(const Method& method, const pkg::SubsysResponseInfo& info, const Value&... value) {
+        responses.add({method.name, info, value...});
+        return ndk::ScopedAStatus::ok();
     }
 };
 
 // A callback of meta commands that keeps what it is told, and fails, which must concern nobody.
-class IccMetaClient : public pkg::BnSubsysIccMetaCallback {
+class IccMetaClient : public subsys_stubs::Sink<pkg::ISubsysIccMetaCallback, IccMetaClient> {
 public:
     Recorder<pkg::IccMetaRespInfo> answers;
 
-    ndk::ScopedAStatus onIccMetaResp(const pkg::IccMetaRespInfo& info) override {
+    template <class Method>
+    ndk::ScopedAStatus onCall(const Method&, const pkg::IccMetaRespInfo& info) {
         answers.add(info);
         return ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
     }
@@ -83,24 +56,14 @@ struct Indication {
 };
 
 // An indication callback of this process that keeps what it is told.
-class SubsysIndicationClient : public pkg::BnSubsysIndication {
+class SubsysIndicationClient : public subsys_stubs::Sink<pkg::ISubsysIndication, SubsysIndicationClient> {
 public:
-    using Status = ndk::ScopedAStatus;
-
     Recorder<Indication> indications;
 
-    Status sendSubsysStateChanged(bool state) override { return keep({"sendSubsysStateChanged", state}); }
-    Status sendSwtpStatusChanged(int8_t status) override { return keep({"sendSwtpStatusChanged", status}); }
-    Status sendiccStateChanged(const pkg::IccStateInfo& info) override { return keep({"sendiccStateChanged", info}); }
-    Status notifyIccPercStateChangedInd(const pkg::IccPerceptionInfo& info) override {
-        return keep({"notifyIccPercStateChangedInd", info});
-    }
-    Status notifyIccInfoChanged(const pkg::IccIndInfo& info) override { return keep({"notifyIccInfoChanged", info}); }
-
-private:
-    Status keep(Indication indication) {
-        indications.add(std::move(indication));
-        return Status::ok();
+    template <class Method, class Value>
+    ndk::ScopedAStatus onCall(const Method& method, const Value& value) {
+        indications.add({method.name, value});
+        return ndk::ScopedAStatus::ok();
     }
 };
 

@@ -132,8 +132,12 @@ TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
          {std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::SubsysResponseClient>()),
           std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::pkg::ISubsysResponseDefault>()),
           std::shared_ptr<ndk::ICInterface>()}) {
-        watched->init(first.callback<Response>());
+        const auto before = first.callback<Response>();
+        const long holders = before.use_count();
+        watched->init(before);
+        EXPECT_EQ(before.use_count(), holders + 1) << "the monitor holds what it watches";
         watched->init(callback);
+        EXPECT_EQ(before.use_count(), holders);
     }
     ASSERT_TRUE(first.killed<Response>());
     looper.drain();
@@ -149,7 +153,6 @@ TEST_F(DeathMonitors, Destroy_WhenADeathIsQueued_ThenNoMessage) {
     });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 0u);
-    EXPECT_EQ(handler->strongCount(), 1);
 }
 
 TEST_F(DeathMonitors, Death_WhenTheHandlerIsMissingOrHasNoLooper_ThenItIsDropped) {

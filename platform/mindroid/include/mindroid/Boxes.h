@@ -3,27 +3,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <mindroid/Object.h>
 
 namespace mindroid {
 
-// Values that travel as objects. Immutable, so any thread may read them. Two boxes of one class with the same value are
-// equal; boxes of different classes never are.
+// Values that travel as objects. Immutable, so any thread may read them.
 
 // One scalar. The Tag makes each box a class of its own.
 template <typename T, typename Tag>
 class ScalarBox : public Object {
 public:
-    using Primitive = T;
-
     explicit ScalarBox(T value) : mValue(value) {}
     [[nodiscard]] T value() const { return mValue; }
-
-    [[nodiscard]] bool equals(const sp<Object>& other) const override;
-    [[nodiscard]] int32_t hashCode() const override;
 
 private:
     const T mValue;
@@ -35,6 +28,7 @@ using Short = ScalarBox<uint16_t, struct ShortTag>;
 using Integer = ScalarBox<int32_t, struct IntegerTag>;
 using Long = ScalarBox<int64_t, struct LongTag>;
 
+// One virtual table for all libraries.
 extern template class ScalarBox<bool, BooleanTag>;
 extern template class ScalarBox<uint8_t, ByteTag>;
 extern template class ScalarBox<uint16_t, ShortTag>;
@@ -48,11 +42,7 @@ public:
     explicit String(std::string text);
 
     [[nodiscard]] const std::string& value() const { return mValue; }
-    [[nodiscard]] const char* c_str() const { return mValue.c_str(); }
     [[nodiscard]] size_t size() const { return mValue.size(); }
-
-    [[nodiscard]] bool equals(const sp<Object>& other) const override;
-    [[nodiscard]] int32_t hashCode() const override;
 
 private:
     const std::string mValue;
@@ -70,9 +60,6 @@ public:
     // Lower-case hexadecimal, two digits a byte, nothing between.
     [[nodiscard]] std::string toString() const;
 
-    [[nodiscard]] bool equals(const sp<Object>& other) const override;
-    [[nodiscard]] int32_t hashCode() const override;
-
 private:
     const std::vector<uint8_t> mValue;
 };
@@ -84,10 +71,6 @@ public:
 
     [[nodiscard]] const int32_t* data() const { return mValue.data(); }
     [[nodiscard]] size_t size() const { return mValue.size(); }
-    [[nodiscard]] const std::vector<int32_t>& value() const { return mValue; }
-
-    [[nodiscard]] bool equals(const sp<Object>& other) const override;
-    [[nodiscard]] int32_t hashCode() const override;
 
 private:
     const std::vector<int32_t> mValue;

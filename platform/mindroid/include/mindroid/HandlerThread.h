@@ -1,14 +1,12 @@
 #pragma once
 
-#include <mutex>
 #include <string>
 #include <thread>
 
+#include <mindroid/Looper.h>
 #include <mindroid/Object.h>
 
 namespace mindroid {
-
-class Looper;
 
 // A thread with a looper. The last reference quits the looper and joins the thread (from the thread itself: detaches).
 class HandlerThread : public Object {
@@ -17,21 +15,19 @@ public:
     explicit HandlerThread(std::string name = "HandlerThread");
     ~HandlerThread() override;
 
-    // Starts the thread and returns when its looper exists. False when it was started before. Owner's thread, but never
-    // in a static initialiser of a library: a new thread waits until the library is loaded.
+    // Starts the thread, which runs what its looper was sent before and since. False when it was started before, and,
+    // with an error line, when the system has no thread to give: the looper has quit then. Owner's thread.
     bool start();
-    // Null before start; any thread.
-    [[nodiscard]] sp<Looper> getLooper() const;
-    // Ends the loop; any thread.
-    void quit();
-    // Waits for the end of the thread; must not be called on it. Owner's thread.
-    void join();
+    // There from the beginning. Any thread.
+    [[nodiscard]] sp<Looper> getLooper() const { return mLooper; }
 
 private:
+    static void run(const std::string& name, const sp<Looper>& looper);
+
     const std::string mName;
+    const sp<Looper> mLooper;
     std::thread mThread;
-    mutable std::mutex mLock;
-    sp<Looper> mLooper;
+    bool mStarted = false;
 };
 
 }  // namespace mindroid

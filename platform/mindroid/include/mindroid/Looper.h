@@ -22,14 +22,15 @@ public:
     // sends fail. Any thread, during a dispatch too.
     void quit();
 
-    [[nodiscard]] bool isCurrentThread() const;
-
     ~Looper() override;
 
 private:
     friend class Handler;
+    friend class HandlerThread;
 
     Looper();
+    // Makes it the calling thread's, which has none.
+    static void bind(const sp<Looper>& looper);
 
     const std::unique_ptr<MessageQueue> mQueue;
 };

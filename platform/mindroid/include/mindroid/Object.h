@@ -24,10 +24,6 @@ public:
     virtual ~Object();
 
 protected:
-    // Begins with one reference, which its maker adopts; onFirstReference is not called.
-    struct Adopted {};
-    explicit Object(Adopted) : mStrongCount(1) {}
-
     // Called when the first reference is taken, and when the last was given up, just before the deletion.
     virtual void onFirstReference();
     virtual void onLastReference();
@@ -43,18 +39,16 @@ public:
             lastReference();
         }
     }
-    // A snapshot; only useful to tests and diagnostics.
-    [[nodiscard]] int32_t strongCount() const { return mStrongCount.load(std::memory_order_relaxed); }
 
 private:
     void firstReference() const;
     void lastReference() const;
 
     mutable std::atomic<int32_t> mStrongCount{0};
-    // Fills the object to 16 bytes, so that the first data member of a subclass stands at offset 16 whatever its type.
+    // Without a gap after it, so that the first data member of a subclass stands at sizeof(Object) whatever its type.
     [[maybe_unused]] uint32_t mPadding = 0;
 };
 
-static_assert(sizeof(Object) == 16);
+static_assert(sizeof(Object) == sizeof(void*) + 8);
 
 }  // namespace mindroid

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <vector>
 
+#include <device/Mutex.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Object.h>
 
@@ -18,12 +18,12 @@ public:
     // Told by running the callback on the handler's looper.
     Registrant(const sp<Handler>& handler, const sp<MessageCallback>& callback, const sp<Object>& obj);
 
-    [[nodiscard]] const sp<Handler>& getHandler() const { return mHandler; }
-
     // Posts one message whose obj is `result`, or the registrant's own object where `result` is null. Any thread.
     void notify(const sp<Object>& result) const;
 
 private:
+    friend class RegistrantList;
+
     const sp<Handler> mHandler;
     const sp<MessageCallback> mCallback;
     const int32_t mWhat;
@@ -35,17 +35,14 @@ private:
 class RegistrantList : public Object {
 public:
     void add(const sp<Registrant>& registrant);
-    void add(const sp<Handler>& handler, int32_t what, const sp<Object>& obj = nullptr);
     // Removes every registrant of the handler.
     void remove(const sp<Handler>& handler);
-    // Puts the registrant in the place of all that its handler had here, in one step. Returns the size before.
-    size_t replace(const sp<Registrant>& registrant);
     [[nodiscard]] size_t size() const;
     void notify(const sp<Object>& result = nullptr) const;
 
 private:
-    mutable std::mutex mLock;
-    std::vector<sp<Registrant>> mRegistrants;
+    mutable device::Mutex mLock;
+    std::vector<sp<Registrant>> mRegistrants SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace mindroid

@@ -8,24 +8,6 @@ class SystemClock {
 public:
     // Milliseconds since boot, not counting suspend; what message times are measured in. Any thread.
     [[nodiscard]] static uint64_t uptimeMillis();
-
-private:
-    friend class MessageQueue;
-    // Whether a ManualClock rules, so that no timeout of the system can tell when something is due.
-    [[nodiscard]] static bool isManual();
-};
-
-// Takes the clock over for as long as it lives: time stands still, from the present time on, until advance. A second
-// one at the same time ends the process. For tests.
-class ManualClock {
-public:
-    ManualClock();
-    ~ManualClock();
-    ManualClock(const ManualClock&) = delete;
-    ManualClock& operator=(const ManualClock&) = delete;
-
-    // Moves the time and wakes every looper that now has a message due. Any thread.
-    void advance(uint64_t millis);
 };
 
 }  // namespace mindroid

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <memory>
+#include <vector>
 
+#include <device/Mutex.h>
 #include <mindroid/Object.h>
 #include <mindroid/Runnable.h>
 
@@ -12,15 +13,17 @@ class VoteBox;
 // One vote in a VoteBox: up or down, down at first. Any thread.
 class Ticket : public Object {
 public:
-    Ticket();
-    ~Ticket() override;
     void updateState(bool up);
-    [[nodiscard]] bool isUp() const;
 
 private:
     friend class VoteBox;
-    struct Ballot;
-    const std::shared_ptr<Ballot> mBallot;
+
+    // Guards every ticket and every box: a ticket may be in several boxes, and a vote is rare.
+    static device::Mutex sLock;
+
+    bool mUp SUBSYS_GUARDED_BY(sLock) = false;
+    // A box takes itself out of here when it dies.
+    std::vector<VoteBox*> mBoxes SUBSYS_GUARDED_BY(sLock);
 };
 
 // Completes once, when it was started and every ticket is up at the same time; an empty box completes at startVote.
@@ -28,7 +31,6 @@ private:
 // goes down after that changes nothing. Any thread.
 class VoteBox : public Object {
 public:
-    VoteBox();
     ~VoteBox() override;
     void setCallback(const sp<VoteCallback>& callback);
     // Null is ignored; a ticket added twice counts once.
@@ -37,8 +39,14 @@ public:
 
 private:
     friend class Ticket;
-    struct State;
-    const std::shared_ptr<State> mState;
+
+    // The callback to run, in the one moment in which the vote completes; else null.
+    [[nodiscard]] sp<VoteCallback> complete() SUBSYS_REQUIRES(Ticket::sLock);
+
+    bool mStarted SUBSYS_GUARDED_BY(Ticket::sLock) = false;
+    bool mCompleted SUBSYS_GUARDED_BY(Ticket::sLock) = false;
+    std::vector<sp<Ticket>> mTickets SUBSYS_GUARDED_BY(Ticket::sLock);
+    sp<VoteCallback> mCallback SUBSYS_GUARDED_BY(Ticket::sLock);
 };
 
 }  // namespace mindroid

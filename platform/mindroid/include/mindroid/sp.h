@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -15,14 +14,16 @@ public:
     sp() = default;
     sp(std::nullptr_t) {}
     // Implicit, so that `sp<T> p = new T(...)` reads as it does on a device.
-    sp(T* object) : mObject(object) { acquire(); }
+    sp(T* object) : mObject(object) {
+        if (mObject != nullptr) mObject->incStrong();
+    }
     sp(const sp& other) : sp(other.mObject) {}
     sp(sp&& other) noexcept : mObject(std::exchange(other.mObject, nullptr)) {}
 
     template <typename U, std::enable_if_t<std::is_convertible_v<U*, T*>, int> = 0>
     sp(const sp<U>& other) : sp(static_cast<T*>(other.get())) {}
     template <typename U, std::enable_if_t<std::is_convertible_v<U*, T*>, int> = 0>
-    sp(sp<U>&& other) noexcept : mObject(other.release()) {}
+    sp(sp<U>&& other) noexcept : mObject(std::exchange(other.mObject, nullptr)) {}
 
     ~sp() {
         if (mObject != nullptr) mObject->decStrong();
@@ -38,22 +39,11 @@ public:
     T& operator*() const { return *mObject; }
     explicit operator bool() const { return mObject != nullptr; }
 
-    void clear() { sp().swap(*this); }
-    void swap(sp& other) noexcept { std::swap(mObject, other.mObject); }
-
-    // Gives the pointer up without touching the count; the caller owns that reference.
-    [[nodiscard]] T* release() noexcept { return std::exchange(mObject, nullptr); }
-    // Takes over a reference that the caller owns.
-    [[nodiscard]] static sp adopt(T* object) noexcept {
-        sp result;
-        result.mObject = object;
-        return result;
-    }
+    void clear() { *this = nullptr; }
 
 private:
-    void acquire() {
-        if (mObject != nullptr) mObject->incStrong();
-    }
+    template <typename U>
+    friend class sp;
 
     T* mObject = nullptr;
 };
@@ -71,21 +61,4 @@ bool operator==(const sp<T>& a, const T* b) {
     return a.get() == b;
 }
 
-// The pointer as a T, for a caller that knows the type.
-template <typename T, typename U>
-[[nodiscard]] sp<T> static_object_cast(const sp<U>& object) {
-    return sp<T>(static_cast<T*>(object.get()));
-}
-
-// The pointer as a T, or null when the object is something else.
-template <typename T, typename U>
-[[nodiscard]] sp<T> object_cast(const sp<U>& object) {
-    return sp<T>(dynamic_cast<T*>(object.get()));
-}
-
 }  // namespace mindroid
-
-template <typename T>
-struct std::hash<mindroid::sp<T>> {
-    size_t operator()(const mindroid::sp<T>& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
-};

@@ -19,28 +19,42 @@ import vendor.nuvex.hardware.subsys_interface.subsys.OrtcRoomInfo;
  */
 @VintfStability
 interface ISubsys {
+    /** SWTP status. */
     void getSwtpStatus(in int serial);
     /** Replaces the RF client. A null callback clears the one it stands for. */
     void setCallback(in ISubsysResponse response, in ISubsysIndication indication);
-    /** The type is not used. */
+    /** LCD panel information. The type is not used. */
     void getLcdInfo(in int serial, in int type);
+    /** Sets a MIPI clock. */
     void setMipiFreqClk(in int serial, in int id, in long freqClk);
+    /** Sets an oscillator clock. */
     void setOscFreqClk(in int serial, in int id, in int freqClk);
+    /** Reads RF NVRAM. */
     void getNvramData(in int serial, in int id, in int size);
     /** Adds an IMS ORTC client; two at most, a further one is ignored. */
     void setImsOrtcCallback(in IImsOrtcResponse response, in IImsOrtcIndication indication);
+    /** Describes a call. */
     void setCallInfo(in int serial, in CallInfo info);
+    /** Describes the room of a call. */
     void setOrtcRoomInfo(in int serial, in OrtcRoomInfo info);
+    /** Sends one RTP payload. */
     void sendImsRtpData(in int serial, in ImsRtpDataInfo info);
+    /** Sets the remote public address. */
     void setImsRtpRemotePubIpAddr(in int serial, in ImsRtpPubIpAddrInfo info);
+    /** Tunes an antenna. */
     void setIccTuningState(in int serial, in int technology, in int band, in int antenna, in int state);
+    /** Sets the Wi-Fi antenna state. */
     void setIccWifiAntState(in int serial, in int antenna, in int state);
+    /** Sets the satellite antenna state. */
     void setIccSatelliteAntState(in int serial, in int technology, in int antenna, in int state);
+    /** State of the ICC controller. */
     void getIccState(in int serial);
     /** Kills a process whose name is on the service's own list; the client vouches that the pid is that process. */
     void killProcess(in int serial, in int pid, in String name);
+    /** Sends a command to the ICC controller. */
     void sendIccCmd(in int serial, in IccReqInfo info);
-    /** The answer goes to the callback alone. */
+    /** Sends a command to the ICC controller. The answer goes to the callback alone. */
     void sendIccMetaCmd(in IccMetaReqInfo info, in ISubsysIccMetaCallback callback);
+    /** Sends a redundancy signalling message. */
     void sendImsRtpRedunSignalMsg(in int serial, in ImsRtpRedunSignalMsg msg);
 }

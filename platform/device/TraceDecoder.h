@@ -1,0 +1,12 @@
+#pragma once
+
+#include <device/TraceFile.h>
+
+#include "TraceLayout.h"
+
+namespace device::trace {
+
+// What the two copies of a file, taken one after the other, have in common; any bytes will do. All but `isAlive`.
+[[nodiscard]] Trace decode(const File& first, const File& second);
+
+}  // namespace device::trace

@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/NamesFolder.h"
+#include "tests/support/Process.h"
+
+// The whole system as an integrator runs it: the daemon on the simulated device, its clients, each a process.
+namespace {
+
+using test::Process;
+using testing::ContainsRegex;
+
+constexpr int KILLED = 128 + SIGKILL;
+constexpr int NO_SERVICE = 69;
+constexpr int NO_ANSWER = 124;
+
+// The arguments have no blanks inside.
+std::vector<std::string> wordsOf(const std::string& program, const std::string& arguments) {
+    std::istringstream words(program + " " + arguments);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+class Client : public Process {
+public:
+    explicit Client(const std::string& arguments) : Process(wordsOf(SUBSYSCTL, arguments)) {}
+};
+
+// A client that runs to its end: its exit code, and what its output holds.
+struct Command {
+    std::string arguments;
+    int code;
+    std::vector<std::string> patterns;
+};
+
+void expectPatterns(const Process& process, const std::vector<std::string>& patterns) {
+    for (const std::string& pattern : patterns) EXPECT_THAT(process.output(), ContainsRegex(pattern));
+}
+
+void expectRun(const Command& command) {
+    Client client(command.arguments);
+    EXPECT_EQ(client.wait(), command.code) << command.arguments << '\n' << client.output();
+    expectPatterns(client, command.patterns);
+}
+
+// The device is a copy of the built one, which a test may change before it starts the daemon.
+class System : public testing::Test {
+protected:
+    System() { std::filesystem::copy(DEVICE, mDevice.path(), std::filesystem::copy_options::recursive); }
+
+    void start() {
+        mDaemon.emplace(wordsOf(SUBSYSD, "--log-level debug --load " SIMVS " --load " SIMIMS));
+        ASSERT_TRUE(mDaemon->awaitOutput("subsysd: serving ")) << mDaemon->output();
+    }
+    void expectLog(const std::string& text) { EXPECT_TRUE(mDaemon->awaitOutput(text)) << mDaemon->output(); }
+    void TearDown() override {
+        mDaemon->signal(SIGTERM);
+        EXPECT_EQ(mDaemon->wait(), 0) << mDaemon->output();
+    }
+
+    const test::NamesFolder mNames;
+    const test::DeviceFolder mDevice;
+    std::optional<Process> mDaemon;
+};
+
+TEST_F(System, Request_WhenSent_ThenItsAnswer) {
+    start();
+    const Command commands[] = {
+        {"status", 0, {"served [^\n]*version=5 [^\n]*pid=" + std::to_string(mDaemon->pid())}},
+        {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
+        {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},
+        {"--json --serial 7 get-lcd-info get-nvram-data --id 7 --size 16",
+         1,
+         {R"("getLcdInfoResponse".*"serial":7)", R"("getNvramDataResponse".*"serial":8,"error":1)"}},
+        {"get-icc-state", 0, {"getIccStateResponse #1 SUCCESS"}},
+        {"set-icc-satellite-ant-state --technology 1 --antenna 2 --state 3", 0, {"SUCCESS"}},
+        {"set-icc-wifi-ant-state --antenna 1 --state 1", 1, {"NOT_SUPPORTED"}},
+        {"set-icc-tuning-state --technology 1 --band 3 --antenna 2 --state 1", 1, {"NOT_SUPPORTED"}},
+        {"send-icc-cmd --req-id 5 --data 0a0b --timeout-ms 1000", 0, {"SUCCESS [^\n]*0a0b"}},
+        {"--json send-icc-cmd --req-id 1004", 0, {R"("data":"51")"}},
+        {"send-icc-cmd --req-id 1000 --data 01 send-icc-cmd --req-id 1999",
+         1,
+         {"#1 GENERIC_FAILURE", "#2 NOT_SUPPORTED"}},
+        {"--json send-icc-meta-cmd --id 1 --token 9 --type 2 --req-id 5 --data 0a",
+         0,
+         {R"("callback":"onIccMetaResp".*"token":9)"}},
+        {"watch --count 1 --for 10", 0, {"sendSubsysStateChanged state=true"}},
+    };
+    for (const Command& command : commands) expectRun(command);
+}
+
+TEST_F(System, KillProcess_WhenTheNameIsListed_ThenTheProcessIsKilled) {
+    start();
+    Process victim({"/bin/sleep", "600"});
+    const std::string request = "kill-process --pid " + std::to_string(victim.pid());
+    expectRun({request + " --name init", 1, {"GENERIC_FAILURE"}});
+    EXPECT_EQ(kill(victim.pid(), 0), 0);
+    expectRun({request + " --name vendor.dpmd", 0, {"SUCCESS"}});
+    EXPECT_EQ(victim.wait(), KILLED);
+}
+
+TEST_F(System, Client_WhenKilled_ThenTheNextIsServed) {
+    start();
+    Client client("watch");
+    ASSERT_TRUE(client.awaitOutput("sendSubsysStateChanged state=true"));
+    client.end();
+    expectLog("SubsysService: SubsysService::serviceDied: Client died. Cleaning up callbacks");
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
+}
+
+// A meta command takes no client's place.
+TEST_F(System, Events_WhenRequestsCauseThem_ThenTheyReachTheWatch) {
+    std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app)
+        << "\nicc on iccReloadConfig event perc size=2 entries=010203040506\n";
+    start();
+    Client watch("watch");
+    expectLog("IccProxy: registerIccInfoChangedInd cnt");
+    expectRun({"send-icc-meta-cmd --token 1 --req-id 1003 --data 01020304", 0, {"onIccMetaResp SUCCESS"}});
+    expectRun({"send-icc-meta-cmd --token 2 --req-id 1001", 0, {"onIccMetaResp SUCCESS"}});
+    EXPECT_TRUE(watch.awaitOutput("notifyIccPercStateChangedInd")) << watch.output();
+    watch.signal(SIGTERM);
+    EXPECT_EQ(watch.wait(), 0);
+    expectPatterns(watch, {"sendSubsysStateChanged", "sendiccStateChanged", "notifyIccInfoChanged [^\n]*01020304"});
+}
+
+TEST_F(System, Ims_WhenACallIsMade_ThenAnswersAndEventsReachBothClients) {
+    start();
+    Client watch("watch --ims --no-rf");
+    expectLog("ImsOrtcServiceIndication: set cb:0");
+    expectRun(
+        {"set-call-info --call-id 1 --text1 alice --value64 5 set-ortc-room-info --call-id 1 --room-id 7 --action 1",
+         0,
+         {"setCallInfoResponse #1 SUCCESS", "setOrtcRoomInfoResponse #2 SUCCESS"}});
+    expectLog("ImsOrtcServiceIndication: client death:1");
+    expectLog("ImsOrtcServiceResponse: client death:1");
+    expectRun(
+        {"send-ims-rtp-data --call-id 1 --data 010203 --data-len 3 "
+         "set-ims-rtp-remote-pub-ip-addr --call-id 1 --rtp-port 5004 --ip-addr 198.51.100.9 "
+         "send-ims-rtp-redun-signal-msg --msg-field1 1 --msg hello",
+         0,
+         {"sendImsRtpDataResponse #1 SUCCESS", "setImsRtpRemotePubIpAddrResponse #2 SUCCESS",
+          "sendImsRtpRedunSignalMsgResponse #3 SUCCESS"}});
+    EXPECT_TRUE(watch.awaitOutput("recvImsRtpRedunSignalMsgInd")) << watch.output();
+    watch.signal(SIGTERM);
+    EXPECT_EQ(watch.wait(), 0);
+    expectPatterns(watch, {"notifyOrtcStatus", "notifyConnectInfo [^\n]*room 7", "recvImsRtpData [^\n]*010203",
+                           "LocalPubIpAddrChanged [^\n]*192.0.2.1", "recvImsRtpRedunSignalMsgInd [^\n]*hello"});
+}
+
+TEST_F(System, Ims_WhenTwoClientsLive_ThenAThirdIsIgnoredUntilOneDies) {
+    start();
+    Client first("watch --ims --no-rf");
+    expectLog("ImsOrtcServiceIndication: set cb:0");
+    Client second("watch --ims --no-rf");
+    expectLog("ImsOrtcServiceIndication: set cb:1");
+    expectRun({"--timeout 0.2 set-call-info --call-id 2", NO_ANSWER, {"no answer"}});
+    second.end();
+    expectLog("ImsOrtcServiceIndication: client death:1");
+    expectLog("ImsOrtcServiceResponse: client death:1");
+    expectRun({"set-call-info --call-id 2", 0, {"setCallInfoResponse #1 SUCCESS"}});
+}
+
+TEST_F(System, Daemon_WhenKilled_ThenTheNextTakesItsName) {
+    start();
+    Client watch("watch");
+    ASSERT_TRUE(watch.awaitOutput("sendSubsysStateChanged"));
+    mDaemon->end();
+    EXPECT_EQ(watch.wait(), NO_SERVICE);
+    EXPECT_FALSE(std::filesystem::is_empty(mNames.path()));
+    expectRun({"get-lcd-info", NO_SERVICE, {"no such service"}});
+    start();
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
+}
+
+TEST_F(System, Plugin_WhenItsFileIsMissing_ThenItsRequestsFailAndTheOthersWork) {
+    mDevice.remove("/vendor/lib64/libiccapis.so");
+    start();
+    expectLog(" W subsysd: plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing");
+    expectRun({"send-icc-cmd --req-id 5", 1, {"GENERIC_FAILURE"}});
+    expectLog("IccProxy: loadIccApisPlugin failed");
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
+}
+
+TEST_F(System, Icc_WhenItsPropertyIsOff_ThenItsRequestsAreNotSupported) {
+    mDevice.write("/vendor/build.prop", "persist.vendor.nuvex.icc.module.enable=0\n");
+    start();
+    expectRun({"send-icc-cmd --req-id 5", 1, {"NOT_SUPPORTED"}});
+    expectLog("RfSubsysComponent: IccProxy is null");
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#include "tools/NewProject.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <system_error>
+
+namespace subsysctl {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path examples() {
+    return fs::read_symlink("/proc/self/exe").parent_path().parent_path() / "share/subsys/examples";
+}
+
+std::string replaceAll(std::string text, const std::string& from, const std::string& to) {
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+// A copy with one name in the place of another, in the text and in the file's own name.
+void copyRenamed(const fs::path& file, const fs::path& folder, const std::string& from, const std::string& to) {
+    std::ifstream in(file);
+    const std::string text{std::istreambuf_iterator<char>(in), {}};
+    std::ofstream out(folder / replaceAll(file.filename(), from, to));
+    out << replaceAll(text, from, to);
+    if (!in || !out.flush()) throw fs::filesystem_error("", file, std::make_error_code(std::errc::io_error));
+}
+
+// The example of a kind calls itself my_KIND.
+void writeProject(const std::string& kind, const std::string& name) {
+    const fs::directory_iterator files(examples() / kind);
+    if (!fs::create_directory(name)) {
+        throw fs::filesystem_error("", name, std::make_error_code(std::errc::file_exists));
+    }
+    for (const auto& file : files) copyRenamed(file, name, "my_" + kind, name);
+}
+
+}  // namespace
+
+std::string refuseProjectName(const std::string& name) {
+    const auto isAllowed = [](unsigned char letter) { return std::isalnum(letter) || letter == '_' || letter == '-'; };
+    const bool isName = !name.empty() && std::isalpha(static_cast<unsigned char>(name.front())) &&
+                        std::all_of(name.begin(), name.end(), isAllowed);
+    return isName ? "" : "a name is a letter, then letters, digits, '_' and '-': " + name;
+}
+
+ExitCode newProject(const std::string& kind, const std::string& name) try {
+    writeProject(kind, name);
+    std::cout << "wrote " << name << "; " << name << "/README.md says how to build and run it" << std::endl;
+    return OK;
+} catch (const fs::filesystem_error& error) {
+    std::cerr << "subsysctl: can't write the project: " << error.path1().string() << ": " << error.code().message()
+              << std::endl;
+    return ANSWERED_WITH_ERROR;
+}
+
+}  // namespace subsysctl
