@@ -64,6 +64,15 @@ void addStatus(CLI::App& app, std::vector<Step>& steps) {
     });
 }
 
+void addDump(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand(
+        "dump", "The service's state: clients, components, plugins; takes no client's place\n  dump");
+    verb->group(kInside)->immediate_callback();
+    verb->callback([&steps] {
+        steps.push_back({false, false, {}, [](Session& session) { return session.dump(); }, {}});
+    });
+}
+
 // The parsed flags and the options that the step keeps.
 struct WatchArguments {
     bool ims = false;
@@ -196,6 +205,7 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addWatch(app, commandLine.steps);
     addStatus(app, commandLine.steps);
     addRegistrations(app, commandLine.steps);
+    addDump(app, commandLine.steps);
     addTrace(app, commandLine.steps);
     addRequests(app, commandLine);
     addNew(app, commandLine.steps);

@@ -2,6 +2,8 @@
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 
+#include <sstream>
+
 namespace subsysctl {
 
 namespace {
@@ -37,6 +39,20 @@ std::string describe(const Json& object) {
         text += (text.empty() ? "" : " ") + key + "=" + describeValue(value);
     }
     return text;
+}
+
+void Output::printState(const std::string& lines) {
+    if (!mJson) {
+        mOut << lines << std::flush;
+        return;
+    }
+    Json state = Json::object();
+    std::istringstream in(lines);
+    for (std::string line; std::getline(in, line);) {
+        const size_t colon = line.find(": ");
+        if (colon != std::string::npos) state[line.substr(0, colon)] = line.substr(colon + 2);
+    }
+    mOut << dump(state) << std::endl;
 }
 
 void Output::print(const Json& event) {

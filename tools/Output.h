@@ -15,6 +15,8 @@ public:
 
     // A response, an indication, a callback's call, or a status: the first key says which.
     void print(const Json& event);
+    // Lines of "key: value": as they are, or as one object.
+    void printState(const std::string& lines);
     // False once nobody reads.
     [[nodiscard]] bool isOpen() const { return mOut.good(); }
 

@@ -11,8 +11,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
+#include <memory>
 #include <utility>
 
 #include "tools/CallTimer.h"
@@ -222,6 +225,19 @@ int Session::status() {
 #endif
     status["roundTripMicros"] = time->count();
     mOutput.print(status);
+    return OK;
+}
+
+int Session::dump() {
+    const CallTimer timer(mTimeout);
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::tmpfile(), std::fclose);
+    if (!file) return fail(NO_ANSWER, std::string("dump: no temporary file: ") + std::strerror(errno));
+    const binder_status_t status = AIBinder_dump(mService->asBinder().get(), fileno(file.get()), nullptr, 0);
+    if (status != STATUS_OK) return failCall("dump", ndk::ScopedAStatus::fromStatus(status));
+    std::rewind(file.get());
+    std::string text;
+    for (char part[4096]; const size_t size = std::fread(part, 1, sizeof(part), file.get());) text.append(part, size);
+    mOutput.printState(text);
     return OK;
 }
 

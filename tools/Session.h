@@ -43,6 +43,8 @@ public:
     int request(const Request& request);
     int watch(const WatchOptions& options);
     int status();
+    // The service's own state, line for line.
+    int dump();
 
 private:
     int fail(ExitCode code, const std::string& message) const;

@@ -76,6 +76,8 @@ TEST_F(System, Request_WhenSent_ThenItsAnswer) {
     start();
     const Command commands[] = {
         {"status", 0, {"served [^\n]*version=5 [^\n]*pid=" + std::to_string(mDaemon->pid())}},
+        {"dump", 0, {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, "}},
+        {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
         {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
         {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},
         {"--json --serial 7 get-lcd-info get-nvram-data --id 7 --size 16",
