@@ -3,7 +3,6 @@
 #include "component/SubsysInterfaceData.h"
 #include "rf/IccProxy.h"
 
-#include <android/log.h>
 #include <mindroid/Log.h>
 
 #include <algorithm>
@@ -40,11 +39,6 @@ SUBSYS_Errno shortError(spi_cmd_err_code_e code) {
     return code == SPI_CMD_NOT_SUPPORT ? SUBSYS_Errno::NOT_SUPPORTED : SUBSYS_Errno::GENERIC_FAILURE;
 }
 
-// Payloads may be large, so they are only written out for a log that takes them.
-bool logsDebug() {
-    return __android_log_is_loggable(ANDROID_LOG_DEBUG, TAG, ANDROID_LOG_VERBOSE) != 0;
-}
-
 std::string hexText(const std::vector<uint8_t>& bytes) {
     return ByteArray(bytes.data(), bytes.size()).toString();
 }
@@ -68,7 +62,7 @@ void IccCommands::setScreenState(bool on) {
 
 void IccCommands::sendIccEventInd(uint32_t event, const sp<ByteArray>& data) {
     if (!mPlugin.loadIccApisPlugin()) return;
-    if (logsDebug()) Log::d(TAG, "sendIccEventInd %d data %s", static_cast<int>(event), data->toString().c_str());
+    Log::d(TAG, "sendIccEventInd %d data %s", static_cast<int>(event), data->toString().c_str());
     std::vector<uint8_t> bytes = data->value();
     mPlugin.sendIccEventInd(event, bytes.data(), static_cast<uint16_t>(bytes.size()));
 }
@@ -104,7 +98,7 @@ void IccCommands::getIccState(const sp<Message>& reply) {
 
 void IccCommands::sendIccCmdSync(int32_t reqId, std::vector<uint8_t> data, int32_t timeoutMs,
                                  const sp<Message>& reply) {
-    if (logsDebug()) Log::d(TAG, "sendIccCmd req id %d data %s", reqId, hexText(data).c_str());
+    Log::d(TAG, "sendIccCmd req id %d data %s", reqId, hexText(data).c_str());
     // Unsigned, so that a negative timeout is the longest.
     const uint32_t timeout = std::min(static_cast<uint32_t>(timeoutMs), MAX_SYNC_TIMEOUT_MS);
     std::vector<uint8_t> response(SYNC_RESPONSE_SIZE);
@@ -115,7 +109,7 @@ void IccCommands::sendIccCmdSync(int32_t reqId, std::vector<uint8_t> data, int32
         return;
     }
     const sp<ByteArray> bytes = new ByteArray(std::move(response));
-    if (logsDebug()) Log::d(TAG, "sendIccCmd resp %s", bytes->toString().c_str());
+    Log::d(TAG, "sendIccCmd resp %s", bytes->toString().c_str());
     SubsysComponent::sendResponse(reply, SUBSYS_Errno::SUCCESS, sp<Object>(bytes));
 }
 

@@ -61,7 +61,7 @@ public:
     void sendIccEventInd(uint32_t event, const mindroid::sp<mindroid::ByteArray>& data);
 
     // Requests: the outcome goes to the reply message, see SubsysComponent::sendResponse. GENERIC_FAILURE when the
-    // plugin can't be loaded.
+    // plugin is needed and can't be loaded.
 
     // Always NOT_SUPPORTED, although the plugin gets the request.
     void setIccWifiAntState(int32_t antenna, int32_t state, const mindroid::sp<mindroid::Message>& reply);
@@ -71,8 +71,8 @@ public:
     void getIccState(const mindroid::sp<mindroid::Message>& reply);
     // Commands up to 254 go to the plugin as they are and answer a ByteArray of 256 bytes; the timeout, in
     // milliseconds, is 4000 at most. Those above are the service's own: 1000 ACL state, 1001 reload the configuration,
-    // 1002 satellite antenna, 1003 coexistence antenna, 1004 hardware id (answers a ByteArray of one byte), 1005 start
-    // the UART log.
+    // 1002 satellite antenna, 1003 coexistence antenna, 1004 hardware id (answers a ByteArray of one byte, which is
+    // 255 without a plugin), 1005 start the UART log; both succeed without a plugin, too.
     void sendIccCmd(int32_t reqId, std::vector<uint8_t> data, int32_t timeoutMs,
                     const mindroid::sp<mindroid::Message>& reply);
 

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cstdio>
-#include <utility>
 
 using mindroid::Log;
 
@@ -23,27 +22,17 @@ constexpr ssize_t MIN_LENGTH = 19;
 // One byte more than is read, so that what is scanned ends.
 using LcdText = std::array<char, TEXT_SIZE + 1>;
 
-// The first bytes of the file and their count, or a negative count. Non-blocking, since a FIFO in the file's place
-// would hold the caller for ever.
-std::pair<LcdText, ssize_t> readLcdFile(int fd) {
-    LcdText text = {};
-    ssize_t total = 0;
-    for (ssize_t count = 1; count > 0 && total < static_cast<ssize_t>(TEXT_SIZE); total += count) {
-        count = TEMP_FAILURE_RETRY(read(fd, text.data() + total, TEXT_SIZE - static_cast<size_t>(total)));
-        if (count < 0) return {text, total > 0 ? total : count};
-    }
-    return {text, total};
-}
-
 }  // namespace
 
 std::optional<std::string> readLcdInfo(const char* tag) {
+    // Non-blocking, since a FIFO in the file's place would hold the caller for ever.
     const int fd = open(device::path(LCD_TYPE_PATH).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0) {
         Log::e(tag, "Open LCD_TYPE_PATH failed!");
         return std::nullopt;
     }
-    const auto [text, length] = readLcdFile(fd);
+    LcdText text = {};
+    const ssize_t length = read(fd, text.data(), TEXT_SIZE);
     close(fd);
     if (length < MIN_LENGTH) {
         // Deliberate: it says SWTP. Readers of the log look for this text.

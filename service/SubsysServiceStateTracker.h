@@ -6,8 +6,8 @@
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 
-// Decides when the client is told the state of the subsystem: each time a client connects, and when the state changes
-// while one is connected.
+// Decides when the client is told the state of the subsystem: when a client connects while none is connected, and
+// when the state changes while one is.
 //
 // The newest tracker is the one that init and setHidlState act on, whichever object they are called on.
 class SubsysServiceStateTracker : public ::mindroid::Handler {
