@@ -60,7 +60,7 @@ bool publish(SubsysService& service) {
 }
 
 // On the signals' thread, while components may still start.
-void logState() {
+void logName() {
     Log::i(TAG, "%s, pid %d", serviceName().c_str(), getpid());
 }
 
@@ -74,7 +74,7 @@ void startBinder() {
 int subsysdServe(const Options& options) {
     (void)device::startRecorder("subsysd");
     mindroid::Looper::prepare();
-    const SignalThread signals(options.stopTimeout, logState);
+    const SignalThread signals(options.stopTimeout, logName);
     checkPluginList();
     if (!loadComponents(options)) return EXIT_FAILURE;
     startComponents();

@@ -14,7 +14,7 @@ constexpr int EXIT_USAGE = 2;
 constexpr const char* ABOUT =
     "Usage: subsysd [OPTION...]\n"
     "Publishes the ISubsys service and serves it until SIGTERM or SIGINT.\n"
-    "Prints a line when it serves. Logs to stderr; SIGUSR1 logs the state.\n"
+    "Prints a line when it serves. Logs to stderr; SIGUSR1 logs its name.\n"
     "\n"
     "Options:\n";
 

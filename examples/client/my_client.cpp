@@ -5,6 +5,7 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -20,12 +21,18 @@ using namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 using Info = SubsysResponseInfo;
 using Status = ndk::ScopedAStatus;
 
+// The client chooses it.
+constexpr int32_t SERIAL = 4711;
+
 // The answers of the service, on a binder thread. Each names the serial that the client gave its request.
 class Response final : public BnSubsysResponse {
 public:
     std::promise<SUBSYS_Errno> done;
+    std::atomic<bool> answered = false;
 
     Status getLcdInfoResponse(const Info& info, const std::string& lcdInfo) override {
+        // The answers to other clients' requests come here, too, while this one is the latest client.
+        if (info.serial != SERIAL || answered.exchange(true)) return Status::ok();
         printf("request %d: error %d, LCD '%s'\n", info.serial, static_cast<int>(info.error), lcdInfo.c_str());
         done.set_value(info.error);
         return Status::ok();
@@ -78,7 +85,6 @@ int main() {
     auto answered = response->done.get_future();
     if (!service->setCallback(response, indication).isOk()) return fail("setCallback failed");
 
-    constexpr int32_t SERIAL = 1;
     if (!service->getLcdInfo(SERIAL, 0).isOk()) return fail("getLcdInfo failed");
     if (answered.wait_for(std::chrono::seconds(5)) != std::future_status::ready) return fail("no answer in 5 s");
     return answered.get() == SUBSYS_Errno::SUCCESS ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -29,10 +29,8 @@ public:
 
     [[nodiscard]] bool start() { return IoThread::instance().poller().add(shared_from_this(), EPOLLIN, mKey); }
     [[nodiscard]] int fd() const override { return mFd.get(); }
-    void onReady(uint32_t) override {
-        while (read()) {
-        }
-    }
+    // One piece for each event, so that a peer that never stops holds nobody up.
+    void onReady(uint32_t) override { (void)read(); }
     void onNoMemory() override { close(); }
     [[nodiscard]] Clock::time_point since() const { return mSince; }
 
@@ -48,6 +46,7 @@ private:
         const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
         if (received < 0 && errno == EAGAIN) return false;
         if (received <= 0) return close();
+        if (mPassed.size() > 2) return refuseAll("passes more descriptors than a session has");
         mReceived += static_cast<size_t>(received);
         if (mReceived < sizeof(mHello)) return true;
         mReceived = 0;

@@ -100,7 +100,7 @@ bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped)
     const Lock lock(mLock);
     const auto found = mExports.find(id);
     if (found == mExports.end()) return mClosed;
-    if (count > found->second.sent) return false;
+    if (count == 0 || count > found->second.sent) return false;
     found->second.sent -= count;
     if (found->second.sent == 0) {
         dropped = std::move(found->second.binder);
