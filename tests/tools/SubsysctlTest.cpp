@@ -27,10 +27,6 @@ Result run(const std::string& arguments, const std::string& channels = OUTPUT) {
     return {code, process.output()};
 }
 
-Result errors(const std::string& arguments) {
-    return run(arguments, ERRORS);
-}
-
 struct Case {
     std::string arguments;
     int code;
@@ -65,7 +61,6 @@ TEST_F(SubsysctlServed, Request_WhenAnswered_ThenItsLineAndCode) {
         {"--serial 41 get-lcd-info", 0, "getLcdInfoResponse #41 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
         {"get-lcd-info --type 1", 1, "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\n"},
         {"get-lcd-info --type 4", 0, "getLcdInfoResponse #1 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
-        {"get-lcd-info --type 5", 0, "getLcdInfoResponse #1 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
         {"get-lcd-info --type 1 get-swtp-status", 1,
          "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\ngetSwtpStatusResponse #2 SUCCESS status=-1\n"},
         {"--timeout 0.1 get-lcd-info --type 2 get-swtp-status", 124, "getSwtpStatusResponse #2 SUCCESS status=-1\n"},
@@ -77,9 +72,6 @@ TEST_F(SubsysctlServed, Request_WhenAnswered_ThenItsLineAndCode) {
          R"({"callback":"onIccMetaResp","info":{"id":3,"token":9,"type":2,"result":true,"data":"0aff"}})"
          "\n"},
         {"send-icc-meta-cmd --token 9", 1, "onIccMetaResp FAILED id=0 token=9 type=2 result=false data=\"\"\n"},
-        {"--json send-ims-rtp-data --data 01", 0,
-         R"({"response":"sendImsRtpDataResponse","info":{"type":0,"serial":1,"error":0}})"
-         "\n"},
         {"set-callback set-ims-ortc-callback", 0, ""},
     };
     for (const Case& each : cases) expectRun(each);
@@ -96,7 +88,7 @@ TEST_F(SubsysctlServed, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
          "clients hold both places?\n"},
         {"--timeout 0.1 send-icc-meta-cmd --id -1", 124,
          "subsysctl: sendIccMetaCmd: no answer in 0.1 s; is the component missing or silent?\n"},
-        {"get-lcd-info --type 7", 1,
+        {"get-lcd-info --type 6", 1,
          "subsysctl: getLcdInfo: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
     };
     for (const Case& each : cases) expectRun(each, ERRORS);
@@ -109,7 +101,7 @@ TEST_F(SubsysctlServed, Request_WhenTheServerDies_Then69AndNoFurtherVerb) {
 TEST_F(SubsysctlServed, Request_WhenTheServerIsStopped_Then124) {
     mServer.signal(SIGSTOP);
     for (const char* command : {"--timeout 0.2 get-swtp-status", "get-swtp-status"}) {
-        const Result result = errors(command);
+        const Result result = run(command, ERRORS);
         EXPECT_EQ(124, result.code);
         EXPECT_NE(std::string::npos, result.text.find("is its process stopped or busy?")) << result.text;
     }
@@ -125,17 +117,8 @@ TEST_F(SubsysctlServed, Watch_WhenCounted_ThenIndicationsInOrderAlsoThoseOfEarli
 )"});
 }
 
-TEST_F(SubsysctlServed, Watch_WhenOfIms_ThenItsIndications) {
-    const Result result = run("--json send-ims-rtp-data --data 0102 --data-len 2 watch --ims --no-rf --count 1");
-    EXPECT_EQ(0, result.code);
-    EXPECT_NE(std::string::npos,
-              result.text.find(R"({"indication":"recvImsRtpData","info":{"slotId":0,"callId":0,"dataType":0,)"
-                               R"("data":"0102","dataLen":2}})"))
-        << result.text;
-}
-
 TEST_F(SubsysctlServed, Watch_WhenTimeIsUp_ThenSummaryAnd0Or124) {
-    const Result enough = errors("watch --for 0.05");
+    const Result enough = run("watch --for 0.05", ERRORS);
     EXPECT_EQ(0, enough.code);
     EXPECT_NE(std::string::npos, enough.text.find(" indication in 0.1 s")) << enough.text;
     EXPECT_EQ(124, run("watch --for 0.05 --count 9").code);
