@@ -103,16 +103,6 @@ public:
     sp<hal::VsComponent> component;
 };
 
-TEST(SimVsComponent, Start_WhenTheScenarioSaysNothing_ThenReadyOnceAfter100Millis) {
-    Vs vs("");
-    vs.advance(99);
-    EXPECT_EQ(vs.came.count(), 0u);
-    vs.advance(1);
-    vs.advance(100'000);
-    ASSERT_THAT(vs.names(), ElementsAre("state"));
-    EXPECT_EQ(vs.integer(0), 1);
-}
-
 TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
     Vs vs(
         "vs on start delay 70 twice\nvs on getRfIccInfo 2 version=3 blacklist=0xabcd brindle=1 delay 70\n"
