@@ -160,7 +160,7 @@ TEST_F(Subsysd, Log_WhenATextHasControlCharacters_ThenTheyAreEscaped) {
     EXPECT_THAT(output, HasSubstr("\\x0ac !\n"));
 }
 
-TEST_F(Subsysd, Start_WhenALiveDaemonHoldsTheName_ThenItFailsAndTheFirstStays) {
+TEST_F(Subsysd, Start_WhenTheNameIsNotToBeHad_ThenItFailsAndTheFirstStays) {
     const Daemon first;
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": another process serves it");
     const ndk::SpAIBinder service(AServiceManager_checkService(NAME.c_str()));
@@ -168,10 +168,7 @@ TEST_F(Subsysd, Start_WhenALiveDaemonHoldsTheName_ThenItFailsAndTheFirstStays) {
     first.signal(SIGSTOP);
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": another process serves it");
     first.signal(SIGCONT);
-}
-
-TEST_F(Subsysd, Start_WhenTheFolderOfNamesIsAFile_ThenItFails) {
-    std::ofstream(folder / "names") << "no folder";
+    setenv("SUBSYS_BINDER_DIR", SUBSYSD, 1);
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": the folder of service names is not usable");
 }
 
@@ -208,15 +205,6 @@ TEST_F(Subsysd, Start_WhenThereIsNoDeviceFolder_ThenItSaysSo) {
     expectFault(folder / "missing", "No such file or directory");
     expectFault(folder / "file", "Not a directory");
     expectFault("", "Invalid argument");
-}
-
-TEST_F(Subsysd, Device_WhenGiven_ThenThePluginListComesFromIt) {
-    writeList(withItem("name='libtest' path='/vendor/lib64/libtest.so'"));
-    setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1);
-    EXPECT_THAT(serveAndEnd({"--device", device()}), HasSubstr("configName =libtest !"));
-    EXPECT_THAT(serveAndEnd({}), Not(HasSubstr("libtest")));
-    unsetenv("SUBSYS_DEVICE_ROOT");
-    EXPECT_THAT(serveAndEnd({}), Not(HasSubstr("libtest")));
 }
 
 TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
@@ -266,6 +254,7 @@ TEST_F(Subsysd, Load_WhenTheLibraryIsNoLibrary_ThenItFailsWithItsPath) {
 TEST_F(Subsysd, Load_WhenTheLibraryIsAComponentLibrary_ThenItsComponentStartsOnce) {
     const std::filesystem::path library = COMPONENT_LIBRARY;
     std::filesystem::current_path(library.parent_path());
+    setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1);
     const std::string output = serveAndEnd({"--device", device(), "--load", library.filename(), "--load", library});
     EXPECT_THAT(output, HasSubstr("HostTestComponent: loaded: looper yes, device " + device() + "\n"));
     EXPECT_THAT(output, HasSubstr(" W subsysd: component library " COMPONENT_LIBRARY " adds no component\n"));
