@@ -81,11 +81,6 @@ TEST(Requests, Verb_WhenWithItsOptions_ThenItsCall) {
         [&](const auto& method) { EXPECT_TRUE(called.contains(method.name)) << "no verb for " << method.name; });
 }
 
-TEST(Requests, Verbs_WhenRepeated_ThenInOrderEachWithItsOwnOptions) {
-    EXPECT_EQ((Words{"getLcdInfo(1, 7)", "getSwtpStatus(2)", "getLcdInfo(3, 0)"}),
-              callsOf("get-lcd-info --type 7 get-swtp-status get-lcd-info"));
-}
-
 TEST(CommandLine, Parse_WhenGlobalOptionsStandAnywhere_ThenTaken) {
     CommandLine line;
     EXPECT_EQ(std::nullopt, parse(split("--json get-lcd-info --type 1 --timeout 0.25 status --serial -3"), line));
