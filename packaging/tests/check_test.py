@@ -16,9 +16,7 @@ import check  # noqa: E402
 # File, its text, what replaces it, what the check has to say.
 FAULTS = [
     ('Android.bp', '"rf/*.cpp",', '', 'no module has rf/IccCommands.cpp'),
-    ('Android.bp', 'service/**/*.cpp', 'service/*.cpp', 'no module has service/channel/SubsysServiceResponse.cpp'),
     ('Android.bp', '"host/Options.cpp"', '"host/Option.cpp"', 'srcs: no file host/Option.cpp'),
-    ('Android.bp', 'packaging/subsysd.rc', 'subsysd.rc', 'init_rc: no file subsysd.rc'),
     ('Android.bp', 'header_libs:', 'header_lib:', 'cc_binary has no property header_lib'),
     ('Android.bp', 'defaults: ["subsys_defaults"]', 'defaults: "subsys_defaults"', 'defaults is no list'),
     ('Android.bp', '"libtinyxml2"', '"libtinyxml"', 'shared_libs: no module libtinyxml'),
@@ -29,44 +27,29 @@ FAULTS = [
     ('subsysd.rc', '/vendor/bin/hw/subsysd', '/vendor/bin/subsysd', 'expected a service that starts /vendor/bin/hw/subsysd'),
     ('subsysd.rc', '--load-dir', '--load-folder', 'the daemon does not take --load-folder'),
     ('subsysd.rc', 'class hal', 'clas hal', 'subsysd.rc:5: no such option: clas hal'),
-    ('subsysd.rc', 'user system', 'user root', 'the daemon needs no root'),
-    ('subsysd.rc', 'group system', '', 'no group'),
     ('subsysd.rc', 'KILL\n', 'SIGKILL\n', 'no capability SIGKILL'),
     ('subsysd.rc', 'ISubsys/default', 'ISubsys/other', 'expected the interface aidl'),
     ('subsysd.xml', '</fqname>', '</name>', 'mismatched tag'),
-    ('subsysd.xml', 'format="aidl"', 'format="hidl"', 'with one hal of format aidl'),
     ('subsysd.xml', 'ISubsys/default', 'ISubsys/other', "subsysd.xml: expected {"),
-    ('compatibility_matrix.xml', '<version>5', '<version>4', 'compatibility_matrix.xml: expected {'),
     ('sepolicy/file_contexts', 'hw/subsysd', 'subsysd', 'file_contexts:1: nothing has the name /vendor/bin/subsysd'),
-    ('sepolicy/file_contexts', ':s0', '', 'file_contexts:1: not understood'),
-    ('sepolicy/genfs_contexts', '/lcd', '/led', 'genfs_contexts:1: nothing has the name proc /devinfo/led'),
     ('sepolicy/service_contexts', 'vendor_subsys_service', 'subsys_service', 'the policy has no type subsys_service'),
-    ('sepolicy/property_contexts', 'icc.module', 'icc', 'property_contexts:1: nothing has the name persist.vendor'),
-    ('sepolicy/subsysd.te', 'subsysd proc:dir', 'subsysd procs:dir', "unknown type procs"),
-    ('sepolicy/subsysd.te', 'process sigkill;', 'process sigkil;', 'permission sigkil is not defined'),
     ('sepolicy/subsysd.te', 'process sigkill;', 'process sigkill', 'syntax error'),
     ('sepolicy/subsysd.te', 'binder_use(', 'binder_user(', 'no macro binder_user with 1 arguments'),
-    ('sepolicy/subsysd.te', 'get_prop(subsysd, ', 'get_prop(', 'no macro get_prop with 1 arguments'),
     ('sepolicy/subsysd.te', 'set_prop(vendor_init', 'set_prop(vendor_int', 'no type vendor_int'),
 ]
 
 BLUEPRINTS = [
     ('x = 1\ny = x + 2 + "a"', '2: values of two kinds are added'),
-    ('cc_library {\n  name: "a",\n  name: "b",\n}', '3: name is given twice'),
-    ('x = y', '1: y is not defined'),
     ('cc_library { srcs: ["a" "b"] }', "1: expected , or ], found \"b\""),
     ('cc_library {', 'expected name, found the end of the file'),
-    ('/* */\nx = "a', '2: unexpected'),
 ]
 
 # A source, and what the compiler or the table has to say of it.
 SOURCES = [
     ('#include <mindroid/Object.h>\nint f(mindroid::Object& o) { return o.count(); }', None),
     ('struct A { virtual ~A(); }; struct B : A {}; B* f(A* a) { return dynamic_cast<B*>(a); }', 'requires -frtti'),
-    ('#include <cutils/properties.h>', 'file not found'),
     ('#include <android/binder_manager.h>', 'file not found'),
     ('namespace hal { void g(); } void f() { hal::g(); }', 'libsubsys lacks hal::g()'),
-    ('int f(int unused) { return 0; }', 'unused parameter'),
     ('#include <mindroid/Object.h>\nint f(mindroid::Object& o) { return o.count() + o.more(); }', 'lacks Object::more'),
     ('int f() { return 0; }', 'does not use Object::count'),
 ]
@@ -131,9 +114,6 @@ class CheckTest(unittest.TestCase):
                 file.write_text(right.replace(old, new, 1))
                 self.assertIn(expected, self.package_faults())
                 file.write_text(right)
-
-    def test_files_when_second_blueprint_then_reported(self):
-        self.copy_project()
         write(self.root / 'packaging/Android.bp', '')
         self.assertIn('packaging/Android.bp: the one at the root is the only one', self.package_faults())
 
@@ -141,12 +121,6 @@ class CheckTest(unittest.TestCase):
         for text, expected in BLUEPRINTS:
             with self.subTest(text=text), self.assertRaisesRegex(blueprint.BlueprintError, expected.replace(']', r'\]')):
                 blueprint.parse(text)
-
-    def test_parse_when_all_kinds_of_values_then_read(self):
-        text = 'more = ["c"] // comment\nmore += [`d\\n`]\nm { n: -3, b: true, l: ["a\\"b"] + more, t: { s: "x" + "y" } }'
-        module, = blueprint.parse(text)
-        self.assertEqual((module.type, module.line), ('m', 3))
-        self.assertEqual(module.properties, {'n': -3, 'b': True, 'l': ['a"b', 'c', 'd\\n'], 't': {'s': 'xy'}})
 
     def compile_faults(self):
         write(self.root / 'packaging/README.md', TABLE)
@@ -160,12 +134,7 @@ class CheckTest(unittest.TestCase):
                 write(self.root / 'rf/Source.cpp', source)
                 faults = self.compile_faults()
                 self.assertEqual(faults, '') if expected is None else self.assertIn(expected, faults)
-
-    def test_compile_when_own_header_hides_one_of_the_device_then_reported(self):
-        write(self.root / 'Android.bp', BLUEPRINT)
-        write(self.root / 'platform/mindroid/include/mindroid/Object.h', HEADER)
         write(self.root / 'mindroid/Object.h', HEADER)
-        write(self.root / 'rf/Source.cpp', '')
         self.assertIn('hides mindroid/Object.h of libmindroid', self.compile_faults())
 
     def test_compile_when_genrule_makes_other_files_then_reported(self):

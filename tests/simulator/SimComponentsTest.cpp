@@ -103,16 +103,6 @@ public:
     sp<hal::VsComponent> component;
 };
 
-TEST(SimVsComponent, Start_WhenTheScenarioSaysNothing_ThenReadyOnceAfter100Millis) {
-    Vs vs("");
-    vs.advance(99);
-    EXPECT_EQ(vs.came.count(), 0u);
-    vs.advance(1);
-    vs.advance(100'000);
-    ASSERT_THAT(vs.names(), ElementsAre("state"));
-    EXPECT_EQ(vs.integer(0), 1);
-}
-
 TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
     Vs vs(
         "vs on start delay 70 twice\nvs on getRfIccInfo 2 version=3 blacklist=0xabcd brindle=1 delay 70\n"
@@ -137,24 +127,19 @@ TEST(SimVsComponent, Request_WhenTheScenarioSaysHow_ThenAnsweredSo) {
 TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
     Vs vs(
         "vs on start silent\nvs at 10 event clat enable=1 freq=1800 cc=2 ant=3\n"
-        "vs at 20 event txSharing enable=1 band=1,2 param1=3,4 param2=5,6\nvs at 30 event screen on=0\n"
-        "vs at 40 event iccEvent event=9 length=3 data=0102\nvs at 50 event iccEvent length=65535\n"
-        "vs at 60 event clat null\n");
-    for (int i = 0; i < 6; ++i) vs.advance(10);
-    ASSERT_THAT(vs.names(), ElementsAre("clat", "txSharing", "screen", "iccEvent", "iccEvent", "clat"));
+        "vs at 20 event txSharing band=1,2 param2=5,6\nvs at 30 event screen on=0\n"
+        "vs at 40 event iccEvent event=9 length=65535 data=0102\nvs at 50 event clat null\n");
+    for (int i = 0; i < 5; ++i) vs.advance(10);
+    ASSERT_THAT(vs.names(), ElementsAre("clat", "txSharing", "screen", "iccEvent", "clat"));
     const auto& clat = vs.record<hal::VsClatState>(0);
     EXPECT_THAT((std::array<int, 4>{clat.enable, clat.freq, clat.cc, clat.ant}), ElementsAre(1, 1800, 2, 3));
-    const auto& sharing = vs.record<hal::VsTxSharingState>(1);
-    EXPECT_EQ(sharing.enable, 1);
-    EXPECT_THAT(sharing.band, ElementsAre(1, 2));
-    EXPECT_THAT(sharing.param1, ElementsAre(3, 4));
-    EXPECT_THAT(sharing.param2, ElementsAre(5, 6));
+    EXPECT_THAT(vs.record<hal::VsTxSharingState>(1).band, ElementsAre(1, 2));
+    EXPECT_THAT(vs.record<hal::VsTxSharingState>(1).param2, ElementsAre(5, 6));
     EXPECT_EQ(vs.integer(2), 0);
-    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).event, 9u);
-    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).length, 3);
-    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(3).data[1], 2);
-    EXPECT_EQ(vs.record<hal::VsIccEvent<256>>(4).length, 256);
-    EXPECT_EQ(vs.came.all()[5].obj, nullptr);
+    const auto& event = vs.record<hal::VsIccEvent<256>>(3);
+    EXPECT_THAT((std::array<int, 3>{static_cast<int>(event.event), event.length, event.data[1]}),
+                ElementsAre(9, 256, 2));
+    EXPECT_EQ(vs.came.all()[4].obj, nullptr);
 }
 
 class Ims : public Loaded {
@@ -179,41 +164,24 @@ public:
     sp<hal::ImsOrtcComponent> component;
 };
 
-TEST(SimImsOrtcComponent, SetCallAndRoom_WhenAnswered_ThenStatusConnectionAndLink) {
-    Ims ims("");
-    const hal::CallInfoType call{1, 2, 0, 4, "", "", "", "", "", "", 0, 0};
-    ims.ask(&hal::ImsOrtcComponent::setCallInfo, call);
+TEST(SimImsOrtcComponent, Request_WhenAnswered_ThenItsEventsFollowTheReply) {
+    Ims ims("ims on sendImsRtpRedunSignalMsg 2 rspField1=7 rspField5=-8\nims on sendImsRtpRedunSignalMsg 3 null\n");
+    ims.ask(&hal::ImsOrtcComponent::setCallInfo, {1, 2, 0, 4, "", "", "", "", "", "", 0, 0});
     ims.ask(&hal::ImsOrtcComponent::setOrtcRoomInfo, {1, 2, 0x107, 8, 9});
-    ims.ask(&hal::ImsOrtcComponent::setCallInfo, call);
-    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "status", "reply 0", "connect", "link", "reply 0", "status"));
-    EXPECT_EQ(ims.record<hal::OrtcStatusType>(1).roomId, 0);
-    EXPECT_THAT(ims.record<hal::OrtcConnectInfoType>(3), FieldsAre(1, 2, 0x107, 9, testing::StrEq("room 263")));
-    EXPECT_THAT(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(4), FieldsAre(_, _, 7, _, 9));
-    EXPECT_THAT(ims.record<hal::OrtcStatusType>(6), FieldsAre(_, 2, 0x107, _, 4));
-}
-
-TEST(SimImsOrtcComponent, SetRemoteAddress_WhenOfAnyFamily_ThenTheLocalOneAndNoRest) {
-    Ims ims("");
-    hal::ImsRtpPubIpAddrInfoType remote{1, 2, 3, 4, 5, 6, "198.51.100.7"};
-    ims.ask(&hal::ImsOrtcComponent::setImsRtpRemotePubIpAddr, remote);
+    hal::ImsRtpPubIpAddrInfoType remote{1, 2, 3, 4, 5, 6, ""};
     std::memset(remote.ipAddr, ':', sizeof(remote.ipAddr));  // and no NUL
     ims.ask(&hal::ImsOrtcComponent::setImsRtpRemotePubIpAddr, remote);
-    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "address", "reply 0", "address"));
-    EXPECT_STREQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).ipAddr, "192.0.2.1");
-    EXPECT_EQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(1).rtpPort, 5);
-    const auto second = ims.record<hal::ImsRtpPubIpAddrInfoType>(3);
-    EXPECT_STREQ(second.ipAddr, "2001:db8::1");
-    EXPECT_EQ(std::count(std::begin(second.ipAddr), std::end(second.ipAddr), ':'), 3);
-}
-
-TEST(SimImsOrtcComponent, SendSignal_WhenAnswered_ThenItsFieldsAndTheEcho) {
-    Ims ims("ims on sendImsRtpRedunSignalMsg 2 rspField1=7 rspField5=-8\nims on sendImsRtpRedunSignalMsg 3 null\n");
     for (int i = 0; i < 3; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpRedunSignalMsg, {1, 2, 3, 0, 4, 5, "hello"});
-    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "signal", "reply 0", "signal", "reply 0", "signal"));
-    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(0), FieldsAre(1, 2, _, _, 4, 5));
-    EXPECT_STREQ(ims.record<hal::ImsRtpRedunSignalMsgType>(1).msg, "hello");
-    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(2), FieldsAre(7, 2, _, _, _, -8));
-    EXPECT_EQ(ims.came.all()[4].obj, nullptr);
+    ASSERT_THAT(ims.names(), ElementsAre("reply 0", "status", "reply 0", "connect", "link", "reply 0", "address",
+                                         "reply 0", "signal", "reply 0", "signal", "reply 0", "signal"));
+    EXPECT_THAT(ims.record<hal::OrtcConnectInfoType>(3), FieldsAre(1, 2, 0x107, 9, testing::StrEq("room 263")));
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(4), FieldsAre(_, _, 7, _, 9));
+    const auto local = ims.record<hal::ImsRtpPubIpAddrInfoType>(6);
+    EXPECT_STREQ(local.ipAddr, "2001:db8::1");
+    EXPECT_EQ(std::count(std::begin(local.ipAddr), std::end(local.ipAddr), ':'), 3) << "no rest of the other";
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(7), FieldsAre(1, 2, _, _, 4, 5));
+    EXPECT_THAT(ims.record<hal::ImsRtpRedunSignalMsgRspInfoType>(9), FieldsAre(7, 2, _, _, _, -8));
+    EXPECT_EQ(ims.came.all()[11].obj, nullptr);
 }
 
 TEST(SimImsOrtcComponent, Request_WhenTheScenarioMisbehaves_ThenSo) {
@@ -224,7 +192,6 @@ TEST(SimImsOrtcComponent, Request_WhenTheScenarioMisbehaves_ThenSo) {
     data.data[255] = 7;
     for (int i = 0; i < 4; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpData, data);
     ASSERT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp"));
-    EXPECT_EQ(ims.record<hal::ImsRtpRedunDataLinkStateInfoType>(1).linkField1, 9);
     const auto echo = ims.record<hal::ImsRtpDataInfoType>(3);
     EXPECT_EQ(std::memcmp(&echo, &data, sizeof(data)), 0);
     ims.advance(200);
@@ -235,17 +202,14 @@ TEST(SimImsOrtcComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
     const test::LogCapture log;
     Ims ims(
         "ims every 10 event rtp data=0102 dataLen=300\nims at 15 event status reason=5 null\n"
-        "ims at 16 event address ipAddr=10.0.0.1\nims at 17 event signal msg=hi\nims at 18 event connect roomId=3\n"
-        "ims at 19 event status status=7\n");
+        "ims at 16 event address ipAddr=10.0.0.1\nims at 18 event connect roomId=3\n");
     ims.advance(10);
     for (int i = 0; i < 10; ++i) ims.advance(1);
-    ASSERT_THAT(ims.names(), ElementsAre("rtp", "status", "address", "signal", "connect", "status", "rtp"));
+    ASSERT_THAT(ims.names(), ElementsAre("rtp", "status", "address", "connect", "rtp"));
     EXPECT_EQ(ims.record<hal::ImsRtpDataInfoType>(0).dataLen, 300);
     EXPECT_EQ(ims.came.all()[1].obj, nullptr);
     EXPECT_STREQ(ims.record<hal::ImsRtpPubIpAddrInfoType>(2).ipAddr, "10.0.0.1");
-    EXPECT_STREQ(ims.record<hal::ImsRtpRedunSignalMsgType>(3).msg, "hi");
-    EXPECT_EQ(ims.record<hal::OrtcConnectInfoType>(4).roomId, 3);
-    EXPECT_EQ(ims.record<hal::OrtcStatusType>(5).status, 7);
+    EXPECT_EQ(ims.record<hal::OrtcConnectInfoType>(3).roomId, 3);
     EXPECT_TRUE(log.has("SimImsOrtcComponent", "event connect", ANDROID_LOG_DEBUG));
 }
 

@@ -13,20 +13,13 @@ using namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 class FakeServer final : public stubs_test::RecordingSubsys {
 public:
-    enum LcdType { ANSWER, REFUSE, STAY_SILENT, DIE, ANSWER_OTHERS_FIRST, INDICATE_FIRST, ANSWER_BYTES, FAIL_THE_CALL };
+    enum LcdType { ANSWER, REFUSE, STAY_SILENT, DIE, ANSWER_OTHERS_FIRST, INDICATE_FIRST, FAIL_THE_CALL };
 
     ndk::ScopedAStatus setCallback(const std::shared_ptr<ISubsysResponse>& response,
                                    const std::shared_ptr<ISubsysIndication>& indication) override {
         mResponse = response;
         mIndication = indication;
         return mIndication->sendSubsysStateChanged(true);
-    }
-
-    ndk::ScopedAStatus setImsOrtcCallback(const std::shared_ptr<IImsOrtcResponse>& response,
-                                          const std::shared_ptr<IImsOrtcIndication>& indication) override {
-        mImsResponse = response;
-        mImsIndication = indication;
-        return ndk::ScopedAStatus::ok();
     }
 
     ndk::ScopedAStatus getSwtpStatus(int32_t serial) override {
@@ -64,11 +57,6 @@ public:
         return callback->onIccMetaResp({info.id, info.token, 2, info.reqId != 0, info.data});
     }
 
-    ndk::ScopedAStatus sendImsRtpData(int32_t serial, const ImsRtpDataInfo& info) override {
-        mImsIndication->recvImsRtpData(info);
-        return mImsResponse->sendImsRtpDataResponse({0, serial});
-    }
-
 private:
     ndk::ScopedAStatus answerLcd(const SubsysResponseInfo& info, const std::string& text) {
         return mResponse->getLcdInfoResponse(info, text);
@@ -76,8 +64,6 @@ private:
 
     std::shared_ptr<ISubsysResponse> mResponse;
     std::shared_ptr<ISubsysIndication> mIndication;
-    std::shared_ptr<IImsOrtcResponse> mImsResponse;
-    std::shared_ptr<IImsOrtcIndication> mImsIndication;
 };
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace subsysctl {
 namespace {
 
@@ -16,24 +14,6 @@ Mailbox::Matches is(int wanted) {
     return [wanted](const Json& json) { return json == wanted; };
 }
 
-TEST(Mailbox, TakeAnswer_WhenOthersCameBefore_ThenTheyAreDropped) {
-    Mailbox mailbox;
-    for (const int answer : {1, 2, 3}) mailbox.putAnswer(answer);
-    EXPECT_EQ(2, mailbox.takeAnswer(is(2), kLater));
-    EXPECT_EQ(std::nullopt, mailbox.takeAnswer(is(1), kPast));
-}
-
-TEST(Mailbox, TakeAnswer_WhenItComesFromAnotherThread_ThenTaken) {
-    Mailbox mailbox;
-    std::thread sender([&] {
-        mailbox.putIndication("noise");
-        mailbox.putAnswer(7);
-    });
-    EXPECT_EQ(7, mailbox.takeAnswer(is(7), kLater));
-    EXPECT_EQ("noise", mailbox.takeIndication(kLater));
-    sender.join();
-}
-
 TEST(Mailbox, TakeAnswer_WhenTheServerDiedAfterItsAnswer_ThenTheAnswerFirst) {
     Mailbox mailbox;
     mailbox.putAnswer(1);
@@ -41,15 +21,6 @@ TEST(Mailbox, TakeAnswer_WhenTheServerDiedAfterItsAnswer_ThenTheAnswerFirst) {
     EXPECT_EQ(1, mailbox.takeAnswer(is(1), kLater));
     EXPECT_EQ(std::nullopt, mailbox.takeAnswer(is(1), kLater));
     EXPECT_TRUE(mailbox.serverDied());
-}
-
-TEST(Mailbox, TakeIndication_WhenInterrupted_ThenEmptyAtOnceAndAnswersStillCome) {
-    Mailbox mailbox;
-    std::thread signaller([&] { mailbox.interrupt(); });
-    EXPECT_EQ(std::nullopt, mailbox.takeIndication(kLater));
-    signaller.join();
-    mailbox.putAnswer(1);
-    EXPECT_EQ(1, mailbox.takeAnswer(is(1), kLater));
 }
 
 TEST(Mailbox, Put_WhenNobodyTakes_ThenTheFirstIndicationsAndTheLatestAnswersAreKept) {

@@ -21,16 +21,6 @@ sp<Message> selfHolding(const sp<Handler>& target, std::atomic<int>& deaths) {
     return message;
 }
 
-TEST(Message, Obtain_WhenWithFields_ThenHasThoseAndDefaults) {
-    const sp<Handler> target = new Handler();
-    const sp<Message> plain = Message::obtain();
-    EXPECT_TRUE(plain->obj == nullptr);
-    EXPECT_EQ(plain->what | plain->arg1 | plain->arg2, 0);
-    const sp<Message> full = target->obtainMessage(1, 2, 3);
-    EXPECT_EQ(full->what * 100 + full->arg1 * 10 + full->arg2, 123);
-    EXPECT_TRUE(target->obtainMessage(1, target)->obj == target);
-}
-
 TEST(Message, SendToTarget_WhenManyThreadsCompete_ThenItRunsOnce) {
     const test::LogCapture log;
     sp<Probe> probe;

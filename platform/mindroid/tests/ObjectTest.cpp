@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace mindroid {
 namespace {
@@ -47,17 +47,6 @@ TEST(Sp, References_WhenTheyAreCopiedMovedAndConverted_ThenFirstAndLastAreToldOn
     EXPECT_EQ(story, "first last deleted");
 }
 
-TEST(Boxes, Value_WhenOfTheWholeRange_ThenIsKept) {
-    EXPECT_EQ(sp<Byte>(new Byte(0xff))->value(), 0xff);
-    EXPECT_EQ(sp<Short>(new Short(0xffff))->value(), 0xffff);
-    EXPECT_EQ(sp<Integer>(new Integer(INT32_MIN))->value(), INT32_MIN);
-    EXPECT_EQ(sp<Long>(new Long(INT64_MIN))->value(), INT64_MIN);
-    EXPECT_TRUE(sp<Boolean>(new Boolean(true))->value());
-    EXPECT_EQ(sp<String>(new String(std::string("a\0b", 3)))->value().size(), 3u);
-    const std::array<int32_t, 2> numbers{1, -1};
-    EXPECT_EQ(sp<IntegerArray>(new IntegerArray(numbers.data(), 2))->data()[1], -1);
-}
-
 TEST(Boxes, Construction_WhenFromNull_ThenIsEmpty) {
     EXPECT_EQ(sp<String>(new String(static_cast<const char*>(nullptr)))->value(), "");
     EXPECT_EQ(sp<ByteArray>(new ByteArray(nullptr, 4))->size(), 0u);
@@ -65,11 +54,8 @@ TEST(Boxes, Construction_WhenFromNull_ThenIsEmpty) {
 }
 
 TEST(ByteArray, ToString_WhenAnyBytes_ThenIsLowerCaseHex) {
-    const struct {
-        std::vector<uint8_t> bytes;
-        const char* text;
-    } cases[] = {{{}, ""}, {{0}, "00"}, {{0x0a, 0xff, 0x10}, "0aff10"}, {{0xde, 0xad, 0xbe, 0xef}, "deadbeef"}};
-    for (const auto& [bytes, text] : cases) EXPECT_EQ(sp<ByteArray>(new ByteArray(bytes))->toString(), text);
+    EXPECT_EQ(sp<ByteArray>(new ByteArray(std::vector<uint8_t>()))->toString(), "");
+    EXPECT_EQ(sp<ByteArray>(new ByteArray(std::vector<uint8_t>{0, 0x0a, 0xff, 0x10}))->toString(), "000aff10");
 }
 
 }  // namespace
