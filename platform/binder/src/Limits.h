@@ -18,7 +18,10 @@ inline constexpr size_t kMaxObjects = 4096;
 inline constexpr size_t kOnewayOverhead = 128;
 inline constexpr size_t kAckInterval = 32 * 1024;
 inline constexpr size_t kMaxOnewayWaiting = kMaxOneway + kOnewayOverhead + kAckInterval;
-// Reference counts and connections that wait for a process that does not read.
+// Oneway calls of a message loop that leave together: so many bytes, or what came within this time.
+inline constexpr size_t kMaxDeferred = 32 * 1024;
+inline constexpr std::chrono::milliseconds kDeferral{1};
+// Reference counts that wait for a process that does not read.
 inline constexpr size_t kMaxUnread = kMaxOnewayWaiting + (1U << 20);
 
 // Of one process: connections that have not said what for, sessions (it needs one), connections that it calls on.

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Deferral.h"
 #include "IoThread.h"
 #include "Limits.h"
 #include "Log.h"
@@ -28,20 +29,20 @@ uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
 
 }  // namespace
 
-binder_status_t Outbox::post(Bytes frame) {
+binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     const size_t cost = frame.size() + kOnewayOverhead;
     const Lock lock(mLock);
     if (mPosted + cost - mAcked > kMaxOnewayWaiting) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > kMaxOnewayWaiting) {
         if (mLost++ == 0) {
-            mQueue.empty() ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
-                           : warn("process %d does not read: oneway calls to it fail until it does", mPid);
+            !mIsStalled ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
+                        : warn("process %d does not read: oneway calls to it fail until it does", mPid);
         }
         return STATUS_FAILED_TRANSACTION;
     }
     if (mLost != 0) reportLost();
-    if (!write(frame)) return STATUS_DEAD_OBJECT;
+    if (!(mayWait ? defer(frame) : write(frame))) return STATUS_DEAD_OBJECT;
     mPosted += cost;
     return STATUS_OK;
 }
@@ -55,17 +56,31 @@ bool Outbox::send(Bytes frame) {
 }
 
 bool Outbox::write(Bytes frame) {
-    size_t sent = 0;
     if (mQueue.empty()) {
-        const ssize_t some = sendSome(mFd, frame, MSG_DONTWAIT);
-        if (some < 0) return false;
-        sent = static_cast<size_t>(some);
-        if (sent == frame.size()) return true;
-        if (!watch()) return false;
-        mWritten = sent;
+        const ssize_t sent = sendSome(mFd, frame, MSG_DONTWAIT);
+        if (sent == static_cast<ssize_t>(frame.size())) return true;
+        if (sent < 0) return false;
+        mWritten = static_cast<size_t>(sent);
     }
     mQueue.insert(mQueue.end(), frame.begin(), frame.end());
-    return true;
+    return mIsStalled || flush();
+}
+
+bool Outbox::defer(Bytes frame) {
+    mQueue.insert(mQueue.end(), frame.begin(), frame.end());
+    if (mIsStalled) return true;
+    mIsDeferred = true;
+    return (mQueue.size() < kMaxDeferred && startDeferral()) || flush();
+}
+
+void Outbox::flushDeferred() {
+    if (!mIsDeferred.load(std::memory_order_acquire)) return;
+    bool isBroken = false;
+    {
+        const Lock lock(mLock);
+        isBroken = !mEnded && !mIsStalled && !flush();
+    }
+    if (isBroken) end();
 }
 
 bool Outbox::watch() {
@@ -78,21 +93,23 @@ void Outbox::onReady(uint32_t) {
     bool isBroken = false;
     {
         const Lock lock(mLock);
-        if (mEnded) return;
-        isBroken = !flush() || (!mQueue.empty() && !watch());
+        mIsStalled = false;
+        isBroken = !mEnded && !flush();
     }
     if (isBroken) end();
 }
 
-// False when the connection is lost.
+// Writes what the socket takes; the I/O thread goes on when it has room. False when the connection is lost.
 bool Outbox::flush() {
+    mIsDeferred = false;
     const ssize_t sent = sendSome(mFd, Bytes(mQueue.data(), mQueue.size()).substr(mWritten), MSG_DONTWAIT);
     if (sent < 0) return false;
     mWritten += static_cast<size_t>(sent);
-    if (mWritten == mQueue.size()) {
-        std::vector<uint8_t>().swap(mQueue);
-        mWritten = 0;
-    }
+    mIsStalled = mWritten < mQueue.size();
+    if (mIsStalled) return watch();
+    if (mQueue.capacity() > 2 * kMaxDeferred) std::vector<uint8_t>().swap(mQueue);
+    mQueue.clear();
+    mWritten = 0;
     return true;
 }
 

@@ -57,6 +57,7 @@ void ServedConnection::onReady(uint32_t) {
 void ServedConnection::answer(Bytes reply) {
     // The peer may send its next call as soon as it has the reply, and another thread take it.
     mIsOwned.store(false, std::memory_order_release);
+    mSession->flush();
     const Lock lock(mReplyLock);
     if (!mReply.empty()) return mSession->end("calls before it has read its reply");
     const ssize_t sent = sendSome(mStream.fd(), reply, MSG_DONTWAIT);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "DeathRecipient.h"
+#include "Deferral.h"
 #include "IBinder.h"
 #include "Log.h"
 #include "RemoteBinder.h"
@@ -69,7 +70,9 @@ binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
     if (parcel.transportSize() > kMaxCall) return STATUS_FAILED_TRANSACTION;
     if (!isAlive()) return STATUS_DEAD_OBJECT;
     const binder_status_t packed = mObjects.pack(parcel, *this);
-    return packed == STATUS_OK ? mCalls.call(shared_from_this(), target, code, parcel) : packed;
+    if (packed != STATUS_OK) return packed;
+    flush();
+    return mCalls.call(shared_from_this(), target, code, parcel);
 }
 
 binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
@@ -77,11 +80,20 @@ binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
     if (!isAlive()) return STATUS_DEAD_OBJECT;
     binder_status_t status = mObjects.pack(parcel, *this);
     if (status != STATUS_OK) return status;
-    status = mOut->post(parcel.frame(FrameKind::Oneway, target, code));
+    status = mOut->post(parcel.frame(FrameKind::Oneway, target, code), mayDefer(mOut));
     if (status != STATUS_OK) mObjects.unpack(parcel);
     if (status == STATUS_DEAD_OBJECT) end();
     parcel.reset();
     return status;
+}
+
+void Session::flushAll() {
+    std::vector<std::shared_ptr<Session>> all;
+    {
+        const Lock lock(sessions().lock);
+        all = sessions().all;
+    }
+    for (const auto& each : all) each->flush();
 }
 
 void Session::release(uint32_t target, uint64_t count) {

@@ -50,6 +50,9 @@ public:
     [[nodiscard]] binder_status_t call(uint32_t target, uint32_t code, AParcel& parcel);
     // Sends a oneway call; leaves `parcel` empty.
     [[nodiscard]] binder_status_t post(uint32_t target, uint32_t code, AParcel& parcel);
+    // What this process sent to the peer before leaves first; to be called before anything is sent on another socket.
+    void flush() { mOut->flushDeferred(); }
+    static void flushAll();
     // Gives references of the peer's object back.
     void release(uint32_t target, uint64_t count);
     // A connection broke. STATUS_DEAD_OBJECT, and the session is ended, when the peer died; STATUS_FAILED_TRANSACTION

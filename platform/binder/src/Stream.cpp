@@ -60,6 +60,7 @@ bool Stream::await(const std::shared_ptr<Session>& session, AParcel& parcel, bin
         if (header.kind == FrameKind::Reply) break;
         AParcel out;
         const Bytes answer = run(session, header, in, out);
+        session->flush();
         if (answer.empty() || !sendAll(mFd, answer)) return false;
     }
     status = static_cast<binder_status_t>(header.code);

@@ -21,6 +21,10 @@ int inMilliseconds(Clock::duration time) {
     return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(time).count());
 }
 
+// Threads that wait for the same event at most: each byte that arrives before the first one runs wakes one more of
+// them.
+constexpr uint32_t kWaiting = 2;
+
 }  // namespace
 
 ThreadPool& ThreadPool::instance() {
@@ -64,13 +68,36 @@ void ThreadPool::join() {
 
 void ThreadPool::run() {
     for (;;) {
-        mIdle.fetch_add(1, std::memory_order_relaxed);
+        if (mIdle.fetch_add(1) >= kWaiting) park();
         const auto ready = mPoller.wait(-1);
         mTurns.fetch_add(1, std::memory_order_relaxed);
         // Before user's code: somebody else has to wait now.
-        if (mIdle.fetch_sub(1, std::memory_order_relaxed) == 1) mMayGrow ? spawn() : watch();
+        if (mIdle.fetch_sub(1) == 1) promote();
         ready.report();
     }
+}
+
+// Sleeps until it is needed to wait.
+void ThreadPool::park() {
+    Lock lock(mLock);
+    if (mIdle.fetch_sub(1) > 1) {
+        ++mParked;
+        while (mPromoted == 0) lock.wait(mPromotion);
+        --mPromoted;
+    }
+    mIdle.fetch_add(1);
+}
+
+void ThreadPool::promote() {
+    {
+        const Lock lock(mLock);
+        if (mParked != 0) {
+            --mParked;
+            ++mPromoted;
+            return mPromotion.notify_one();
+        }
+    }
+    mMayGrow ? spawn() : watch();
 }
 
 void ThreadPool::spawn() {

@@ -31,6 +31,8 @@ private:
     ThreadPool() = default;
     void mustOpen();
     [[noreturn]] void run();
+    void park();
+    void promote();
     void spawn();
     // Has the I/O thread look at the pool while no thread is free.
     void watch();
@@ -40,6 +42,9 @@ private:
     Mutex mLock;
     uint32_t mMax GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
     uint32_t mSpawned GUARDED_BY(mLock) = 0;  // the first one counted
+    uint32_t mParked GUARDED_BY(mLock) = 0;
+    uint32_t mPromoted GUARDED_BY(mLock) = 0;  // that have not noticed yet
+    std::condition_variable mPromotion;
     bool mIsOpen GUARDED_BY(mLock) = false;
     std::atomic<bool> mMayGrow{false};  // started, and not all threads are there
     std::atomic<bool> mStarted{false};

@@ -1,10 +1,12 @@
 #include <android/binder_process.h>
+#include <device/LoopThread.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include <array>
 #include <future>
+#include <memory>
 #include <set>
 
 #include "binder/tests/Peer.h"
@@ -347,26 +349,73 @@ TEST_F(ProcessesTest, Oneway_WhenAHandlerBlocks_ThenOtherObjectsAreServedAndItsO
     EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
 }
 
-TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndMoreFailsOnce) {
+/** `onLoop`: as a message loop's thread that has no time to sleep. */
+void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
     const LogCapture log;
     constexpr size_t BALLAST = 1000;
-    ASSERT_EQ(STATUS_OK, echo(mService, 1));
-    mServer.stop();
+    const auto loop = onLoop ? std::make_unique<device::LoopThread>() : nullptr;
+    ASSERT_EQ(STATUS_OK, echo(service, 1));
+    server.stop();
     size_t sent = 0;
-    while (sent < 10'000 && note(mService, 0, BALLAST) == STATUS_OK) ++sent;
+    while (sent < 10'000 && note(service, 0, BALLAST) == STATUS_OK) ++sent;
     EXPECT_GT(sent * BALLAST, 350u * 1024);
     EXPECT_LT(sent * BALLAST, 640u * 1024);
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(mService, 0, BALLAST));
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(service, 0, BALLAST));
     const std::string line =
-        "process " + std::to_string(mServer.pid()) + " does not read: oneway calls to it fail until it does";
+        "process " + std::to_string(server.pid()) + " does not read: oneway calls to it fail until it does";
     EXPECT_EQ(1u, log.count("Binder", line, ANDROID_LOG_WARN));
-    EXPECT_TRUE(AIBinder_isAlive(mService.get()));
-    mServer.resume();
-    EXPECT_EQ(STATUS_OK, echo(mService, 1));
-    while (note(mService, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(mService.get()));
+    EXPECT_TRUE(AIBinder_isAlive(service.get()));
+    server.resume();
+    EXPECT_EQ(STATUS_OK, echo(service, 1));
+    while (note(service, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(service.get()));
     const auto lines = log.texts("Binder");
     EXPECT_THAT(lines.back(), testing::MatchesRegex("[0-9]+ oneway calls to process [0-9]+ were not delivered"));
     EXPECT_GE(std::stoi(lines.back()), 11) << "all that failed";
+}
+
+TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndMoreFailsOnce) {
+    fillUp(mServer, mService, /*onLoop=*/false);
+}
+
+TEST_F(ProcessesTest, Oneway_WhenTheReceiverOfALoopIsTooSlow_ThenItIsTheSame) {
+    fillUp(mServer, mService, /*onLoop=*/true);
+}
+
+TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBlocks) {
+    Recorder<int32_t> notes;
+    const Lent own(mService, [&](int32_t value) { notes.add(value); });
+    const auto ask = [this] {
+        return call(
+            mService, POST, [](AParcel* in) { AParcel_writeInt32(in, 1); }, {}, FLAG_ONEWAY);
+    };
+    const device::LoopThread loop;
+    for (size_t i = 1; i <= 20; ++i) {
+        ASSERT_EQ(STATUS_OK, ask());
+        ASSERT_TRUE(notes.await(i)) << "though this thread does not sleep";
+    }
+}
+
+TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheFirstCallAfterASleepFindsOut) {
+    device::LoopThread loop;
+    ASSERT_EQ(STATUS_OK, note(mService, 1));
+    ASSERT_TRUE(loop.hasOutput());
+    loop.output->flush();
+    EXPECT_FALSE(loop.hasOutput());
+    mServer.end();
+    EXPECT_EQ(STATUS_DEAD_OBJECT, note(mService, 1));
+    EXPECT_EQ(STATUS_DEAD_OBJECT, note(mService, 1));
+    EXPECT_FALSE(AIBinder_isAlive(mService.get()));
+}
+
+TEST_F(SingleServerTest, Oneway_WhenALoopMakesMany_ThenACallOfAnotherThreadFollowsThem) {
+    device::LoopThread loop;
+    for (int32_t i = 0; i < 500; ++i) {
+        for (int n = 0; n < i % 5; ++n) ASSERT_EQ(STATUS_OK, note(mService, -1));
+        ASSERT_EQ(STATUS_OK, note(mService, i));
+        int32_t last = -1;
+        std::thread([&] { last = callForInt(mService, LAST); }).join();
+        ASSERT_EQ(i, last);
+    }
 }
 
 TEST_F(ProcessesTest, Oneway_WhenAnObjectsHandlerIsSlow_ThenTheSenderFailsInsteadOfThisProcessGrowing) {

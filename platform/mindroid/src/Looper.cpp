@@ -3,6 +3,7 @@
 #include <android/log.h>
 #include <pthread.h>
 
+#include <device/LoopThread.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
@@ -56,6 +57,7 @@ void Looper::bind(const sp<Looper>& looper) {
 void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
+    const device::LoopThread thread;
     while (const sp<Message> message = self->mQueue->next()) {
         Message::dispatch(message);
         message->letGo();

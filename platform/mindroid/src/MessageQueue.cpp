@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include <device/LoopThread.h>
+
 #include <mindroid/Handler.h>
 #include <mindroid/Runnable.h>
 #include <mindroid/SystemClock.h>
@@ -62,6 +64,7 @@ sp<Message> MessageQueue::next() {
             mReady.pop_front();
             return message;
         }
+        if (flushOutput()) continue;
         sleep();
     }
     return nullptr;
@@ -104,6 +107,16 @@ void MessageQueue::moveDueToReady() {
 
 uint64_t MessageQueue::nextDue() const {
     return mTimed.empty() ? kNever : mTimed.begin()->first;
+}
+
+// Whether output of this thread waited for the loop to have nothing to run.
+bool MessageQueue::flushOutput() {
+    device::LoopThread* const loop = device::LoopThread::current();
+    if (loop == nullptr || !loop->hasOutput()) return false;
+    mLock.unlock();
+    loop->output->flush();
+    mLock.lock();
+    return true;
 }
 
 void MessageQueue::sleep() {

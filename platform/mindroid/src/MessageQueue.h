@@ -43,6 +43,7 @@ private:
     void moveDueToReady() SUBSYS_REQUIRES(mLock);
     // When the looper has to look again by itself.
     [[nodiscard]] uint64_t nextDue() const SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool flushOutput() SUBSYS_REQUIRES(mLock);
     void sleep() SUBSYS_REQUIRES(mLock);
     // Whether the looper sleeps longer than it should now; it counts as awake from then on, and the caller wakes it.
     [[nodiscard]] bool rouse() SUBSYS_REQUIRES(mLock);

@@ -5,7 +5,12 @@
 #include <pthread.h>
 #include <sys/resource.h>
 
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
+
+#include <device/LoopThread.h>
 
 #include <mindroid/HandlerThread.h>
 
@@ -34,6 +39,44 @@ TEST(Looper, PrepareAndLoop_WhenThereIsALooperOrNone_ThenFailWithAnError) {
     }).join();
     EXPECT_EQ(log.count("Looper", "the thread has no looper to run", ANDROID_LOG_ERROR), 1u);
     EXPECT_EQ(log.count("Looper", "the thread has a looper already", ANDROID_LOG_ERROR), 1u);
+}
+
+TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItEnds) {
+    class Output final : public device::LoopOutput {
+    public:
+        explicit Output(std::function<void()> atFlush) : mAtFlush(std::move(atFlush)) {}
+        void flush() override {
+            isWaiting = false;
+            mAtFlush();
+        }
+
+    private:
+        const std::function<void()> mAtFlush;
+    };
+    constexpr int32_t kFlush = 99;
+    Seen* order = nullptr;
+    sp<Probe> probe;
+    EXPECT_EQ(nullptr, device::LoopThread::current()) << "no loop runs here";
+    test::runLoop([&] {
+        probe = new Probe();
+        order = &probe->seen;
+        probe->action = [&](const sp<Message>& message) {
+            device::LoopThread& loop = *device::LoopThread::current();
+            if (loop.output == nullptr) {
+                loop.output = std::make_unique<Output>([&, flushes = 0]() mutable {
+                    order->push_back(kFlush);
+                    test::send(probe, ++flushes == 1 ? 3 : 4);
+                });
+            }
+            loop.output->isWaiting = message->what == 2 || message->what == 3;
+            if (message->what == 4) {
+                loop.output->isWaiting = true;
+                Looper::myLooper()->quit();
+            }
+        };
+        for (const int32_t what : {1, 2}) test::send(probe, what);
+    });
+    EXPECT_EQ(probe->seen, (Seen{1, 2, kFlush, 3, kFlush, 4, kFlush}));
 }
 
 // ---- During a dispatch. Each probe has 1, 2 and 3 pending; the action runs with 1, and QUIT is sent after it. ----

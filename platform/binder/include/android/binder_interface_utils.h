@@ -7,10 +7,11 @@
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
-#include <android/log.h>
 
 #include <concepts>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -20,7 +21,7 @@
 namespace ndk {
 
 // An object that hands out shared pointers to itself. Made by SharedRefBase::make only: std::make_shared and `new` do
-// not compile elsewhere; an object with no owner, or with two, ends the process with a line in the log.
+// not compile elsewhere; an object with no owner, or with two, ends the process with a line on stderr.
 class SharedRefBase {
 public:
     SharedRefBase() = default;
@@ -54,7 +55,8 @@ public:
 private:
     static void* operator new(std::size_t size) { return ::operator new(size); }
     [[noreturn]] static void fail(const char* what) {
-        __android_log_assert(nullptr, "Binder", "SharedRefBase: %s", what);
+        std::fprintf(stderr, "SharedRefBase: %s\n", what);
+        std::abort();
     }
     void own(const std::shared_ptr<SharedRefBase>& object) {
         mThis = object;
