@@ -9,8 +9,9 @@
 
 namespace binder {
 
-// The binder threads. All wait on one poller; the one that an event wakes runs what it brings, user's code included,
-// while the others go on waiting. Whoever leaves nobody waiting starts one more, up to the maximum. Thread: any.
+// The binder threads. Two wait on one poller; the one that an event wakes runs what it brings, user's code included,
+// while the other goes on waiting. Whoever leaves nobody waiting wakes one that sleeps, or starts one more, up to the
+// maximum. Thread: any.
 class ThreadPool {
 public:
     static ThreadPool& instance();
