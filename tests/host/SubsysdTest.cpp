@@ -86,7 +86,7 @@ protected:
 };
 
 // What a line of the thread's status file says, as that of "SigBlk:".
-std::string statusOf(const std::filesystem::path& task, const std::string& key) {
+[[maybe_unused]] std::string statusOf(const std::filesystem::path& task, const std::string& key) {
     std::ifstream status(task / "status");
     std::string word;
     while (status >> word && word != key) {
