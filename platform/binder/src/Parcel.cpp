@@ -6,6 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "Class.h"
+#include "IBinder.h"
+#include "Log.h"
 #include "Status.h"
 #include "Utf.h"
 
@@ -249,9 +252,17 @@ std::basic_string_view<uint8_t> AParcel::frame(binder::FrameKind kind, uint32_t 
     return {mBytes, size};
 }
 
+// Callers drop the status of a oneway call, so the line is all that tells of its loss.
+static binder_status_t refuseText(const AParcel& parcel) {
+    const AIBinder_Class* const clazz = parcel.target() != nullptr ? parcel.target()->clazz() : nullptr;
+    binder::warn("a string for %s ends inside a UTF-8 sequence: refused, and its call with it",
+                 clazz != nullptr ? clazz->descriptor.c_str() : "a parcel");
+    return STATUS_BAD_VALUE;
+}
+
 binder_status_t binder::writeString(AParcel& parcel, std::string_view text) {
     const std::optional<size_t> units = utf16Length(text);
-    if (!units) return STATUS_BAD_VALUE;
+    if (!units) return refuseText(parcel);
     const binder_status_t status = writeScalar(&parcel, static_cast<int32_t>(*units));
     uint8_t* const place = status == STATUS_OK ? parcel.append((*units + 1) * sizeof(uint16_t)) : nullptr;
     if (place == nullptr) return STATUS_NO_MEMORY;

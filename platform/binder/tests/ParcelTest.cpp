@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "binder/tests/Echo.h"
+#include "tests/support/LogCapture.h"
 
 namespace {
 
@@ -187,7 +188,10 @@ TEST(ParcelTest, WriteString_WhenItIsNoUtf8_ThenReplacedAndACutEndIsRefused) {
     EXPECT_EQ(mark + mark + mark + mark, there("\xf4\x90\x80\x80")) << "past the end";
     EXPECT_EQ(mark + "a", there("\xe2"
                                 "a"));
+    const test::LogCapture log;
     for (const std::string& cut : {"\xc3"s, "a\xe2\x82"s, "\xf0\x9f\x98"s}) EXPECT_EQ("!", there(cut));
+    const std::string line = "a string for a parcel ends inside a UTF-8 sequence: refused, and its call with it";
+    EXPECT_EQ(log.count("Binder", line, ANDROID_LOG_WARN), 1U);  // The same line comes once a second at most.
     for (const Bytes& lone : {Bytes{1, 0, 0, 0, 0, 0xd8, 0, 0}, Bytes{1, 0, 0, 0, 0, 0xdc, 0, 0}}) {
         std::string text;
         EXPECT_EQ(STATUS_OK, ndk::AParcel_readString(parcelOf(lone).get(), &text));
