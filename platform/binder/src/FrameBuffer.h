@@ -16,7 +16,7 @@ namespace binder {
 // connection owns none. Thread: any; one at a time.
 class FrameBuffer {
 public:
-    using Scratch = std::array<uint8_t, 16 * 1024>;
+    using Scratch = std::array<uint8_t, size_t{16} * 1024>;
     enum class Result { Frame, Again, Closed, Malformed };
 
     // The bytes of a half sent frame are counted for process `pid`; -1: not counted.

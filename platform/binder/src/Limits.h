@@ -16,10 +16,10 @@ inline constexpr size_t kMaxObjects = 4096;
 // Oneway calls of one process that have not run yet: one of the largest size, or many small ones. Each counts with what
 // its entry in a queue takes. The receiver reports every kAckInterval bytes what has run.
 inline constexpr size_t kOnewayOverhead = 128;
-inline constexpr size_t kAckInterval = 32 * 1024;
+inline constexpr size_t kAckInterval = size_t{32} * 1024;
 inline constexpr size_t kMaxOnewayWaiting = kMaxOneway + kOnewayOverhead + kAckInterval;
 // Oneway calls of a message loop that leave together: so many bytes, or what came within this time.
-inline constexpr size_t kMaxDeferred = 32 * 1024;
+inline constexpr size_t kMaxDeferred = size_t{32} * 1024;
 inline constexpr std::chrono::milliseconds kDeferral{1};
 // Reference counts that wait for a process that does not read.
 inline constexpr size_t kMaxUnread = kMaxOnewayWaiting + (1U << 20);
@@ -35,7 +35,7 @@ inline constexpr size_t kMaxCalls = 64;
 inline constexpr size_t kMaxHalfSent = 2U << 20;
 inline constexpr size_t kMaxAllHalfSent = 32U << 20;
 // A larger call waits until the one before it is written, so that an honest process half sends one at a time.
-inline constexpr size_t kLargeCall = 64 * 1024;
+inline constexpr size_t kLargeCall = size_t{64} * 1024;
 
 // A connection says what it is for within this time.
 inline constexpr std::chrono::seconds kGreetingTime{5};
