@@ -12,14 +12,14 @@ namespace {
 
 using namespace bench;
 
-constexpr int kRounds = 9;
-constexpr int kSingles = 1000;
-constexpr int kBursts = 20;
-constexpr int32_t kBurst = 1000;
+constexpr int ROUNDS = 9;
+constexpr int SINGLES = 1000;
+constexpr int BURSTS = 20;
+constexpr int32_t BURST = 1000;
 
-void requestEvents(subsys_interface::ISubsys& service, int32_t count) {
-    subsys_interface::IccReqInfo info;
-    info.reqId = kIccBurstCommand;
+void requestEvents(interface::ISubsys& service, int32_t count) {
+    interface::IccReqInfo info;
+    info.reqId = ICC_BURST_COMMAND;
     info.data.resize(sizeof count);
     std::memcpy(info.data.data(), &count, sizeof count);
     service.sendIccCmd(1, info);
@@ -44,18 +44,18 @@ int main() {
     // From the plugin's thread over the proxy's thread to the service's looper.
     const auto sdBus = makeSdBusShape({.peers = 1, .payload = 20, .hops = 3});
     Daemon daemon;
-    SystemShape icc(SystemShape::Counted::kIccEvents, requestEvents);
+    SystemShape icc(SystemShape::Counted::ICC_EVENTS, requestEvents);
     Ratio burst, single, bursts;
     std::printf("ICC events, both processes on one CPU\n");
-    for (int round = 0; round < kRounds; ++round) {
-        const double oursAlone = perEvent(icc, kSingles, 1);
-        const double oursInBurst = perEvent(icc, kBursts, kBurst);
-        const double theirsAlone = perEvent(*sdBus, kSingles, 1);
-        const double theirsInBurst = perEvent(*sdBus, kBursts, kBurst);
+    for (int round = 0; round < ROUNDS; ++round) {
+        const double oursAlone = perEvent(icc, SINGLES, 1);
+        const double oursInBurst = perEvent(icc, BURSTS, BURST);
+        const double theirsAlone = perEvent(*sdBus, SINGLES, 1);
+        const double theirsInBurst = perEvent(*sdBus, BURSTS, BURST);
         burst.add(oursAlone, oursInBurst);
         single.add(oursAlone, theirsAlone);
         bursts.add(oursInBurst, theirsInBurst);
-        if (round != kRounds - 1) continue;
+        if (round != ROUNDS - 1) continue;
         std::printf("  %-34s alone %7.1f us   in bursts of 1000 %7.2f us an event\n", "ICC event", oursAlone / 1000,
                     oursInBurst / 1000);
         std::printf("  %-34s alone %7.1f us   in bursts of 1000 %7.2f us an event\n", "sd-bus signal",

@@ -15,26 +15,26 @@ namespace {
 
 using namespace bench;
 
-constexpr int kRounds = 9;
-constexpr uint32_t kCalls = 3000;
-constexpr int32_t kPayload = 255;
-constexpr int32_t kBurst = 100;
-constexpr int kBursts = 100;
+constexpr int ROUNDS = 9;
+constexpr uint32_t CALLS = 3000;
+constexpr int32_t PAYLOAD = 255;
+constexpr int32_t BURST = 100;
+constexpr int BURSTS = 100;
 
-void getSwtpStatus(subsys_interface::ISubsys& service, int32_t) {
+void getSwtpStatus(interface::ISubsys& service, int32_t) {
     service.getSwtpStatus(1);
 }
 
-void sendRtp(subsys_interface::ISubsys& service, int32_t) {
-    subsys_interface::ImsRtpDataInfo info;
-    info.data.assign(kPayload, 0x5a);
-    info.dataLen = kPayload;
+void sendRtp(interface::ISubsys& service, int32_t) {
+    interface::ImsRtpDataInfo info;
+    info.data.assign(PAYLOAD, 0x5a);
+    info.dataLen = PAYLOAD;
     service.sendImsRtpData(1, info);
 }
 
 // The bench component sends as many payloads as the call's value32 says.
-void requestRtp(subsys_interface::ISubsys& service, int32_t count) {
-    subsys_interface::CallInfo info;
+void requestRtp(interface::ISubsys& service, int32_t count) {
+    interface::CallInfo info;
     info.value32 = count;
     service.setCallInfo(1, info);
 }
@@ -44,12 +44,12 @@ class TwoClients final : public Shape {
 public:
     explicit TwoClients(const SystemShape::Request& request)
         : mSecond(startProcess([&] {
-              const SystemShape second(SystemShape::Counted::kRtpData, request, &arrivals);
+              const SystemShape second(SystemShape::Counted::RTP_DATA, request, &arrivals);
               arrivals.note();
               pause();
           })) {
         arrivals.await(1);
-        mFirst = std::make_unique<SystemShape>(SystemShape::Counted::kRtpData, request, &arrivals);
+        mFirst = std::make_unique<SystemShape>(SystemShape::Counted::RTP_DATA, request, &arrivals);
     }
 
     ~TwoClients() override { stopProcess(mSecond); }
@@ -65,23 +65,23 @@ private:
 double perPayload(Shape& shape) {
     shape.arrivals.reset();
     const int64_t start = nowNanos();
-    for (uint32_t i = 1; i <= kBursts; ++i) {
-        shape.call(kBurst);
-        shape.arrivals.await(i * 2 * kBurst);
+    for (uint32_t i = 1; i <= BURSTS; ++i) {
+        shape.call(BURST);
+        shape.arrivals.await(i * 2 * BURST);
     }
-    return static_cast<double>(nowNanos() - start) / (kBursts * kBurst);
+    return static_cast<double>(nowNanos() - start) / (BURSTS * BURST);
 }
 
 void compareEcho() {
     Daemon daemon;
     TwoClients echo(sendRtp);
-    SystemShape status(SystemShape::Counted::kResponses, getSwtpStatus);
+    SystemShape status(SystemShape::Counted::RESPONSES, getSwtpStatus);
     Ratio ratio;
-    for (int round = 0; round < kRounds; ++round) {
-        const double floor = measureLatency(status, kCalls).medianNanos;
-        const double ours = measureLatency(echo, kCalls, 2).medianNanos;
+    for (int round = 0; round < ROUNDS; ++round) {
+        const double floor = measureLatency(status, CALLS).medianNanos;
+        const double ours = measureLatency(echo, CALLS, 2).medianNanos;
         ratio.add(ours, floor);
-        if (round == kRounds - 1) {
+        if (round == ROUNDS - 1) {
             std::printf("  getSwtpStatus %.1f us, 255 bytes echoed to two clients %.1f us\n", floor / 1000,
                         ours / 1000);
         }
@@ -90,15 +90,15 @@ void compareEcho() {
 }
 
 void compareOneDirection() {
-    const auto sdBus = makeSdBusShape({.peers = 2, .payload = kPayload, .hops = 1});
+    const auto sdBus = makeSdBusShape({.peers = 2, .payload = PAYLOAD, .hops = 1});
     Daemon daemon;
     TwoClients ours(requestRtp);
     Ratio ratio;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < ROUNDS; ++round) {
         const double theirs = perPayload(*sdBus);
         const double mine = perPayload(ours);
         ratio.add(theirs, mine);
-        if (round == kRounds - 1) {
+        if (round == ROUNDS - 1) {
             std::printf("  to two peers, for a second of CPU: sd-bus %.0f payloads, IMS ORTC %.0f payloads\n",
                         1e9 / theirs, 1e9 / mine);
         }

@@ -14,10 +14,10 @@
 
 namespace {
 
-namespace pkg = aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+namespace interface = aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
-constexpr int kRounds = 21;
-constexpr int kCalls = 100'000;
+constexpr int ROUNDS = 21;
+constexpr int CALLS = 100'000;
 
 // The compiler must take the object for read and changed.
 template <typename T>
@@ -28,8 +28,8 @@ void escape(T& object) {
 template <typename Action>
 double nanosPerCall(Action action) {
     const int64_t start = bench::nowNanos();
-    for (int i = 0; i < kCalls; ++i) action();
-    return static_cast<double>(bench::nowNanos() - start) / kCalls;
+    for (int i = 0; i < CALLS; ++i) action();
+    return static_cast<double>(bench::nowNanos() - start) / CALLS;
 }
 
 template <typename Record, typename Action>
@@ -40,7 +40,7 @@ void compare(const char* name, Action convert) {
     Record source{};
     Record copy{};
     size_t size = sizeof(Record);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < ROUNDS; ++round) {
         floor.push_back(nanosPerCall([&] {
             escape(source);
             escape(size);
@@ -74,8 +74,8 @@ void compareUnpack(const char* name, void (*unpack)(const Record&, Info&), Recor
     });
 }
 
-pkg::CallInfo callInfo() {
-    pkg::CallInfo info;
+interface::CallInfo callInfo() {
+    interface::CallInfo info;
     info.text1.assign(31, 'x');
     info.text2.assign(31, 'x');
     info.text3.assign(255, 'x');
@@ -85,21 +85,21 @@ pkg::CallInfo callInfo() {
     return info;
 }
 
-pkg::ImsRtpDataInfo rtpData() {
-    pkg::ImsRtpDataInfo info;
+interface::ImsRtpDataInfo rtpData() {
+    interface::ImsRtpDataInfo info;
     info.data.assign(255, 0x5a);
     info.dataLen = 255;
     return info;
 }
 
-pkg::ImsRtpPubIpAddrInfo address() {
-    pkg::ImsRtpPubIpAddrInfo info;
+interface::ImsRtpPubIpAddrInfo address() {
+    interface::ImsRtpPubIpAddrInfo info;
     info.ipAddr.assign(63, 'x');
     return info;
 }
 
-pkg::ImsRtpRedunSignalMsg signalMsg() {
-    pkg::ImsRtpRedunSignalMsg msg;
+interface::ImsRtpRedunSignalMsg signalMsg() {
+    interface::ImsRtpRedunSignalMsg msg;
     msg.msg.assign(249, 'x');
     return msg;
 }

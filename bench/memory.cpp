@@ -14,15 +14,15 @@ namespace {
 
 using namespace bench;
 
-constexpr uint32_t kWindow = 64;
+constexpr uint32_t WINDOW = 64;
 
-void getSwtpStatus(subsys_interface::ISubsys& service, int32_t) {
+void getSwtpStatus(interface::ISubsys& service, int32_t) {
     service.getSwtpStatus(1);
 }
 
 void requests(uint32_t count) {
-    SystemShape shape(SystemShape::Counted::kResponses, getSwtpStatus);
-    measurePipelined(shape, count, kWindow);
+    SystemShape shape(SystemShape::Counted::RESPONSES, getSwtpStatus);
+    measurePipelined(shape, count, WINDOW);
 }
 
 // In a process of its own, which ends without saying goodbye.

@@ -1,11 +1,18 @@
 // The message loop beside its floor and its peers. Each figure is the median of its rounds; a ratio is the median of
 // the rounds' ratios.
 
+#include "bench/support/Stats.h"
+
+#include <mindroid/Handler.h>
+#include <mindroid/HandlerThread.h>
+#include <mindroid/Looper.h>
+#include <mindroid/Message.h>
+#include <utils/Looper.h>
+
 #include <linux/futex.h>
 #include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-#include <utils/Looper.h>
 
 #include <atomic>
 #include <chrono>
@@ -17,13 +24,6 @@
 #include <utility>
 #include <vector>
 
-#include <mindroid/Handler.h>
-#include <mindroid/HandlerThread.h>
-#include <mindroid/Looper.h>
-#include <mindroid/Message.h>
-
-#include "bench/support/Stats.h"
-
 namespace {
 
 using mindroid::Handler;
@@ -31,10 +31,10 @@ using mindroid::HandlerThread;
 using mindroid::Message;
 using Clock = std::chrono::steady_clock;
 
-constexpr int kRounds = 11;
-constexpr int kRoundTrips = 20'000;
-constexpr int kBacklog = 10'000;
-constexpr int kBursts = 20;
+constexpr int ROUNDS = 11;
+constexpr int ROUND_TRIPS = 20'000;
+constexpr int BACKLOG = 10'000;
+constexpr int BURSTS = 20;
 
 double nanosSince(Clock::time_point start) {
     return std::chrono::duration<double, std::nano>(Clock::now() - start).count();
@@ -62,19 +62,19 @@ private:
 double pingPongFutex() {
     Gate ping, pong;
     std::thread peer([&] {
-        for (int i = 0; i < kRoundTrips; ++i) {
+        for (int i = 0; i < ROUND_TRIPS; ++i) {
             ping.pass();
             pong.open();
         }
     });
     const auto start = Clock::now();
-    for (int i = 0; i < kRoundTrips; ++i) {
+    for (int i = 0; i < ROUND_TRIPS; ++i) {
         ping.open();
         pong.pass();
     }
     const double nanos = nanosSince(start);
     peer.join();
-    return nanos / (2 * kRoundTrips);
+    return nanos / (2 * ROUND_TRIPS);
 }
 
 // Answers each message to its peer until `count` came.
@@ -83,7 +83,7 @@ public:
     Player(const mindroid::sp<mindroid::Looper>& looper, Gate& done) : Handler(looper), mDone(done) {}
     void setPeer(Handler* peer) { mPeer = peer; }
     void handleMessage(const mindroid::sp<Message>& message) override {
-        if (message->what == 2 * kRoundTrips) return mDone.open();
+        if (message->what == 2 * ROUND_TRIPS) return mDone.open();
         mPeer->obtainMessage(message->what + 1)->sendToTarget();
     }
 
@@ -103,7 +103,7 @@ double pingPongMindroid() {
     const auto start = Clock::now();
     a->obtainMessage(1)->sendToTarget();
     done.pass();
-    return nanosSince(start) / (2 * kRoundTrips);
+    return nanosSince(start) / (2 * ROUND_TRIPS);
 }
 
 class UtilsPlayer : public android::MessageHandler {
@@ -111,7 +111,7 @@ public:
     UtilsPlayer(android::sp<android::Looper> peerLooper, Gate& done) : mPeerLooper(peerLooper), mDone(done) {}
     void setPeer(const android::sp<UtilsPlayer>& peer) { mPeer = peer.get(); }
     void handleMessage(const android::Message& message) override {
-        if (message.what == 2 * kRoundTrips) return mDone.open();
+        if (message.what == 2 * ROUND_TRIPS) return mDone.open();
         mPeerLooper->sendMessage(mPeer, android::Message(message.what + 1));
     }
 
@@ -138,24 +138,24 @@ double pingPongUtils() {
     const auto start = Clock::now();
     loopers[0]->sendMessage(a, android::Message(1));
     done.pass();
-    const double nanos = nanosSince(start) / (2 * kRoundTrips);
+    const double nanos = nanosSince(start) / (2 * ROUND_TRIPS);
     stop = true;
     for (const auto& looper : loopers) looper->wake();
     for (std::thread& thread : threads) thread.join();
     return nanos;
 }
 
-// ---- A bounded burst: nanoseconds to post and to run one message, with kBacklog of them waiting. ----
+// ---- A bounded burst: nanoseconds to post and to run one message, with BACKLOG of them waiting. ----
 
-// One round: holds the reader, posts kBacklog items, lets the reader run them. The wake-up of the reader counts for
+// One round: holds the reader, posts BACKLOG items, lets the reader run them. The wake-up of the reader counts for
 // nothing.
 template <typename Mailbox>
 double burst(Mailbox& mailbox) {
     mailbox.hold();
     const auto start = Clock::now();
-    for (int i = 0; i < kBacklog; ++i) mailbox.post();
+    for (int i = 0; i < BACKLOG; ++i) mailbox.post();
     const double postNanos = nanosSince(start);
-    return (postNanos + mailbox.runNanos()) / kBacklog;
+    return (postNanos + mailbox.runNanos()) / BACKLOG;
 }
 
 // What runs the items of a burst, whoever delivers them.
@@ -210,8 +210,8 @@ double burstMindroid() {
     thread->start();
     const mindroid::sp<LooperMailbox> mailbox = new LooperMailbox(thread->getLooper());
     double nanos = 0;
-    for (int i = 0; i < kBursts; ++i) nanos += burst(*mailbox);
-    return nanos / kBursts;
+    for (int i = 0; i < BURSTS; ++i) nanos += burst(*mailbox);
+    return nanos / BURSTS;
 }
 
 // The plainest mailbox: the poster appends under a mutex and wakes a reader that sleeps; the reader swaps the whole
@@ -279,10 +279,10 @@ double burstVector() {
     VectorMailbox mailbox;
     std::thread reader([&] { mailbox.run(); });
     double nanos = 0;
-    for (int i = 0; i < kBursts; ++i) nanos += burst(mailbox);
+    for (int i = 0; i < BURSTS; ++i) nanos += burst(mailbox);
     mailbox.stop();
     reader.join();
-    return nanos / kBursts;
+    return nanos / BURSTS;
 }
 
 // ---- The report. ----
@@ -297,7 +297,7 @@ struct Subject {
 void compare(const char* what, std::vector<Subject> subjects, const std::vector<const char*>& goals) {
     std::printf("%s\n", what);
     std::vector<bench::Ratio> ratios(goals.size());
-    for (int round = 0; round <= kRounds; ++round) {
+    for (int round = 0; round <= ROUNDS; ++round) {
         for (Subject& subject : subjects) subject.nanos.push_back(subject.run());
         if (round == 0) continue;  // the first warms up
         for (size_t i = 0; i < goals.size(); ++i) ratios[i].add(subjects[0].nanos.back(), subjects[i + 1].nanos.back());

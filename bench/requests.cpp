@@ -11,9 +11,9 @@ namespace {
 
 using namespace bench;
 
-constexpr int kRounds = 9;
-constexpr uint32_t kCalls = 4000;
-constexpr uint32_t kWindow = 64;
+constexpr int ROUNDS = 9;
+constexpr uint32_t CALLS = 4000;
+constexpr uint32_t WINDOW = 64;
 
 struct Figures {
     Latency latency;
@@ -21,7 +21,7 @@ struct Figures {
 };
 
 Figures measure(Shape& shape) {
-    return {measureLatency(shape, kCalls), measurePipelined(shape, kCalls, kWindow)};
+    return {measureLatency(shape, CALLS), measurePipelined(shape, CALLS, WINDOW)};
 }
 
 void printFigures(const char* name, const Figures& f) {
@@ -30,12 +30,12 @@ void printFigures(const char* name, const Figures& f) {
     std::fflush(stdout);
 }
 
-void getSwtpStatus(subsys_interface::ISubsys& service, int32_t) {
+void getSwtpStatus(interface::ISubsys& service, int32_t) {
     service.getSwtpStatus(1);
 }
 
-void sendIccCmd(subsys_interface::ISubsys& service, int32_t) {
-    subsys_interface::IccReqInfo info;
+void sendIccCmd(interface::ISubsys& service, int32_t) {
+    interface::IccReqInfo info;
     info.reqId = 1;
     service.sendIccCmd(1, info);
 }
@@ -44,14 +44,14 @@ void compare(const char* where) {
     const auto bare = makeBareShape();
     const auto sdBus = makeSdBusShape();
     Daemon daemon;
-    SystemShape swtp(SystemShape::Counted::kResponses, getSwtpStatus);
+    SystemShape swtp(SystemShape::Counted::RESPONSES, getSwtpStatus);
     Ratio median, p99, pipelined, sdMedian, sdP99, sdPipelined, icc;
     std::printf("One request, %s\n", where);
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < ROUNDS; ++round) {
         const Figures floor = measure(*bare);
         const Figures ours = measure(swtp);
         const Figures peer = measure(*sdBus);
-        if (round == kRounds - 1) {
+        if (round == ROUNDS - 1) {
             printFigures("bare sockets and futex", floor);
             printFigures("getSwtpStatus", ours);
             printFigures("sd-bus, peer to peer", peer);
@@ -71,11 +71,11 @@ void compare(const char* where) {
     sdPipelined.print("getSwtpStatus / sd-bus, 64 in flight", "0.7");
 
     // Each new client takes the service over from the one before.
-    for (int round = 0; round < kRounds; ++round) {
-        SystemShape reference(SystemShape::Counted::kResponses, getSwtpStatus);
-        const Latency status = measureLatency(reference, kCalls);
-        SystemShape command(SystemShape::Counted::kResponses, sendIccCmd);
-        icc.add(measureLatency(command, kCalls).medianNanos, status.medianNanos);
+    for (int round = 0; round < ROUNDS; ++round) {
+        SystemShape reference(SystemShape::Counted::RESPONSES, getSwtpStatus);
+        const Latency status = measureLatency(reference, CALLS);
+        SystemShape command(SystemShape::Counted::RESPONSES, sendIccCmd);
+        icc.add(measureLatency(command, CALLS).medianNanos, status.medianNanos);
     }
     icc.print("sendIccCmd / getSwtpStatus, median", "1.25");
 }

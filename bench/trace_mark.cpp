@@ -22,9 +22,9 @@ namespace {
 
 using namespace bench;
 
-constexpr int kRounds = 41;
-constexpr int kMarks = 20'000;  // in a round
-constexpr double kGoalNanos = 40;
+constexpr int ROUNDS = 41;
+constexpr int MARKS = 20'000;  // in a round
+constexpr double GOAL_NANOS = 40;
 
 struct Subject {
     const char* name;
@@ -64,13 +64,13 @@ std::vector<Subject> subjects() {
 
 void measure(Subject& subject, int round) {
     const int64_t start = nowNanos();
-    const int calls = kMarks / subject.marks;
+    const int calls = MARKS / subject.marks;
     for (int i = 0; i < calls; ++i) subject.call(round * calls + i);
-    subject.nanos.push_back(static_cast<double>(nowNanos() - start) / kMarks);
+    subject.nanos.push_back(static_cast<double>(nowNanos() - start) / MARKS);
 }
 
 void report(std::vector<Subject> all) {
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < ROUNDS; ++round) {
         for (Subject& subject : all) measure(subject, round);
     }
     for (const Subject& subject : all) std::printf("  %-58s %6.1f ns\n", subject.name, median(subject.nanos));
@@ -87,7 +87,7 @@ int main() {
     const bool records = device::startRecorder("bench");
     std::filesystem::remove_all(folder);
     if (!records) return EXIT_FAILURE;
-    std::printf("one mark, recorded (goal at most %.0f ns)\n", kGoalNanos);
+    std::printf("one mark, recorded (goal at most %.0f ns)\n", GOAL_NANOS);
     report(subjects());
     std::printf("one mark, while 65,536 sections are open, of which most have no place (no goal)\n");
     report({{"begin and end of an asynchronous section", 2,

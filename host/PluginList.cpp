@@ -2,9 +2,9 @@
 
 #include <device/DevicePath.h>
 #include <mindroid/Log.h>
-#include <tinyxml2.h>
 
 #include <elf.h>
+#include <tinyxml2.h>
 
 #include <cstdint>
 #include <cstring>

@@ -2,9 +2,9 @@
 
 #include <android/log.h>
 #include <device/DevicePath.h>
-#include <tinyxml2.h>
 
 #include <sys/stat.h>
+#include <tinyxml2.h>
 
 #include <utility>
 

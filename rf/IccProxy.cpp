@@ -5,6 +5,7 @@
 
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
+
 #include <pthread.h>
 
 #include <tuple>

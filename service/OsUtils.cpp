@@ -2,9 +2,8 @@
 
 #include <mindroid/Log.h>
 
-#include <csignal>
-
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 using mindroid::Log;

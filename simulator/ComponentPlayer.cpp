@@ -1,12 +1,12 @@
 #include "simulator/ComponentPlayer.h"
 
-#include <utility>
-
 #include "component/SubsysComponent.h"
 
 #include <mindroid/Log.h>
 #include <mindroid/Runnable.h>
 #include <mindroid/SystemClock.h>
+
+#include <utility>
 
 using mindroid::Handler;
 using mindroid::Message;

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <cstddef>
-#include <functional>
+#include "simulator/ScenarioPlayer.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/RegistrantList.h>
 
-#include "simulator/ScenarioPlayer.h"
+#include <cstddef>
+#include <functional>
 
 namespace simulator {
 

@@ -1,5 +1,7 @@
 #include "simulator/IccDevice.h"
 
+#include <android/log.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -7,8 +9,6 @@
 #include <iterator>
 #include <string>
 #include <thread>
-
-#include <android/log.h>
 
 #define LOG_D(...) __android_log_print(ANDROID_LOG_DEBUG, "iccapis", __VA_ARGS__)
 

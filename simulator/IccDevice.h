@@ -1,14 +1,14 @@
 #pragma once
 
+#include "rf/IccPluginApi.h"
+#include "simulator/EventThread.h"
+#include "simulator/ScenarioPlayer.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <vector>
-
-#include "rf/IccPluginApi.h"
-#include "simulator/EventThread.h"
-#include "simulator/ScenarioPlayer.h"
 
 namespace simulator {
 

@@ -1,5 +1,8 @@
 #include "simulator/Scenario.h"
 
+#include <android/log.h>
+#include <device/DevicePath.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -8,9 +11,6 @@
 #include <filesystem>
 #include <fstream>
 #include <istream>
-
-#include <android/log.h>
-#include <device/DevicePath.h>
 
 namespace simulator {
 

@@ -1,9 +1,9 @@
 #include "simulator/ScenarioPlayer.h"
 
+#include <android/log.h>
+
 #include <cstdlib>
 #include <utility>
-
-#include <android/log.h>
 
 namespace simulator {
 

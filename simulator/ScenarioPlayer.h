@@ -1,11 +1,11 @@
 #pragma once
 
+#include "simulator/Scenario.h"
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <vector>
-
-#include "simulator/Scenario.h"
 
 namespace simulator {
 

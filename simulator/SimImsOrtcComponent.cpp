@@ -1,11 +1,11 @@
 #include "simulator/SimImsOrtcComponent.h"
 
+#include "component/ComponentManager.h"
+#include "component/SubsysInterfaceData.h"
+
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-
-#include "component/ComponentManager.h"
-#include "component/SubsysInterfaceData.h"
 
 using hal::CallInfoType;
 using hal::ImsRtpDataInfoType;

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-
 #include "ims/ImsOrtcComponent.h"
 #include "simulator/ComponentPlayer.h"
 
 #include <mindroid/RegistrantList.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
 
 namespace simulator {
 

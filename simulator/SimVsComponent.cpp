@@ -1,11 +1,11 @@
 #include "simulator/SimVsComponent.h"
 
-#include <algorithm>
-#include <cstddef>
-
 #include "component/ComponentManager.h"
 
 #include <mindroid/Boxes.h>
+
+#include <algorithm>
+#include <cstddef>
 
 using mindroid::Integer;
 using mindroid::Message;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
-
 #include "rf/VsComponent.h"
 #include "simulator/ComponentPlayer.h"
+
+#include <cstdint>
 
 namespace simulator {
 

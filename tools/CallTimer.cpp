@@ -10,22 +10,22 @@ namespace subsysctl {
 
 namespace {
 
-constexpr int kNoAnswer = 124;
+constexpr int NO_ANSWER = 124;
 
 // Only what is allowed in a signal handler.
 void onAlarm(int) {
-    constexpr std::string_view kText =
+    constexpr std::string_view TEXT =
         "subsysctl: the service did not take the call in time; is its process stopped or busy?\n";
-    const ssize_t written = write(STDERR_FILENO, kText.data(), kText.size());
+    const ssize_t written = write(STDERR_FILENO, TEXT.data(), TEXT.size());
     static_cast<void>(written);
-    _exit(kNoAnswer);
+    _exit(NO_ANSWER);
 }
 
 void setTimer(std::chrono::microseconds time) {
-    constexpr int kMicros = 1000000;
+    constexpr int MICROS = 1000000;
     itimerval value{};
-    value.it_value.tv_sec = time.count() / kMicros;
-    value.it_value.tv_usec = time.count() % kMicros;
+    value.it_value.tv_sec = time.count() / MICROS;
+    value.it_value.tv_usec = time.count() % MICROS;
     setitimer(ITIMER_REAL, &value, nullptr);
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "tools/Json.h"
+#include "tools/Mailbox.h"
+
 #include <stubs/Sinks.h>
 
 #include <memory>
 #include <string_view>
 #include <utility>
-
-#include "tools/Json.h"
-#include "tools/Mailbox.h"
 
 namespace subsysctl {
 

@@ -1,5 +1,9 @@
 #include "tools/CommandLine.h"
 
+#include "tools/NewProject.h"
+#include "tools/Requests.h"
+#include "tools/TraceVerbs.h"
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
@@ -7,24 +11,20 @@
 #include <memory>
 #include <utility>
 
-#include "tools/NewProject.h"
-#include "tools/Requests.h"
-#include "tools/TraceVerbs.h"
-
 namespace subsysctl {
 
 namespace {
 
-constexpr char kClient[] = "The client itself";
-constexpr char kInside[] = "What happens inside; needs no service";
-constexpr double kMaxSeconds = 1e6;
+constexpr char CLIENT[] = "The client itself";
+constexpr char INSIDE[] = "What happens inside; needs no service";
+constexpr double MAX_SECONDS = 1e6;
 
-constexpr char kDescription[] =
+constexpr char DESCRIPTION[] =
     "Sends requests to the subsys service and shows what comes back.\n"
     "Several verbs may follow each other; they run in turn over one connection, each until its answer is there:\n"
     "  subsysctl get-swtp-status get-lcd-info --type 1";
 
-constexpr char kFooter[] =
+constexpr char FOOTER[] =
     "An integer that is not given is 0, a text or a byte vector empty; integers are decimal or 0x hexadecimal, byte\n"
     "vectors pairs of hexadecimal digits. Without --data-len that is the number of bytes of --data.\n"
     "The service has one RF client and two IMS ORTC clients. A call with an RF verb becomes the RF client in place of\n"
@@ -50,7 +50,7 @@ void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
            [&](double seconds) { commandLine.timeout = std::chrono::milliseconds(std::llround(seconds * 1000)); },
            "How long to wait for each answer (default 5)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, kMaxSeconds))
+        ->check(CLI::Range(0.001, MAX_SECONDS))
         ->check(refuseNan);
     app.add_option("--serial", commandLine.serial, "The first request's serial, counting on from there (default 1)")
         ->type_name("N");
@@ -58,7 +58,7 @@ void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
 
 void addStatus(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb = app.add_subcommand("status", "Is it served? Version, hash, pid, round-trip time\n  status");
-    verb->group(kClient)->immediate_callback();
+    verb->group(CLIENT)->immediate_callback();
     verb->callback([&steps] {
         steps.push_back({false, false, {}, [](Session& session) { return session.status(); }, {}});
     });
@@ -67,7 +67,7 @@ void addStatus(CLI::App& app, std::vector<Step>& steps) {
 void addDump(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb = app.add_subcommand(
         "dump", "The service's state: clients, components, plugins; takes no client's place\n  dump");
-    verb->group(kInside)->immediate_callback();
+    verb->group(INSIDE)->immediate_callback();
     verb->callback([&steps] {
         steps.push_back({false, false, {}, [](Session& session) { return session.dump(); }, {}});
     });
@@ -92,13 +92,13 @@ void addWatch(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb = app.add_subcommand(
         "watch", "Show RF indications, also those that came during earlier verbs\n  watch --for 10 --count 3");
     const auto arguments = std::make_shared<WatchArguments>();
-    verb->group(kClient)->immediate_callback();
+    verb->group(CLIENT)->immediate_callback();
     verb->add_flag("--ims", arguments->ims, "IMS ORTC indications too");
     verb->add_flag("--no-rf", arguments->noRf, "With --ims: not those of RF, whose client stays another one")
         ->needs("--ims");
     verb->add_option("--for", arguments->seconds, "End after so long (default: never)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, kMaxSeconds))
+        ->check(CLI::Range(0.0, MAX_SECONDS))
         ->check(refuseNan);
     verb->add_option("--count", arguments->count, "End after so many; 124 when --for ends it before")
         ->type_name("N")
@@ -115,7 +115,7 @@ void addWatch(CLI::App& app, std::vector<Step>& steps) {
 void addRegistrations(CLI::App& app, std::vector<Step>& steps) {
     const auto add = [&](const char* name, const char* help, bool rf) {
         CLI::App* verb = app.add_subcommand(name, std::string(help) + "\n  " + name);
-        verb->group(kClient)->immediate_callback();
+        verb->group(CLIENT)->immediate_callback();
         verb->callback([&steps, rf] {
             steps.push_back({rf, !rf, {}, [](Session&) { return static_cast<int>(OK); }, {}});
         });
@@ -130,10 +130,10 @@ void addTrace(CLI::App& app, std::vector<Step>& steps) {
         "Write what the daemon and traced clients (SUBSYS_TRACE=1) did, as trace-event JSON\n  trace --for 2 "
         "--output trace.json");
     const auto options = std::make_shared<TraceOptions>();
-    verb->group(kInside)->immediate_callback();
+    verb->group(INSIDE)->immediate_callback();
     verb->add_option("--for", options->seconds, "Only what happens in so long from now (default: all that is recorded)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, kMaxSeconds))
+        ->check(CLI::Range(0.0, MAX_SECONDS))
         ->check(refuseNan);
     verb->add_flag("--last", options->last, "Of the last run of each program, before the present one");
     verb->add_option("--output", options->output, "Into this file")->type_name("FILE");
@@ -146,7 +146,7 @@ void addTrace(CLI::App& app, std::vector<Step>& steps) {
 void addRequests(CLI::App& app, CommandLine& commandLine) {
     CLI::App* verb = app.add_subcommand("requests", "List the requests that wait, oldest first\n  requests --all");
     const auto all = std::make_shared<bool>(false);
-    verb->group(kInside)->immediate_callback();
+    verb->group(INSIDE)->immediate_callback();
     verb->add_flag("--all", *all, "Those that were answered lately, too");
     verb->callback([&commandLine, all] {
         const auto look = [&commandLine, given = std::exchange(*all, false)] {
@@ -196,8 +196,8 @@ void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& requ
 }  // namespace
 
 std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine& commandLine) {
-    CLI::App app(kDescription, "subsysctl");
-    app.footer(kFooter);
+    CLI::App app(DESCRIPTION, "subsysctl");
+    app.footer(FOOTER);
     app.fallthrough();
     app.require_subcommand(1, 0);
     addGlobalOptions(app, commandLine);

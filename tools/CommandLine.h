@@ -1,14 +1,14 @@
 #pragma once
 
+#include "tools/Request.h"
+#include "tools/Session.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "tools/Request.h"
-#include "tools/Session.h"
 
 namespace subsysctl {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/Text.h"
+
 #include <stubs/Table.h>
 
 #include <cstddef>
@@ -8,8 +10,6 @@
 #include <string>
 #include <type_traits>
 #include <vector>
-
-#include "tools/Text.h"
 
 namespace subsysctl {
 

@@ -47,14 +47,14 @@ Mailbox::~Mailbox() {
 
 void Mailbox::putAnswer(Json answer) {
     const std::lock_guard lock(mMutex);
-    if (mAnswers.size() == kMaxKept) mAnswers.pop_front();
+    if (mAnswers.size() == MAX_KEPT) mAnswers.pop_front();
     mAnswers.push_back(std::move(answer));
     post(mEvent);
 }
 
 void Mailbox::putIndication(Json indication) {
     const std::lock_guard lock(mMutex);
-    if (mIndications.size() < kMaxKept) {
+    if (mIndications.size() < MAX_KEPT) {
         mIndications.push_back(std::move(indication));
         post(mEvent);
     } else {

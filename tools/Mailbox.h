@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/Json.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -7,8 +9,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-
-#include "tools/Json.h"
 
 namespace subsysctl {
 
@@ -18,7 +18,7 @@ class Mailbox {
 public:
     using Clock = std::chrono::steady_clock;
     using Matches = std::function<bool(const Json&)>;
-    static constexpr size_t kMaxKept = 10000;
+    static constexpr size_t MAX_KEPT = 10000;
 
     Mailbox();
     ~Mailbox();

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <string>
-
 #include "tools/Session.h"
+
+#include <string>
 
 namespace subsysctl {
 

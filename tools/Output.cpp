@@ -10,9 +10,9 @@ namespace {
 
 using aidl::vendor::nuvex::hardware::subsys_interface::subsys::SUBSYS_Errno;
 
-constexpr std::string_view kGreen = "32";
-constexpr std::string_view kRed = "31";
-constexpr std::string_view kCyan = "36";
+constexpr std::string_view GREEN = "32";
+constexpr std::string_view RED = "31";
+constexpr std::string_view CYAN = "36";
 
 std::string describeValue(const Json& value) {
     if (value.is_object()) return "{" + describe(value) + "}";
@@ -63,7 +63,7 @@ std::string Output::lineFor(const Json& event) const {
     const std::string kind = event.begin().key();
     const std::string name = event.front().get<std::string>();
     const std::string details = describe(detailsOf(event));
-    const std::string mark = kind == "indication" ? paint(kind, kCyan) + " " : "";
+    const std::string mark = kind == "indication" ? paint(kind, CYAN) + " " : "";
     return mark + name + outcome(event) + (details.empty() ? "" : " ") + details;
 }
 
@@ -71,12 +71,12 @@ std::string Output::outcome(const Json& event) const {
     if (event.contains("response")) {
         const Json& info = event.at("info");
         const auto error = static_cast<SUBSYS_Errno>(info.at("error").get<int32_t>());
-        const auto colour = error == SUBSYS_Errno::SUCCESS ? kGreen : kRed;
+        const auto colour = error == SUBSYS_Errno::SUCCESS ? GREEN : RED;
         return " #" + std::to_string(info.at("serial").get<int32_t>()) + " " + paint(toString(error), colour);
     }
     if (const Json info = event.value("info", Json()); event.contains("callback") && info.contains("result")) {
         const bool succeeded = info.at("result").get<bool>();
-        return " " + paint(succeeded ? "SUCCESS" : "FAILED", succeeded ? kGreen : kRed);
+        return " " + paint(succeeded ? "SUCCESS" : "FAILED", succeeded ? GREEN : RED);
     }
     return "";
 }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "tools/Json.h"
+
 #include <ostream>
 #include <string>
 #include <string_view>
-
-#include "tools/Json.h"
 
 namespace subsysctl {
 

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "tools/Json.h"
+#include "tools/Mailbox.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
-
-#include "tools/Json.h"
-#include "tools/Mailbox.h"
 
 namespace subsysctl {
 

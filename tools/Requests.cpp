@@ -1,5 +1,8 @@
 #include "tools/Requests.h"
 
+#include "tools/Callbacks.h"
+#include "tools/Text.h"
+
 #include <stubs/Table.h>
 
 #include <algorithm>
@@ -12,9 +15,6 @@
 #include <type_traits>
 #include <utility>
 #include <vector>
-
-#include "tools/Callbacks.h"
-#include "tools/Text.h"
 
 namespace subsysctl {
 
@@ -34,36 +34,35 @@ struct Note {
     bool allRequired = false;
 };
 
-constexpr char kRf[] = "RF requests";
-constexpr char kIcc[] = "ICC requests";
-constexpr char kService[] = "Service requests";
-constexpr char kIms[] = "IMS ORTC requests";
+constexpr char RF[] = "RF requests";
+constexpr char ICC[] = "ICC requests";
+constexpr char SERVICE[] = "Service requests";
+constexpr char IMS[] = "IMS ORTC requests";
 
-constexpr Note kNotes[] = {
-    {ISubsys::TRANSACTION_getSwtpStatus, kRf, ""},
-    {ISubsys::TRANSACTION_getLcdInfo, kRf, "--type 1"},
-    {ISubsys::TRANSACTION_setMipiFreqClk, kRf, "--id 1 --freq-clk 1100000000"},
-    {ISubsys::TRANSACTION_setOscFreqClk, kRf, "--id 1 --freq-clk 19200"},
-    {ISubsys::TRANSACTION_getNvramData, kRf, "--id 7 --size 16"},
-    {ISubsys::TRANSACTION_setIccTuningState, kIcc, "--technology 1 --band 3 --antenna 2 --state 1"},
-    {ISubsys::TRANSACTION_setIccWifiAntState, kIcc, "--antenna 1 --state 1"},
-    {ISubsys::TRANSACTION_setIccSatelliteAntState, kIcc, "--technology 1 --antenna 1 --state 1"},
-    {ISubsys::TRANSACTION_getIccState, kIcc, ""},
-    {ISubsys::TRANSACTION_sendIccCmd, kIcc, "--req-id 5 --data 0a0b --timeout-ms 1000"},
-    {ISubsys::TRANSACTION_sendIccMetaCmd, kIcc, "--id 1 --token 9 --type 2 --req-id 5 --data 0a"},
-    {ISubsys::TRANSACTION_killProcess, kService, "--pid 1234 --name vendor.dpmd", true},
-    {ISubsys::TRANSACTION_setCallInfo, kIms, "--slot-id 0 --call-id 1 --text1 alice --value64 5"},
-    {ISubsys::TRANSACTION_setOrtcRoomInfo, kIms, "--slot-id 0 --call-id 1 --room-id 7 --action 1"},
-    {ISubsys::TRANSACTION_sendImsRtpData, kIms, "--slot-id 0 --call-id 1 --data 010203"},
-    {ISubsys::TRANSACTION_setImsRtpRemotePubIpAddr, kIms,
+constexpr Note NOTES[] = {
+    {ISubsys::TRANSACTION_getSwtpStatus, RF, ""},
+    {ISubsys::TRANSACTION_getLcdInfo, RF, "--type 1"},
+    {ISubsys::TRANSACTION_setMipiFreqClk, RF, "--id 1 --freq-clk 1100000000"},
+    {ISubsys::TRANSACTION_setOscFreqClk, RF, "--id 1 --freq-clk 19200"},
+    {ISubsys::TRANSACTION_getNvramData, RF, "--id 7 --size 16"},
+    {ISubsys::TRANSACTION_setIccTuningState, ICC, "--technology 1 --band 3 --antenna 2 --state 1"},
+    {ISubsys::TRANSACTION_setIccWifiAntState, ICC, "--antenna 1 --state 1"},
+    {ISubsys::TRANSACTION_setIccSatelliteAntState, ICC, "--technology 1 --antenna 1 --state 1"},
+    {ISubsys::TRANSACTION_getIccState, ICC, ""},
+    {ISubsys::TRANSACTION_sendIccCmd, ICC, "--req-id 5 --data 0a0b --timeout-ms 1000"},
+    {ISubsys::TRANSACTION_sendIccMetaCmd, ICC, "--id 1 --token 9 --type 2 --req-id 5 --data 0a"},
+    {ISubsys::TRANSACTION_killProcess, SERVICE, "--pid 1234 --name vendor.dpmd", true},
+    {ISubsys::TRANSACTION_setCallInfo, IMS, "--slot-id 0 --call-id 1 --text1 alice --value64 5"},
+    {ISubsys::TRANSACTION_setOrtcRoomInfo, IMS, "--slot-id 0 --call-id 1 --room-id 7 --action 1"},
+    {ISubsys::TRANSACTION_sendImsRtpData, IMS, "--slot-id 0 --call-id 1 --data 010203"},
+    {ISubsys::TRANSACTION_setImsRtpRemotePubIpAddr, IMS,
      "--call-id 1 --rtp-port 5004 --rtcp-port 5005 --ip-addr 192.0.2.1"},
-    {ISubsys::TRANSACTION_sendImsRtpRedunSignalMsg, kIms, "--msg-field1 1 --msg hello"},
+    {ISubsys::TRANSACTION_sendImsRtpRedunSignalMsg, IMS, "--msg-field1 1 --msg hello"},
 };
 
 Note noteOn(uint32_t code) {
-    const auto* note =
-        std::find_if(std::begin(kNotes), std::end(kNotes), [&](auto& each) { return each.code == code; });
-    return note != std::end(kNotes) ? *note : Note{code, "Other requests", ""};
+    const auto* note = std::find_if(std::begin(NOTES), std::end(NOTES), [&](auto& each) { return each.code == code; });
+    return note != std::end(NOTES) ? *note : Note{code, "Other requests", ""};
 }
 
 template <class T>

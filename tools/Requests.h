@@ -1,10 +1,10 @@
 #pragma once
 
+#include "tools/Request.h"
+
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "tools/Request.h"
 
 namespace subsysctl {
 

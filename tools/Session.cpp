@@ -25,7 +25,7 @@ namespace subsysctl {
 
 namespace {
 
-namespace binder = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 using Clock = Mailbox::Clock;
 
@@ -144,15 +144,15 @@ void Session::watchServer() {
 
 int Session::registerRf() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setCallback(report<binder::ISubsysResponse>("response", mMailbox),
-                                              report<binder::ISubsysIndication>("indication", mMailbox));
+    const auto status = mService->setCallback(report<interface::ISubsysResponse>("response", mMailbox),
+                                              report<interface::ISubsysIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setCallback", status);
 }
 
 int Session::registerIms() {
     const CallTimer timer(mTimeout);
-    const auto status = mService->setImsOrtcCallback(report<binder::IImsOrtcResponse>("response", mMailbox),
-                                                     report<binder::IImsOrtcIndication>("indication", mMailbox));
+    const auto status = mService->setImsOrtcCallback(report<interface::IImsOrtcResponse>("response", mMailbox),
+                                                     report<interface::IImsOrtcIndication>("indication", mMailbox));
     return status.isOk() ? OK : failCall("setImsOrtcCallback", status);
 }
 

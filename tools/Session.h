@@ -1,5 +1,9 @@
 #pragma once
 
+#include "tools/Mailbox.h"
+#include "tools/Output.h"
+#include "tools/Request.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 #include <android/binder_auto_utils.h>
 
@@ -9,10 +13,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-
-#include "tools/Mailbox.h"
-#include "tools/Output.h"
-#include "tools/Request.h"
 
 namespace subsysctl {
 

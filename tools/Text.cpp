@@ -22,12 +22,12 @@ std::string kebabCase(std::string_view camelCase) {
 }
 
 std::string toHex(std::span<const uint8_t> bytes) {
-    static constexpr char kDigits[] = "0123456789abcdef";
+    static constexpr char DIGITS[] = "0123456789abcdef";
     std::string text;
     text.reserve(bytes.size() * 2);
     for (const uint8_t byte : bytes) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
+        text += DIGITS[byte >> 4];
+        text += DIGITS[byte & 15];
     }
     return text;
 }

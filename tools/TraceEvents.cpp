@@ -1,5 +1,8 @@
 #include "tools/TraceEvents.h"
 
+#include "tools/Json.h"
+#include "tools/TraceRequests.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
@@ -7,9 +10,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-
-#include "tools/Json.h"
-#include "tools/TraceRequests.h"
 
 namespace subsysctl {
 
@@ -20,7 +20,7 @@ using device::Trace;
 using device::TraceMark;
 
 // How long a mark that an arrow holds on to is drawn, at most.
-constexpr int64_t kAnchorNanos = 1'000;
+constexpr int64_t ANCHOR_NANOS = 1'000;
 
 // The format counts in microseconds.
 double micros(int64_t nanos) {
@@ -188,7 +188,7 @@ private:
     int64_t anchorNanos(const TracePoint& at) const {
         const auto& times = mTimes.at(at.thread);
         const auto next = std::upper_bound(times.begin(), times.end(), at.time);
-        return next == times.end() ? kAnchorNanos : std::min(kAnchorNanos, (*next - at.time) / 2);
+        return next == times.end() ? ANCHOR_NANOS : std::min(ANCHOR_NANOS, (*next - at.time) / 2);
     }
 
     const Trace& mTrace;

@@ -119,10 +119,10 @@ std::string durationText(int64_t nanos) {
         double upTo;  // of this unit
         const char* format;
     };
-    static constexpr Unit kUnits[] = {{1e3, 1e3, "%.0f us"},   {1e6, 1e3, "%.1f ms"},  {1e9, 100, "%.1f s"},
-                                      {6e10, 100, "%.0f min"}, {3.6e12, 72, "%.0f h"}, {8.64e13, 1e9, "%.0f days"}};
+    static constexpr Unit UNITS[] = {{1e3, 1e3, "%.0f us"},   {1e6, 1e3, "%.1f ms"},  {1e9, 100, "%.1f s"},
+                                     {6e10, 100, "%.0f min"}, {3.6e12, 72, "%.0f h"}, {8.64e13, 1e9, "%.0f days"}};
     const auto fits = [nanos](const Unit& unit) { return static_cast<double>(nanos) < unit.upTo * unit.nanos; };
-    const auto unit = std::find_if(std::begin(kUnits), std::end(kUnits) - 1, fits);
+    const auto unit = std::find_if(std::begin(UNITS), std::end(UNITS) - 1, fits);
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), unit->format, static_cast<double>(nanos) / unit->nanos);
     return text.data();

@@ -1,6 +1,12 @@
 #include "tools/TraceVerbs.h"
 
+#include "tools/Json.h"
+#include "tools/Session.h"
+#include "tools/TraceEvents.h"
+#include "tools/TraceRequests.h"
+
 #include <device/RuntimeFolder.h>
+
 #include <time.h>
 
 #include <algorithm>
@@ -12,11 +18,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/Json.h"
-#include "tools/Session.h"
-#include "tools/TraceEvents.h"
-#include "tools/TraceRequests.h"
-
 namespace subsysctl {
 
 namespace {
@@ -25,7 +26,7 @@ using device::MarkKind;
 using device::Trace;
 using device::TraceMark;
 
-constexpr const char* kDaemon = "subsysd";
+constexpr const char* DAEMON = "subsysd";
 
 int64_t monotonicNanos() {
     timespec time{};
@@ -217,7 +218,7 @@ int trace(const TraceOptions& options, std::ostream& out, std::ostream& err) {
 }
 
 int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err) {
-    auto traces = readOrExplain(false, kDaemon, err);
+    auto traces = readOrExplain(false, DAEMON, err);
     if (traces.empty()) return NO_SERVICE;
     keepCurrent(traces);
     for (const Trace& trace : traces) printRequests(trace, nowOf(trace), options, out);

@@ -1,11 +1,12 @@
+#include "tools/CommandLine.h"
+#include "tools/Output.h"
+
 #include <device/Recorder.h>
+
 #include <unistd.h>
 
 #include <cstdlib>
 #include <iostream>
-
-#include "tools/CommandLine.h"
-#include "tools/Output.h"
 
 int main(int argc, char** argv) {
     subsysctl::CommandLine commandLine;

@@ -1,4 +1,4 @@
-// The ICC plugin of the benchmarks: every command succeeds at once, and kIccBurstCommand delivers numbered events.
+// The ICC plugin of the benchmarks: every command succeeds at once, and ICC_BURST_COMMAND delivers numbered events.
 
 #include "bench/support/IccBurst.h"
 #include "bench/support/Stats.h"
@@ -29,13 +29,13 @@ Events& events() {
 
 // Four mode entries: eight bytes that hold the time.
 IccStateInfoType stateRecord(uint8_t number) {
-    constexpr size_t kCountOffset = 5;
-    constexpr size_t kModesOffset = 6;
+    constexpr size_t COUNT_OFFSET = 5;
+    constexpr size_t MODES_OFFSET = 6;
     std::array<uint8_t, sizeof(IccStateInfoType)> bytes{};
     bytes[0] = number;
-    bytes[kCountOffset] = 4;
+    bytes[COUNT_OFFSET] = 4;
     const int64_t now = bench::nowNanos();
-    std::memcpy(&bytes[kModesOffset], &now, sizeof now);
+    std::memcpy(&bytes[MODES_OFFSET], &now, sizeof now);
     IccStateInfoType record{};
     std::memcpy(&record, bytes.data(), bytes.size());
     return record;
@@ -71,7 +71,7 @@ ICC_APIS_RESULT registerIccEvent(IccEventType type, void* context, IccEventCallb
 }
 
 void iccSendReqSync(uint32_t reqId, void* req, uint32_t reqLen, void*, uint32_t, uint32_t) {
-    if (reqId != static_cast<uint32_t>(bench::kIccBurstCommand) || reqLen < sizeof(uint32_t)) return;
+    if (reqId != static_cast<uint32_t>(bench::ICC_BURST_COMMAND) || reqLen < sizeof(uint32_t)) return;
     uint32_t count = 0;
     std::memcpy(&count, req, sizeof count);
     const std::lock_guard guard(events().lock);

@@ -2,8 +2,6 @@
 
 #include "bench/support/Stats.h"
 
-#include <systemd/sd-bus.h>
-
 #include <linux/futex.h>
 #include <sched.h>
 #include <signal.h>
@@ -12,6 +10,7 @@
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 #include <array>
@@ -77,7 +76,7 @@ private:
     std::atomic<uint32_t> mAsleep{0};
 };
 
-constexpr size_t kBareMessage = 96;
+constexpr size_t BARE_MESSAGE = 96;
 
 bool readAll(int fd, void* data, size_t size) {
     auto* at = static_cast<char*>(data);
@@ -107,7 +106,7 @@ public:
         close(mRequests[1]);
         close(mAnswers[1]);
         mReader = std::thread([this] {
-            std::array<char, kBareMessage> message{};
+            std::array<char, BARE_MESSAGE> message{};
             while (readAll(mAnswers[0], message.data(), message.size())) arrivals.note();
         });
     }
@@ -120,7 +119,7 @@ public:
     }
 
     void call(int32_t count) override {
-        std::array<char, kBareMessage> message{};
+        std::array<char, BARE_MESSAGE> message{};
         std::memcpy(message.data(), &count, sizeof count);
         writeAll(mRequests[0], message.data(), message.size());
         if (!readAll(mRequests[0], message.data(), message.size())) fail("bare server");
@@ -132,13 +131,13 @@ private:
         close(mAnswers[0]);
         Hop hop;
         std::thread second([&] {
-            std::array<char, kBareMessage> message{};
+            std::array<char, BARE_MESSAGE> message{};
             for (uint32_t taken = 0;;) {
                 const uint32_t posted = hop.take(taken);
                 for (; taken != posted; ++taken) writeAll(mAnswers[1], message.data(), message.size());
             }
         });
-        std::array<char, kBareMessage> message{};
+        std::array<char, BARE_MESSAGE> message{};
         while (readAll(mRequests[1], message.data(), message.size())) {
             hop.post();
             writeAll(mRequests[1], message.data(), message.size());
@@ -152,8 +151,8 @@ private:
     std::thread mReader;
 };
 
-constexpr const char* kPath = "/bench";
-constexpr const char* kInterface = "bench.Peer";
+constexpr const char* PATH = "/bench";
+constexpr const char* INTERFACE = "bench.Peer";
 
 sd_bus* openBus(int fd, bool server) {
     sd_bus* bus = nullptr;
@@ -224,7 +223,7 @@ public:
     void call(int32_t count) override {
         sd_bus_message* request = nullptr;
         sd_bus_message* reply = nullptr;
-        check(sd_bus_message_new_method_call(mBus, &request, nullptr, kPath, kInterface, "Request"), "method");
+        check(sd_bus_message_new_method_call(mBus, &request, nullptr, PATH, INTERFACE, "Request"), "method");
         check(sd_bus_message_append(request, "i", count), "append");
         check(sd_bus_message_append_array(request, 'y', mPayload.data(), mPayload.size()), "append");
         check(sd_bus_call(mBus, request, 0, nullptr, &reply), "sd_bus_call");
@@ -237,7 +236,7 @@ private:
         int64_t origin = 0;
         const void* bytes = nullptr;
         size_t size = 0;
-        if (sd_bus_message_is_signal(message, kInterface, "Answer") <= 0) return 0;
+        if (sd_bus_message_is_signal(message, INTERFACE, "Answer") <= 0) return 0;
         if (sd_bus_message_read(message, "x", &origin) < 0) return 0;
         if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0) return 0;
         static_cast<SdBusShape*>(self)->arrivals.note(origin);
@@ -255,7 +254,7 @@ private:
         int32_t count = 0;
         const void* bytes = nullptr;
         size_t size = 0;
-        if (sd_bus_message_is_method_call(message, kInterface, "Request") <= 0) return 0;
+        if (sd_bus_message_is_method_call(message, INTERFACE, "Request") <= 0) return 0;
         if (sd_bus_message_read(message, "i", &count) < 0) return 0;
         if (sd_bus_message_read_array(message, 'y', &bytes, &size) < 0) return 0;
         for (int32_t i = 0; i < count; ++i) static_cast<SdBusShape*>(self)->mStamps.front().post(nowNanos());
@@ -273,7 +272,7 @@ private:
 
     void sendAnswer(sd_bus* bus, int64_t stamp) {
         sd_bus_message* signal = nullptr;
-        check(sd_bus_message_new_signal(bus, &signal, kPath, kInterface, "Answer"), "signal");
+        check(sd_bus_message_new_signal(bus, &signal, PATH, INTERFACE, "Answer"), "signal");
         check(sd_bus_message_append(signal, "x", stamp), "append");
         check(sd_bus_message_append_array(signal, 'y', mPayload.data(), mPayload.size()), "append");
         check(sd_bus_send(bus, signal, nullptr), "sd_bus_send");

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
-
-#include <sys/types.h>
 
 namespace bench {
 

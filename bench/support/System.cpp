@@ -22,7 +22,7 @@
 namespace bench {
 namespace {
 
-using namespace subsys_interface;  // NOLINT: the classes of the interface, and only here
+using namespace interface;  // NOLINT: the classes of the interface, and only here
 using ndk::ScopedAStatus;
 
 // A callback that hands the calls of one method, or of all, to a counter; the others it ignores.
@@ -142,9 +142,9 @@ SystemShape::SystemShape(Counted counted, Request request, Arrivals* shared) : m
     ABinderProcess_startThreadPool();
     const std::string name = std::string(ISubsys::descriptor) + "/default";
     mService = ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(name.c_str())));
-    if (counted != Counted::kRtpData) {
-        Arrivals* const responses = counted == Counted::kResponses ? &target : nullptr;
-        Arrivals* const events = counted == Counted::kIccEvents ? &target : nullptr;
+    if (counted != Counted::RTP_DATA) {
+        Arrivals* const responses = counted == Counted::RESPONSES ? &target : nullptr;
+        Arrivals* const events = counted == Counted::ICC_EVENTS ? &target : nullptr;
         const auto response = counting<ISubsysResponse>([responses](const auto&...) {
             if (responses != nullptr) responses->note();
         });

@@ -12,7 +12,7 @@
 
 namespace bench {
 
-namespace subsys_interface = aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+namespace interface = aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 // A running subsysd on a device folder of its own, with the ICC plugin and the IMS ORTC component of this folder, and
 // names that no other daemon sees. It ends with this object.
@@ -34,15 +34,15 @@ private:
 // caller says.
 class SystemShape final : public Shape {
 public:
-    using Request = std::function<void(subsys_interface::ISubsys&, int32_t count)>;
-    enum class Counted { kResponses, kIccEvents, kRtpData };
+    using Request = std::function<void(interface::ISubsys&, int32_t count)>;
+    enum class Counted { RESPONSES, ICC_EVENTS, RTP_DATA };
 
     // Arrivals are noted in `shared` where it is given, so that two clients can count together.
     SystemShape(Counted counted, Request request, Arrivals* shared = nullptr);
     void call(int32_t count) override { mRequest(*mService, count); }
 
 private:
-    std::shared_ptr<subsys_interface::ISubsys> mService;
+    std::shared_ptr<interface::ISubsys> mService;
     Request mRequest;
     std::vector<std::shared_ptr<void>> mCallbacks;
 };

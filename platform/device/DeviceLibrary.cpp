@@ -1,5 +1,10 @@
 #include <device/DeviceLibrary.h>
 
+#include <android/log.h>
+#include <device/DevicePath.h>
+#include <device/Mutex.h>
+
+#include <android-base/unique_fd.h>
 #include <dlfcn.h>
 #include <elf.h>
 #include <fcntl.h>
@@ -12,11 +17,6 @@
 #include <set>
 #include <string_view>
 #include <vector>
-
-#include <android-base/unique_fd.h>
-#include <android/log.h>
-#include <device/DevicePath.h>
-#include <device/Mutex.h>
 
 namespace device {
 

@@ -1,6 +1,7 @@
 #include "device/LoopThread.h"
 
 #include <android/log.h>
+
 #include <pthread.h>
 
 namespace device {

@@ -3,6 +3,7 @@
 #include <device/DeviceLibrary.h>
 #include <device/DevicePath.h>
 #include <device/Recorder.h>
+
 #include <dlfcn.h>
 
 namespace device {

@@ -1,6 +1,12 @@
 // The properties of a simulated device. A device build leaves this file out and links the device's libcutils.
+#include <android/log.h>
 #include <cutils/properties.h>
+#include <device/DevicePath.h>
 
+#include <android-base/file.h>
+#include <android-base/properties.h>
+#include <android-base/strings.h>
+#include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,13 +16,6 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-
-#include <android-base/file.h>
-#include <android-base/properties.h>
-#include <android-base/strings.h>
-#include <android-base/unique_fd.h>
-#include <android/log.h>
-#include <device/DevicePath.h>
 
 namespace {
 

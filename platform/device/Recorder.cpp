@@ -1,5 +1,12 @@
 #include <device/Recorder.h>
 
+#include "TraceFolder.h"
+#include "TraceWriter.h"
+
+#include <android/log.h>
+#include <device/RuntimeFolder.h>
+
+#include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
@@ -13,13 +20,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-
-#include <android-base/unique_fd.h>
-#include <android/log.h>
-#include <device/RuntimeFolder.h>
-
-#include "TraceFolder.h"
-#include "TraceWriter.h"
 
 namespace device {
 

@@ -1,13 +1,12 @@
 #include <device/RuntimeFolder.h>
 
+#include <android-base/unique_fd.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
-
-#include <android-base/unique_fd.h>
 
 namespace device {
 

@@ -1,7 +1,7 @@
 // The tracing calls of a simulated device. A device build leaves this file out and links the device's libcutils.
-#include <cutils/trace.h>
-
 #include "TraceWriter.h"
+
+#include <cutils/trace.h>
 
 using device::MarkKind;
 

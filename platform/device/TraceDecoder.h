@@ -1,8 +1,8 @@
 #pragma once
 
-#include <device/TraceFile.h>
-
 #include "TraceLayout.h"
+
+#include <device/TraceFile.h>
 
 namespace device::trace {
 

@@ -1,5 +1,12 @@
 #include <device/TraceFile.h>
 
+#include "TraceDecoder.h"
+#include "TraceFolder.h"
+
+#include <device/RuntimeFolder.h>
+
+#include <android-base/file.h>
+#include <android-base/unique_fd.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,13 +17,6 @@
 #include <memory>
 #include <string_view>
 #include <utility>
-
-#include <android-base/file.h>
-#include <android-base/unique_fd.h>
-#include <device/RuntimeFolder.h>
-
-#include "TraceDecoder.h"
-#include "TraceFolder.h"
 
 namespace device {
 

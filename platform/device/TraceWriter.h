@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "TraceLayout.h"
 
 #include <device/TraceFile.h>
 
-#include "TraceLayout.h"
+#include <cstddef>
+#include <cstdint>
 
 namespace device::trace {
 

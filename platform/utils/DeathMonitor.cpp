@@ -1,13 +1,13 @@
 #include <utils/DeathMonitor.h>
 
-#include <utility>
-
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 #include <device/Mutex.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
+
+#include <utility>
 
 namespace subsys_utils {
 

@@ -3,8 +3,9 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 
-#include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>

@@ -5,8 +5,9 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 
-#include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>

@@ -1,3 +1,7 @@
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/NamesFolder.h"
+#include "tests/support/Process.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -9,10 +13,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "tests/support/DeviceFolder.h"
-#include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
 
 // The whole system as an integrator runs it: the daemon on the simulated device, its clients, each a process.
 namespace {

@@ -1,14 +1,14 @@
 // A component library as `subsysd --load` takes it: it registers its component from a static initialiser and logs what
 // a test wants to know.
+#include "component/ComponentManager.h"
+#include "component/SubsysComponent.h"
+
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 
 #include <unistd.h>
 
 #include <cstdlib>
-
-#include "component/ComponentManager.h"
-#include "component/SubsysComponent.h"
 
 namespace {
 

@@ -1,7 +1,11 @@
+#include "tests/support/Process.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 #include <android/binder_manager.h>
 
 #include <elf.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -13,11 +17,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/Process.h"
 
 namespace {
 

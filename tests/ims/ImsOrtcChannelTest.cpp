@@ -1,3 +1,10 @@
+#include "ims/ImsOrtcServiceIndication.h"
+#include "ims/ImsOrtcServiceResponse.h"
+#include "tests/ims/ImsOrtcClient.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+#include "tests/support/Threads.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -6,13 +13,6 @@
 #include <memory>
 #include <thread>
 #include <vector>
-
-#include "ims/ImsOrtcServiceIndication.h"
-#include "ims/ImsOrtcServiceResponse.h"
-#include "tests/ims/ImsOrtcClient.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/LooperThread.h"
-#include "tests/support/Threads.h"
 
 namespace {
 

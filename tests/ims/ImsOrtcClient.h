@@ -1,16 +1,16 @@
 #pragma once
 
+#include "tests/support/Await.h"
+
 #include <stubs/Sinks.h>
 
 #include <string>
 #include <utility>
 #include <variant>
 
-#include "tests/support/Await.h"
-
 namespace test {
 
-namespace pkg = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 // One call of a client's callback: the method, and what came with it.
 template <typename... Values>
@@ -41,12 +41,13 @@ public:
 };
 
 using ImsResponseClient =
-    ImsClient<pkg::IImsOrtcResponse,
-              CallOf<pkg::SubsysResponseInfo, std::pair<pkg::SubsysResponseInfo, pkg::ImsRtpRedunSignalMsgRspInfo>>>;
+    ImsClient<interface::IImsOrtcResponse,
+              CallOf<interface::SubsysResponseInfo,
+                     std::pair<interface::SubsysResponseInfo, interface::ImsRtpRedunSignalMsgRspInfo>>>;
 
-using ImsIndicationClient =
-    ImsClient<pkg::IImsOrtcIndication,
-              CallOf<pkg::ImsRtpPubIpAddrInfo, pkg::ImsRtpDataInfo, pkg::OrtcStatus, pkg::OrtcConnectInfo,
-                     pkg::ImsRtpRedunSignalMsg, pkg::ImsRtpRedunDataLinkStateInfo>>;
+using ImsIndicationClient = ImsClient<
+    interface::IImsOrtcIndication,
+    CallOf<interface::ImsRtpPubIpAddrInfo, interface::ImsRtpDataInfo, interface::OrtcStatus, interface::OrtcConnectInfo,
+           interface::ImsRtpRedunSignalMsg, interface::ImsRtpRedunDataLinkStateInfo>>;
 
 }  // namespace test

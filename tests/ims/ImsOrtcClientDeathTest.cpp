@@ -1,8 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <thread>
-
 #include "ims/ImsOrtcServiceIndication.h"
 #include "ims/ImsOrtcServiceResponse.h"
 #include "tests/ims/ImsOrtcClient.h"
@@ -10,6 +5,11 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 #include "tests/support/NamesFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
 
 namespace {
 

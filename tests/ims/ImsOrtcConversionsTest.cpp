@@ -1,5 +1,8 @@
 #include "ims/ImsOrtcConversions.h"
 
+#include "tests/ims/RecordBytes.h"
+#include "tests/support/LogCapture.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,9 +11,6 @@
 #include <functional>
 #include <numeric>
 #include <string>
-
-#include "tests/ims/RecordBytes.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 

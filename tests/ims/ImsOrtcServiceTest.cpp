@@ -1,15 +1,5 @@
 #include "ims/ImsOrtcService.h"
 
-#include <gtest/gtest.h>
-#include <mindroid/RegistrantList.h>
-
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "component/ComponentManager.h"
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
@@ -20,6 +10,17 @@
 #include "tests/ims/RecordBytes.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
+
+#include <mindroid/RegistrantList.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 

@@ -10,10 +10,11 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 
-#include <gtest/gtest.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>

@@ -15,7 +15,7 @@
 namespace {
 
 using namespace test;
-using namespace test::pkg;
+using namespace test::interface;
 using hal::RfSubsysComponent;
 
 constexpr const char* TAG = "RfSubsysService";

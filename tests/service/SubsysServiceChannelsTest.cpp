@@ -6,6 +6,7 @@
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel_utils.h>
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -13,7 +14,7 @@
 #include <string>
 #include <vector>
 
-using namespace test::pkg;
+using namespace test::interface;
 using ndk::ScopedAStatus;
 using test::Indication;
 using test::Response;

@@ -9,6 +9,7 @@
 #include "tests/support/SubsysClient.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,7 +19,7 @@
 #include <utility>
 #include <vector>
 
-using namespace test::pkg;
+using namespace test::interface;
 
 namespace {
 

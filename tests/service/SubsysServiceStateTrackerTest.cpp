@@ -5,15 +5,16 @@
 #include "tests/support/LooperThread.h"
 #include "tests/support/SubsysClient.h"
 
-#include <gtest/gtest.h>
 #include <mindroid/Boxes.h>
 #include <mindroid/Message.h>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
 #include <vector>
 
-using namespace test::pkg;
+using namespace test::interface;
 using test::Indication;
 
 namespace {

@@ -11,7 +11,6 @@
 #include "tests/support/SubsysClient.h"
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <cstdio>
@@ -19,7 +18,7 @@
 #include <string>
 #include <vector>
 
-using namespace test::pkg;
+using namespace test::interface;
 using ndk::ScopedAStatus;
 using test::LogLine;
 

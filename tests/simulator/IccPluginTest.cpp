@@ -1,4 +1,12 @@
+#include "rf/IccPluginApi.h"
+#include "simulator/IccDevice.h"
+#include "tests/simulator/ScenarioFolder.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+
 #include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
@@ -8,15 +16,6 @@
 #include <thread>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "rf/IccPluginApi.h"
-#include "simulator/IccDevice.h"
-#include "tests/simulator/ScenarioFolder.h"
-#include "tests/support/Await.h"
-#include "tests/support/LogCapture.h"
 
 namespace simulator {
 namespace {

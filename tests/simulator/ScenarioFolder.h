@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
-
 #include "simulator/Scenario.h"
 #include "tests/support/DeviceFolder.h"
+
+#include <string>
 
 namespace test {
 

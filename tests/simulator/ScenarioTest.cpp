@@ -1,16 +1,16 @@
 #include "simulator/Scenario.h"
 
-#include <cstddef>
-#include <random>
-#include <sstream>
-#include <utility>
+#include "simulator/ScenarioPlayer.h"
+#include "tests/simulator/ScenarioFolder.h"
+#include "tests/support/LogCapture.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/ScenarioPlayer.h"
-#include "tests/simulator/ScenarioFolder.h"
-#include "tests/support/LogCapture.h"
+#include <cstddef>
+#include <random>
+#include <sstream>
+#include <utility>
 
 namespace simulator {
 namespace {

@@ -1,14 +1,3 @@
-#include <dlfcn.h>
-
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <iterator>
-#include <memory>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "component/ComponentManager.h"
 #include "component/SubsysInterfaceData.h"
 #include "ims/ImsOrtcComponent.h"
@@ -20,6 +9,16 @@
 #include "tests/support/LooperThread.h"
 
 #include <mindroid/Boxes.h>
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <memory>
 
 namespace simulator {
 namespace {

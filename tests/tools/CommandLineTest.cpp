@@ -1,7 +1,11 @@
 #include "tools/CommandLine.h"
 
-#include <gtest/gtest.h>
+#include "stubs/tests/RecordingSubsys.h"
+#include "tools/Text.h"
+
 #include <stubs/Table.h>
+
+#include <gtest/gtest.h>
 
 #include <iomanip>
 #include <set>
@@ -9,9 +13,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "stubs/tests/RecordingSubsys.h"
-#include "tools/Text.h"
 
 namespace subsysctl {
 namespace {
@@ -77,7 +78,7 @@ TEST(Requests, Verb_WhenWithItsOptions_ThenItsCall) {
         EXPECT_EQ(Words{call}, callsOf(command)) << command;
         called.insert(call.substr(0, call.find('(')));
     }
-    subsys_stubs::forEachMethod<subsys_stubs::package::ISubsys>(
+    subsys_stubs::forEachMethod<subsys_stubs::interface::ISubsys>(
         [&](const auto& method) { EXPECT_TRUE(called.contains(method.name)) << "no verb for " << method.name; });
 }
 

@@ -1,10 +1,11 @@
+#include "stubs/tests/RecordingSubsys.h"
+
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+
 #include <unistd.h>
 
 #include <iostream>
-
-#include "stubs/tests/RecordingSubsys.h"
 
 // A service whose answers the client chooses: the numbers in a request say how it is answered.
 namespace {

@@ -1,11 +1,12 @@
 #include "tools/Output.h"
 
-#include <gtest/gtest.h>
+#include "tools/Text.h"
+
 #include <stubs/Table.h>
 
-#include <sstream>
+#include <gtest/gtest.h>
 
-#include "tools/Text.h"
+#include <sstream>
 
 namespace subsysctl {
 namespace {
@@ -26,22 +27,22 @@ std::string printed(const Json& event, bool json, bool colour = false) {
     return text.substr(0, text.size() - 1);
 }
 
-const Json kLcd = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
+const Json LCD = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
     "response", SubsysResponseInfo{0, 7, SUBSYS_Errno::NOT_SUPPORTED}, std::string("a\"b\n"));
-const Json kPerception = callJson<ISubsysIndication, ISubsysIndication::TRANSACTION_notifyIccPercStateChangedInd>(
+const Json PERCEPTION = callJson<ISubsysIndication, ISubsysIndication::TRANSACTION_notifyIccPercStateChangedInd>(
     "indication", IccPerceptionInfo{{{1, -2, 3}, {}}});
 
 TEST(Output, Text_WhenRecordsAreNestedOrBytesNotPrintable_ThenOneReadableLine) {
-    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\"", printed(kLcd, false));
+    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\"", printed(LCD, false));
     EXPECT_EQ(
         "indication notifyIccPercStateChangedInd percTypes=[{value0=1 value1=-2 value2=3}, "
         "{value0=0 value1=0 value2=0}]",
-        printed(kPerception, false));
+        printed(PERCEPTION, false));
 }
 
 TEST(Output, Colour_WhenWanted_ThenOnlyInText) {
-    EXPECT_NE(std::string::npos, printed(kLcd, false, true).find("#7 \033[31mNOT_SUPPORTED\033[0m lcdInfo"));
-    EXPECT_EQ(std::string::npos, printed(kLcd, true, true).find('\033'));
+    EXPECT_NE(std::string::npos, printed(LCD, false, true).find("#7 \033[31mNOT_SUPPORTED\033[0m lcdInfo"));
+    EXPECT_EQ(std::string::npos, printed(LCD, true, true).find('\033'));
 }
 
 TEST(Output, Bytes_WhenNotUtf8_ThenReplaced) {

@@ -1,9 +1,9 @@
+#include "tests/support/NamesFolder.h"
+#include "tests/support/Process.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
 
 // The program itself, against a service in another process.
 namespace {

@@ -1,6 +1,13 @@
+#include "tests/support/NamesFolder.h"
+#include "tests/support/Process.h"
+#include "tools/TraceEvents.h"
+#include "tools/TraceRequests.h"
+#include "tools/TraceVerbs.h"
+
 #include <cutils/trace.h>
 #include <device/Recorder.h>
 #include <device/TraceFile.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,12 +22,6 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
-#include "tools/TraceEvents.h"
-#include "tools/TraceRequests.h"
-#include "tools/TraceVerbs.h"
-
 namespace subsysctl {
 namespace {
 
@@ -32,9 +33,9 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 
-constexpr int64_t kMilli = 1'000'000;
-constexpr int32_t kBinder = 11;
-constexpr int32_t kMain = 10;
+constexpr int64_t MILLI = 1'000'000;
+constexpr int32_t BINDER = 11;
+constexpr int32_t MAIN = 10;
 
 // A trace of the daemon as it would be read; times in ms.
 class Recording {
@@ -43,11 +44,11 @@ public:
         mTrace.program = "subsysd";
         mTrace.pid = pid;
         mTrace.isAlive = true;
-        mTrace.startWallTime = 1'700'000'000'123 * kMilli;
-        mTrace.threadNames = {{kMain, "subsysd"}, {kBinder, "binder 1"}};
+        mTrace.startWallTime = 1'700'000'000'123 * MILLI;
+        mTrace.threadNames = {{MAIN, "subsysd"}, {BINDER, "binder 1"}};
     }
     Recording& mark(double time, int32_t thread, MarkKind kind, const std::string& name = "", int64_t value = 0) {
-        mTrace.marks.push_back({std::llround(time * kMilli), thread, kind, value, name});
+        mTrace.marks.push_back({std::llround(time * MILLI), thread, kind, value, name});
         return *this;
     }
     Recording& begin(double time, int32_t thread, const std::string& name, int64_t cookie) {
@@ -68,12 +69,12 @@ public:
     }
     // One that waits, since 1 ms, in the plugin; one that was answered; and work on threads.
     Recording& addTraffic() {
-        begin(1, kBinder, "getIccState #-7", 1).isOpen().isLost();
-        begin(2, kBinder, "component", 1).end(3, kMain, "component", 1).begin(3, kMain, "plugin", 1).isOpen();
-        mark(4, kMain, MarkKind::BEGIN, "plugin iccGetState").isOpen();
-        begin(5, kBinder, "getLcdInfo #8", 2).begin(6, kBinder, "component", 2).end(7, kMain, "component", 2);
-        begin(8, kMain, "looper", 2).end(10, kMain, "looper", 2).end(10, kMain, "getLcdInfo #8", 2);
-        return mark(11, kBinder, MarkKind::INSTANT, "client died").mark(12, kMain, MarkKind::COUNTER, "waiting", 3);
+        begin(1, BINDER, "getIccState #-7", 1).isOpen().isLost();
+        begin(2, BINDER, "component", 1).end(3, MAIN, "component", 1).begin(3, MAIN, "plugin", 1).isOpen();
+        mark(4, MAIN, MarkKind::BEGIN, "plugin iccGetState").isOpen();
+        begin(5, BINDER, "getLcdInfo #8", 2).begin(6, BINDER, "component", 2).end(7, MAIN, "component", 2);
+        begin(8, MAIN, "looper", 2).end(10, MAIN, "looper", 2).end(10, MAIN, "getLcdInfo #8", 2);
+        return mark(11, BINDER, MarkKind::INSTANT, "client died").mark(12, MAIN, MarkKind::COUNTER, "waiting", 3);
     }
     operator const Trace&() const { return mTrace; }  // NOLINT: it is one
     Trace& trace() { return mTrace; }
@@ -85,7 +86,7 @@ private:
 std::string printed(const Trace& trace, const RequestsOptions& options) {
     setenv("TZ", "UTC", 1);
     std::ostringstream out;
-    printRequests(trace, 100'000 * kMilli, options, out);
+    printRequests(trace, 100'000 * MILLI, options, out);
     return out.str();
 }
 
@@ -113,16 +114,16 @@ std::vector<Step> stepsOf(const std::string& text, const std::string& phases) {
 TEST(TraceRequests, Sections_WhenMarksAreWholeOrLost_ThenRequestsWithTheirStages) {
     Recording recording;
     recording.addTraffic();
-    recording.end(12, kMain, "setCallInfo #1", 9);       // its begin is lost
-    recording.begin(13, kBinder, "setCallInfo #2", 10);  // its end is lost: it is not open
-    recording.begin(14, kBinder, "not a request #x", 11).isOpen().begin(15, kBinder, "component", 12).isOpen();
+    recording.end(12, MAIN, "setCallInfo #1", 9);       // its begin is lost
+    recording.begin(13, BINDER, "setCallInfo #2", 10);  // its end is lost: it is not open
+    recording.begin(14, BINDER, "not a request #x", 11).isOpen().begin(15, BINDER, "component", 12).isOpen();
     const auto [requests, others] = tracedSections(recording);
     ASSERT_THAT(requests, SizeIs(2));
     EXPECT_EQ(std::tuple(requests[0].operation, requests[0].number), std::tuple("getIccState", -7));
     EXPECT_FALSE(requests[0].section.end);
     EXPECT_EQ(requests[0].where()->name, "plugin");
     EXPECT_EQ(std::tuple(requests[1].operation, requests[1].number), std::tuple("getLcdInfo", 8));
-    EXPECT_EQ(requests[1].section.end->time, 10 * kMilli);
+    EXPECT_EQ(requests[1].section.end->time, 10 * MILLI);
     EXPECT_EQ(requests[1].where(), nullptr);
     ASSERT_THAT(requests[1].stages, SizeIs(2));
     EXPECT_EQ(requests[1].stages[1].name, "looper");
@@ -131,13 +132,13 @@ TEST(TraceRequests, Sections_WhenMarksAreWholeOrLost_ThenRequestsWithTheirStages
 
 TEST(TraceRequests, Sections_WhenACookieComesAgain_ThenStagesBelongToTheRequestThatWasOpen) {
     Recording recording;
-    recording.begin(1, kBinder, "a #1", 5).begin(2, kBinder, "component", 5).end(4, kMain, "a #1", 5);
-    recording.begin(5, kBinder, "b #1", 5).begin(6, kBinder, "looper", 5).end(7, kMain, "component", 5).isOpen();
-    recording.end(8, kMain, "looper", 5).end(9, kMain, "b #1", 5);
+    recording.begin(1, BINDER, "a #1", 5).begin(2, BINDER, "component", 5).end(4, MAIN, "a #1", 5);
+    recording.begin(5, BINDER, "b #1", 5).begin(6, BINDER, "looper", 5).end(7, MAIN, "component", 5).isOpen();
+    recording.end(8, MAIN, "looper", 5).end(9, MAIN, "b #1", 5);
     const auto requests = tracedSections(recording).requests;
     ASSERT_THAT(requests, SizeIs(2));
     ASSERT_THAT(requests[0].stages, SizeIs(1));
-    EXPECT_EQ(requests[0].stages[0].end->time, 4 * kMilli);  // not after its request
+    EXPECT_EQ(requests[0].stages[0].end->time, 4 * MILLI);  // not after its request
     ASSERT_THAT(requests[1].stages, SizeIs(1));
     EXPECT_EQ(requests[1].stages[0].name, "looper");
 }
@@ -186,8 +187,8 @@ TEST(TraceRequests, DurationText_WhenOfEachLength_ThenInItsUnit) {
 // A track of a thread is a stack, and an arrow holds on to a slice: that of a mark ends before the thread's next mark.
 TEST(TraceEvents, Write_WhenOfEveryKind_ThenNestedByTimeAndArrowsFollowARequest) {
     Recording recording;
-    recording.addTraffic().mark(10.0004, kMain, MarkKind::BEGIN, "close");
-    for (const int time : {20, 21, 22}) recording.mark(time, kMain, MarkKind::END);  // one too many
+    recording.addTraffic().mark(10.0004, MAIN, MarkKind::BEGIN, "close");
+    for (const int time : {20, 21, 22}) recording.mark(time, MAIN, MarkKind::END);  // one too many
     EXPECT_EQ(written({recording}), R"({"displayTimeUnit":"ns","traceEvents":[
 {"ph":"M","name":"process_name","pid":10,"tid":10,"args":{"name":"subsysd"}},
 {"ph":"M","name":"thread_name","pid":10,"tid":10,"args":{"name":"subsysd"}},
@@ -227,7 +228,7 @@ TEST(TraceEvents, Write_WhenAClientRecordsToo_ThenArrowsGoThereAndBack) {
     Recording client(77), later(78), daemon;
     client.begin(1, 77, "getLcdInfo #8", 8).end(20, 77, "getLcdInfo #8", 8);
     later.begin(18, 78, "getLcdInfo #8", 8).end(30, 78, "getLcdInfo #8", 8);
-    daemon.begin(5, kBinder, "getLcdInfo #8", 2).end(10, kBinder, "getLcdInfo #8", 2);
+    daemon.begin(5, BINDER, "getLcdInfo #8", 2).end(10, BINDER, "getLcdInfo #8", 2);
     EXPECT_THAT(stepsOf(written({client, later, daemon}), "sf"),
                 ElementsAre(Step("s", 77, 1, "request"), Step("f", 10, 5, "request"), Step("s", 10, 10, "request"),
                             Step("f", 77, 20, "request")));
@@ -235,8 +236,8 @@ TEST(TraceEvents, Write_WhenAClientRecordsToo_ThenArrowsGoThereAndBack) {
 
 TEST(TraceEvents, Write_WhenStagesCross_ThenTheTrackIsStillAStack) {
     Recording recording;
-    recording.begin(1, kBinder, "a #1", 5).begin(2, kBinder, "one", 5).begin(3, kBinder, "two", 5);
-    recording.end(4, kMain, "one", 5).end(5, kMain, "two", 5).end(6, kMain, "a #1", 5);
+    recording.begin(1, BINDER, "a #1", 5).begin(2, BINDER, "one", 5).begin(3, BINDER, "two", 5);
+    recording.end(4, MAIN, "one", 5).end(5, MAIN, "two", 5).end(6, MAIN, "a #1", 5);
     EXPECT_THAT(stepsOf(written({recording}), "be"),
                 ElementsAre(Step("b", 10, 1, "a #1"), Step("b", 10, 2, "one"), Step("b", 10, 3, "two"),
                             Step("e", 10, 4, "two"), Step("e", 10, 4, "one"), Step("e", 10, 6, "a #1")));

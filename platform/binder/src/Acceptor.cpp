@@ -1,12 +1,5 @@
 #include "Acceptor.h"
 
-#include <sys/socket.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <utility>
-
 #include "Frame.h"
 #include "IBinder.h"
 #include "IoThread.h"
@@ -16,6 +9,13 @@
 #include "ServiceManager.h"
 #include "Session.h"
 #include "Socket.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace binder {
 
@@ -54,10 +54,10 @@ private:
     }
 
     bool answer() {
-        if (mHello.protocol != kProtocol) return refuseAll("speaks another protocol");
+        if (mHello.protocol != PROTOCOL) return refuseAll("speaks another protocol");
         switch (mHello.kind) {
             case HelloKind::Identify:
-                return reply(mFd, {kProtocol, 0, 0, processKey()}) || refuseAll(kDeaf);
+                return reply(mFd, {PROTOCOL, 0, 0, processKey()}) || refuseAll(DEAF);
             case HelloKind::Open:
                 return open();
             case HelloKind::Root:
@@ -77,19 +77,19 @@ private:
         close();  // here; what was accepted becomes the control socket
         const auto session = Session::open(peer, std::move(mFd), std::move(passed[0]), std::move(passed[1]));
         if (session == nullptr) return refuseAll(errno == EUSERS ? "has too many sessions" : strerror(errno));
-        if (!reply(session->control().socket(), rootIn(*session))) session->end(kDeaf);
+        if (!reply(session->control().socket(), rootIn(*session))) session->end(DEAF);
         return false;
     }
 
     bool sendRoot() {
         const auto session = Session::find(mHello.process, mPeer.pid);
         if (session == nullptr) return refuseAll("has no session");
-        return reply(mFd, rootIn(*session)) || refuseAll(kDeaf);
+        return reply(mFd, rootIn(*session)) || refuseAll(DEAF);
     }
 
     [[nodiscard]] HelloReply rootIn(Session& session) const {
         const ndk::SpAIBinder root = registeredHere(mName);
-        return {kProtocol, session.objects().send(root.get()), root.get()->clazz()->descriptorHash, processKey()};
+        return {PROTOCOL, session.objects().send(root.get()), root.get()->clazz()->descriptorHash, processKey()};
     }
 
     static bool reply(const UniqueFd& fd, const HelloReply& reply) {
@@ -108,7 +108,7 @@ private:
         return false;
     }
 
-    static constexpr const char* kDeaf = "does not read the answer to its hello";
+    static constexpr const char* DEAF = "does not read the answer to its hello";
 
     UniqueFd mFd;
     const ucred mPeer;
@@ -172,7 +172,7 @@ bool Acceptor::listen(UniqueFd listener, const std::string& name) {
 void Acceptor::pause(PollKey listener) {
     (void)IoThread::instance().poller().arm(listener, 0);
     mPaused.push_back(listener);
-    mPausedUntil = Clock::now() + kRetryTime;
+    mPausedUntil = Clock::now() + RETRY_TIME;
 }
 
 void Acceptor::add(const std::shared_ptr<Greeting>& greeting) {
@@ -188,12 +188,12 @@ int Acceptor::tick() {
     if (now >= mPausedUntil) {
         for (const PollKey each : std::exchange(mPaused, {})) (void)IoThread::instance().poller().arm(each, EPOLLIN);
     }
-    while (!mGreetings.empty() && now - mGreetings.front()->since() >= kGreetingTime) {
+    while (!mGreetings.empty() && now - mGreetings.front()->since() >= GREETING_TIME) {
         const auto silent = mGreetings.front();
         silent->refuse("connected and did not say in time what for");
     }
     const bool waits = !mPaused.empty() || !mGreetings.empty();
-    return waits ? static_cast<int>(kRetryTime.count()) : -1;
+    return waits ? static_cast<int>(RETRY_TIME.count()) : -1;
 }
 
 }  // namespace binder

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Poller.h"
+
 #include <sys/types.h>
 
 #include <chrono>
@@ -7,8 +9,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "Poller.h"
 
 namespace binder {
 

@@ -1,6 +1,7 @@
 #include "CallContext.h"
 
 #include <android/binder_ibinder.h>
+
 #include <unistd.h>
 
 namespace binder {

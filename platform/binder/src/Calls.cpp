@@ -1,12 +1,12 @@
 #include "Calls.h"
 
-#include <cerrno>
-#include <cstring>
-#include <utility>
-
 #include "CallContext.h"
 #include "Log.h"
 #include "Session.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace binder {
 
@@ -28,14 +28,14 @@ binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t ta
 }
 
 bool Calls::send(Stream& stream, Bytes frame) {
-    if (frame.size() <= kLargeCall) return sendAll(stream.fd(), frame);
+    if (frame.size() <= LARGE_CALL) return sendAll(stream.fd(), frame);
     const Lock lock(mLargeLock);
     return sendAll(stream.fd(), frame);
 }
 
 binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
     Lock lock(mLock);
-    if (mIdle.empty() && mOpen < kMaxCalls && !mEnded) {
+    if (mIdle.empty() && mOpen < MAX_CALLS && !mEnded) {
         ++mOpen;
         lock.unlock();
         stream = open(session);
@@ -60,8 +60,8 @@ std::unique_ptr<Stream> Calls::open(Session& session) {
         warn("no new connection to process %d: %s", session.peer().pid, strerror(errno));
         return nullptr;
     }
-    constexpr pid_t kUncounted = -1;
-    return session.control().pass(peers) ? std::make_unique<Stream>(std::move(own), kUncounted) : nullptr;
+    constexpr pid_t UNCOUNTED = -1;
+    return session.control().pass(peers) ? std::make_unique<Stream>(std::move(own), UNCOUNTED) : nullptr;
 }
 
 void Calls::giveBack(std::unique_ptr<Stream> stream) {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Mutex.h"
+#include "Stream.h"
+
 #include <condition_variable>
 #include <memory>
 #include <vector>
-
-#include "Mutex.h"
-#include "Stream.h"
 
 namespace binder {
 

@@ -3,9 +3,9 @@
 #include <cstring>
 
 namespace {
-constexpr auto kStrictMode = static_cast<int32_t>(0x80000000);
-constexpr int32_t kNoWorkSource = -1;
-constexpr int32_t kSystemHeader = 0x53595354;
+constexpr auto STRICT_MODE = static_cast<int32_t>(0x80000000);
+constexpr int32_t NO_WORK_SOURCE = -1;
+constexpr int32_t SYSTEM_HEADER = 0x53595354;
 
 // FNV-1a.
 uint64_t hashOf(std::string_view text) {
@@ -22,7 +22,7 @@ AIBinder_Class::AIBinder_Class(const char* interfaceDescriptor, AIBinder_Class_o
       onCreate(create),
       onDestroy(destroy),
       onTransact(transact) {
-    for (const int32_t word : {kStrictMode, kNoWorkSource, kSystemHeader}) AParcel_writeInt32(&mToken, word);
+    for (const int32_t word : {STRICT_MODE, NO_WORK_SOURCE, SYSTEM_HEADER}) AParcel_writeInt32(&mToken, word);
     AParcel_writeString(&mToken, descriptor.data(), static_cast<int32_t>(descriptor.size()));
 }
 

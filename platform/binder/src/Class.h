@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Parcel.h"
+
 #include <android/binder_ibinder.h>
 
 #include <string>
-
-#include "Parcel.h"
 
 struct AIBinder_Class {
     AIBinder_Class(const char* interfaceDescriptor, AIBinder_Class_onCreate create, AIBinder_Class_onDestroy destroy,

@@ -1,15 +1,15 @@
 #include "Control.h"
 
-#include <cerrno>
-#include <memory>
-#include <vector>
-
 #include "Frame.h"
 #include "IoThread.h"
 #include "Log.h"
 #include "ServedConnection.h"
 #include "Session.h"
 #include "Socket.h"
+
+#include <cerrno>
+#include <memory>
+#include <vector>
 
 namespace binder {
 

@@ -1,12 +1,12 @@
 #include "DeathRecipient.h"
 
+#include "IBinder.h"
+#include "RemoteBinder.h"
+
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <utility>
-
-#include "IBinder.h"
-#include "RemoteBinder.h"
 
 using binder::DeathLink;
 using binder::RemoteBinder;

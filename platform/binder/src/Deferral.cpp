@@ -1,6 +1,12 @@
 #include "Deferral.h"
 
+#include "IoThread.h"
+#include "Limits.h"
+#include "Outbox.h"
+#include "Session.h"
+
 #include <device/LoopThread.h>
+
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -10,11 +16,6 @@
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "IoThread.h"
-#include "Limits.h"
-#include "Outbox.h"
-#include "Session.h"
 
 namespace binder {
 namespace {
@@ -45,7 +46,7 @@ public:
     [[nodiscard]] bool start() {
         if (mIsRunning.exchange(true)) return true;
         itimerspec time{};
-        time.it_value.tv_nsec = std::chrono::nanoseconds(kDeferral).count();
+        time.it_value.tv_nsec = std::chrono::nanoseconds(DEFERRAL).count();
         mIsRunning = timerfd_settime(mFd.get(), 0, &time, nullptr) == 0;
         return mIsRunning;
     }

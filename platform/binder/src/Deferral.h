@@ -13,7 +13,7 @@ class Outbox;
 // True when a call to this peer is to wait: the loop of this thread has written to it since it slept.
 [[nodiscard]] bool mayDefer(const std::shared_ptr<Outbox>& outbox);
 
-// A call waits from now on: Session::flushAll() runs within kDeferral. False when the system refuses.
+// A call waits from now on: Session::flushAll() runs within DEFERRAL. False when the system refuses.
 [[nodiscard]] bool startDeferral();
 
 }  // namespace binder

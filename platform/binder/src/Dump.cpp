@@ -1,5 +1,10 @@
 #include "Dump.h"
 
+#include "Frame.h"
+#include "IBinder.h"
+#include "Parcel.h"
+#include "UniqueFd.h"
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,16 +14,11 @@
 #include <string>
 #include <vector>
 
-#include "Frame.h"
-#include "IBinder.h"
-#include "Parcel.h"
-#include "UniqueFd.h"
-
 namespace binder {
 namespace {
 
 // Room for the length is left.
-constexpr size_t kMaxText = kMaxCall - 64;
+constexpr size_t MAX_TEXT = MAX_CALL - 64;
 
 bool allocateText(void* text, int32_t length, int8_t** buffer) {
     if (length < 0) return false;
@@ -61,7 +61,7 @@ bool writeAll(int fd, const std::string& text) {
 }
 
 std::string contentOf(int file) {
-    std::string text(std::min(static_cast<size_t>(std::max<off_t>(lseek(file, 0, SEEK_END), 0)), kMaxText), '\0');
+    std::string text(std::min(static_cast<size_t>(std::max<off_t>(lseek(file, 0, SEEK_END), 0)), MAX_TEXT), '\0');
     const ssize_t count = pread(file, text.data(), text.size(), 0);
     text.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));
     return text;
@@ -72,7 +72,7 @@ std::string contentOf(int file) {
 binder_status_t requestDump(AIBinder* remote, int fd, const char** args, uint32_t count) {
     AParcel parcel(remote);
     binder_status_t status = AParcel_writeParcelableArray(&parcel, args, static_cast<int32_t>(count), writeArgument);
-    if (status == STATUS_OK) status = remote->transact(kDumpCode, parcel, false);
+    if (status == STATUS_OK) status = remote->transact(DUMP_CODE, parcel, false);
     std::string text;
     if (status == STATUS_OK) status = AParcel_readByteArray(&parcel, &text, allocateText);
     if (status != STATUS_OK) return status;

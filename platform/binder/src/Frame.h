@@ -13,18 +13,18 @@
 //
 // All carry frames: a header, the parcel's data, the offsets of the objects in that data.
 
+#include "Limits.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
-
-#include "Limits.h"
 
 namespace binder {
 
 // A random name of a process.
 using Key = std::array<uint8_t, 16>;
 
-inline constexpr uint32_t kProtocol = 0x42640002;
+inline constexpr uint32_t PROTOCOL = 0x42640002;
 
 enum class HelloKind : uint32_t {
     Identify = 1,  // which process serves this name?
@@ -66,8 +66,8 @@ struct FrameHeader {
     [[nodiscard]] size_t dataSize() const { return size - sizeof(FrameHeader) - objects * sizeof(uint32_t); }
     // Whether the sizes agree with each other and the limit: nothing is allocated before.
     [[nodiscard]] bool isSane() const {
-        return size >= sizeof(FrameHeader) + objects * sizeof(uint32_t) && size <= sizeof(FrameHeader) + kMaxCall &&
-               objects <= kMaxObjects;
+        return size >= sizeof(FrameHeader) + objects * sizeof(uint32_t) && size <= sizeof(FrameHeader) + MAX_CALL &&
+               objects <= MAX_OBJECTS;
     }
 };
 static_assert(sizeof(FrameHeader) == 16);
@@ -88,8 +88,8 @@ struct FlatObject {
 static_assert(sizeof(FlatObject) == 16);
 
 // Codes outside the users' range, answered without the object's class.
-inline constexpr uint32_t kPingCode = 0x5f504e47;
-inline constexpr uint32_t kDumpCode = 0x5f444d50;       // strings -> status and text
-inline constexpr uint32_t kExtensionCode = 0x5f455854;  // -> object
+inline constexpr uint32_t PING_CODE = 0x5f504e47;
+inline constexpr uint32_t DUMP_CODE = 0x5f444d50;       // strings -> status and text
+inline constexpr uint32_t EXTENSION_CODE = 0x5f455854;  // -> object
 
 }  // namespace binder

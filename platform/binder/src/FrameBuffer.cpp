@@ -1,11 +1,11 @@
 #include "FrameBuffer.h"
 
+#include "Socket.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
-
-#include "Socket.h"
 
 namespace binder {
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "Frame.h"
 #include "Parcel.h"
 #include "PeerCosts.h"
 #include "UniqueFd.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 
 namespace binder {
 

@@ -1,16 +1,16 @@
 #include "IBinder.h"
 
-#include <functional>
-#include <memory>
-#include <new>
-#include <utility>
-
 #include "DeathRecipient.h"
 #include "Dump.h"
 #include "LocalBinder.h"
 #include "Log.h"
 #include "RemoteBinder.h"
 #include "Status.h"
+
+#include <functional>
+#include <memory>
+#include <new>
+#include <utility>
 
 struct AIBinder_Weak {
     AIBinder* binder;
@@ -72,7 +72,7 @@ bool AIBinder_isAlive(const AIBinder* binder) {
 binder_status_t AIBinder_ping(AIBinder* binder) {
     if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
     AParcel parcel(binder);
-    return transact(*binder, binder::kPingCode, parcel, false);
+    return transact(*binder, binder::PING_CODE, parcel, false);
 }
 
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
@@ -94,7 +94,7 @@ binder_status_t AIBinder_getExtension(AIBinder* binder, AIBinder** outExt) {
     if (binder == nullptr || outExt == nullptr) return STATUS_UNEXPECTED_NULL;
     *outExt = nullptr;
     AParcel parcel(binder);
-    const binder_status_t status = transact(*binder, binder::kExtensionCode, parcel, false);
+    const binder_status_t status = transact(*binder, binder::EXTENSION_CODE, parcel, false);
     return status == STATUS_OK ? AParcel_readStrongBinder(&parcel, outExt) : status;
 }
 
@@ -123,13 +123,13 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
 
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in, AParcel** out,
                                   binder_flags_t flags) {
-    constexpr binder_flags_t kKnownFlags = FLAG_ONEWAY | FLAG_CLEAR_BUF;
+    constexpr binder_flags_t KNOWN_FLAGS = FLAG_ONEWAY | FLAG_CLEAR_BUF;
     if (in == nullptr) return STATUS_UNEXPECTED_NULL;
     std::unique_ptr<AParcel> parcel(std::exchange(*in, nullptr));
     if (binder == nullptr || parcel == nullptr || out == nullptr) return STATUS_UNEXPECTED_NULL;
     *out = nullptr;
     if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) return STATUS_UNKNOWN_TRANSACTION;
-    if ((flags & ~kKnownFlags) != 0 || parcel->target() != binder) return STATUS_BAD_VALUE;
+    if ((flags & ~KNOWN_FLAGS) != 0 || parcel->target() != binder) return STATUS_BAD_VALUE;
     const binder_status_t status = transact(*binder, code, *parcel, (flags & FLAG_ONEWAY) != 0);
     if (status == STATUS_OK) *out = parcel.release();
     return status;

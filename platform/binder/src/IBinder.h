@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Class.h"
+
 #include <android/binder_ibinder.h>
 
 #include <atomic>
 #include <cstdint>
-
-#include "Class.h"
 
 namespace binder {
 class LocalBinder;

@@ -1,25 +1,25 @@
 #include "Inbox.h"
 
-#include <sys/socket.h>
-
-#include <utility>
-
 #include "LocalBinder.h"
 #include "Session.h"
 #include "ThreadPool.h"
+
+#include <sys/socket.h>
+
+#include <utility>
 
 namespace binder {
 namespace {
 
 // Reported once for what arrived, so that several threads may be at it one after the other.
-constexpr uint32_t kIncoming = EPOLLIN | EPOLLRDHUP | EPOLLET;
+constexpr uint32_t INCOMING = EPOLLIN | EPOLLRDHUP | EPOLLET;
 // Reported at once: the peer reads nothing here but acks, so there is always room to write.
-constexpr uint32_t kAtOnce = kIncoming | EPOLLOUT;
+constexpr uint32_t AT_ONCE = INCOMING | EPOLLOUT;
 // Objects that a thread serves before it looks at other connections.
-constexpr int kMaxTurns = 32;
+constexpr int MAX_TURNS = 32;
 
 uint64_t costOf(size_t parcelSize) {
-    return sizeof(FrameHeader) + parcelSize + kOnewayOverhead;
+    return sizeof(FrameHeader) + parcelSize + ONEWAY_OVERHEAD;
 }
 
 }  // namespace
@@ -48,7 +48,7 @@ struct Inbox::Work {
 
 bool Inbox::start() {
     const std::shared_ptr<Inbox> self(mSession.shared_from_this(), this);
-    return ThreadPool::instance().poller().add(self, kIncoming, mKey);
+    return ThreadPool::instance().poller().add(self, INCOMING, mKey);
 }
 
 void Inbox::remove() {
@@ -62,7 +62,7 @@ void Inbox::shutdown() {
 void Inbox::onRun(size_t size) {
     const uint64_t cost = costOf(size);
     const Ack run = mRun.fetch_add(cost, std::memory_order_relaxed) + cost;
-    if (run / kAckInterval == (run - cost) / kAckInterval) return;
+    if (run / ACK_INTERVAL == (run - cost) / ACK_INTERVAL) return;
     // One that the peer has no room for is made up for by the next.
     (void)sendSome(mFd, Bytes(reinterpret_cast<const uint8_t*>(&run), sizeof(run)), MSG_DONTWAIT);
 }
@@ -74,7 +74,7 @@ void Inbox::onReady(uint32_t events) {
         const Lock lock(mLock);
         mBuffer.wake((events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0);
     }
-    for (int turn = 0; turn < kMaxTurns; ++turn) {
+    for (int turn = 0; turn < MAX_TURNS; ++turn) {
         Work work(session);
         next(scratch, work);
         if (work.breach != nullptr) session->end(work.breach);
@@ -119,7 +119,7 @@ void Inbox::takeAll(FrameBuffer::Scratch& scratch, Work& work) {
 void Inbox::handOn(bool isMore) {
     if (!isMore && !mIsHandedOn) return;
     mIsHandedOn = isMore;
-    if (ThreadPool::instance().poller().arm(mKey, isMore ? kAtOnce : kIncoming)) return;
+    if (ThreadPool::instance().poller().arm(mKey, isMore ? AT_ONCE : INCOMING)) return;
     mSession.end("cannot be listened to any more");
 }
 
@@ -151,7 +151,7 @@ bool Inbox::takeOneway(Work& work) {
     mBuffer.take(call.in);
     if (!mSession.objects().receive(call.in, work.session)) return work.refuse("sent an object it cannot mean");
     mTaken += costOf(call.in.transportSize());
-    if (mTaken - mRun.load(std::memory_order_relaxed) > kMaxOnewayWaiting)
+    if (mTaken - mRun.load(std::memory_order_relaxed) > MAX_ONEWAY_WAITING)
         return work.refuse("sends too many oneway calls");
     if (target.get()->local()->enterOneway(call)) work.target = std::move(target);
     return true;

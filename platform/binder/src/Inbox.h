@@ -1,12 +1,12 @@
 #pragma once
 
-#include <atomic>
-#include <cstdint>
-#include <memory>
-
 #include "FrameBuffer.h"
 #include "Mutex.h"
 #include "Poller.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
 
 namespace binder {
 

@@ -1,5 +1,7 @@
 #include "IoThread.h"
 
+#include "Log.h"
+
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <sys/resource.h>
@@ -8,12 +10,10 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "Log.h"
-
 namespace binder {
 namespace {
 
-constexpr size_t kStack = 512 * 1024;
+constexpr size_t STACK = 512 * 1024;
 
 class Wake final : public Pollable {
 public:
@@ -39,7 +39,7 @@ int startThread(const char* name, void* (*body)(void*), void* argument) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    pthread_attr_setstacksize(&attributes, kStack);
+    pthread_attr_setstacksize(&attributes, STACK);
     pthread_t thread{};
     const int error = pthread_create(&thread, &attributes, body, argument);
     if (error == 0) pthread_setname_np(thread, name);

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Mutex.h"
+#include "Poller.h"
+
 #include <array>
 #include <atomic>
 #include <cstddef>
 #include <memory>
-
-#include "Mutex.h"
-#include "Poller.h"
 
 namespace binder {
 

@@ -1,12 +1,12 @@
 #include "LocalBinder.h"
 
-#include <new>
-#include <utility>
-
 #include "CallContext.h"
 #include "Dump.h"
 #include "Log.h"
 #include "Session.h"
+
+#include <new>
+#include <utility>
 
 namespace binder {
 
@@ -43,11 +43,11 @@ binder_status_t LocalBinder::dispatch(uint32_t code, const AParcel& in, AParcel&
 // What every object answers, whatever its class.
 binder_status_t LocalBinder::dispatchOwn(uint32_t code, const AParcel& in, AParcel& out) {
     switch (code) {
-        case kPingCode:
+        case PING_CODE:
             return STATUS_OK;
-        case kDumpCode:
+        case DUMP_CODE:
             return answerDump(this, in, out);
-        case kExtensionCode:
+        case EXTENSION_CODE:
             return AParcel_writeStrongBinder(&out, extension().get());
         default:
             return STATUS_UNKNOWN_TRANSACTION;
@@ -81,10 +81,10 @@ std::optional<OnewayCall> LocalBinder::nextOneway() {
 }
 
 void LocalBinder::runOneway(OnewayCall& call) {
-    constexpr pid_t kNobody = 0;
+    constexpr pid_t NOBODY = 0;
     const size_t size = call.in.transportSize();
     {
-        const CallContext context(kNobody, call.session->peer().uid, nullptr, nullptr);
+        const CallContext context(NOBODY, call.session->peer().uid, nullptr, nullptr);
         AParcel discarded;
         dispatch(call.code, call.in, discarded);
     }

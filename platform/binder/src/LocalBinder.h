@@ -1,13 +1,13 @@
 #pragma once
 
+#include "IBinder.h"
+#include "Mutex.h"
+#include "Parcel.h"
+
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <optional>
-
-#include "IBinder.h"
-#include "Mutex.h"
-#include "Parcel.h"
 
 namespace binder {
 

@@ -1,5 +1,7 @@
 #include "Log.h"
 
+#include "Mutex.h"
+
 #include <android/log.h>
 
 #include <algorithm>
@@ -10,13 +12,11 @@
 #include <functional>
 #include <string_view>
 
-#include "Mutex.h"
-
 namespace binder {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds kQuiet{1};
+constexpr std::chrono::seconds QUIET{1};
 
 struct Line {
     size_t hash = 0;
@@ -33,7 +33,7 @@ bool isNews(std::string_view text) {
     const Lock lock(sLock);
     for (Line& each : sRecent) {
         if (each.hash != hash) continue;
-        if (now - each.when < kQuiet) return false;
+        if (now - each.when < QUIET) return false;
         each.when = now;
         return true;
     }

@@ -1,5 +1,8 @@
 #include "NameFolder.h"
 
+#include "Limits.h"
+#include "Log.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/socket.h>
@@ -15,14 +18,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "Limits.h"
-#include "Log.h"
-
 namespace binder {
 namespace {
 
-constexpr size_t kMaxName = 127;
-constexpr int kBacklog = 128;
+constexpr size_t MAX_NAME = 127;
+constexpr int BACKLOG = 128;
 
 std::string folderPath() {
     const char* own = getenv("SUBSYS_BINDER_DIR");
@@ -108,7 +108,7 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
 bool NameFolder::isName(const char* name) {
     if (name == nullptr) return false;
     const std::string_view text(name);
-    return !text.empty() && text.size() <= kMaxName && std::all_of(text.begin(), text.end(), [](char each) {
+    return !text.empty() && text.size() <= MAX_NAME && std::all_of(text.begin(), text.end(), [](char each) {
         return (each >= 'a' && each <= 'z') || (each >= 'A' && each <= 'Z') || (each >= '0' && each <= '9') ||
                strchr("_./-", each) != nullptr;
     });
@@ -162,7 +162,7 @@ UniqueFd NameFolder::listen(const UniqueFd& folder, std::string_view name) {
     const sockaddr_un address = addressOf(folder.get(), fresh);
     // It listens before it gets its name, so that nobody finds it deaf.
     if (listener.isValid() && bind(listener.get(), plain(address), sizeof(address)) == 0 &&
-        ::listen(listener.get(), kBacklog) == 0 &&
+        ::listen(listener.get(), BACKLOG) == 0 &&
         renameat(folder.get(), fresh.c_str(), folder.get(), socketOf(name).c_str()) == 0) {
         return listener;
     }
@@ -178,7 +178,7 @@ UniqueFd NameFolder::connect(std::string_view name) {
     const UniqueFd file(openat(folder.get(), socketOf(name).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     UniqueFd connection = streamSocket(0);
     if (!file.isValid() || !connection.isValid()) return UniqueFd();
-    setTimeout(connection, kHelloTime);
+    setTimeout(connection, HELLO_TIME);
     const sockaddr_un address = addressOf(file.get(), "");
     return ::connect(connection.get(), plain(address), sizeof(address)) == 0 ? std::move(connection) : UniqueFd();
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "UniqueFd.h"
+
 #include <sys/types.h>
 
 #include <string>
 #include <string_view>
-
-#include "UniqueFd.h"
 
 namespace binder {
 
@@ -28,7 +28,7 @@ public:
     [[nodiscard]] static ino_t socketIn(const UniqueFd& folder, std::string_view name);
     // A listening socket under the name. To be called by the owner.
     [[nodiscard]] static UniqueFd listen(const UniqueFd& folder, std::string_view name);
-    // A connection to the name for hellos: connecting, writing and reading take kHelloTime at most. Invalid with errno
+    // A connection to the name for hellos: connecting, writing and reading take HELLO_TIME at most. Invalid with errno
     // otherwise.
     [[nodiscard]] static UniqueFd connect(std::string_view name);
 };

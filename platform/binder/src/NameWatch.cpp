@@ -1,13 +1,13 @@
 #include "NameWatch.h"
 
+#include "IoThread.h"
+#include "Limits.h"
+
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <array>
 #include <string>
-
-#include "IoThread.h"
-#include "Limits.h"
 
 namespace binder {
 namespace {
@@ -25,8 +25,8 @@ NameWatch::NameWatch() : mInotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {}
 
 bool NameWatch::start(const UniqueFd& folder, OnChange onChange) {
     const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
-    constexpr uint32_t kEvents = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
-    if (inotify_add_watch(mInotify.get(), path.c_str(), kEvents) < 0) return false;
+    constexpr uint32_t EVENTS = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
+    if (inotify_add_watch(mInotify.get(), path.c_str(), EVENTS) < 0) return false;
     if (mKey != 0) return true;
     mOnChange = onChange;
     IoThread::instance().addTicker([] { return NameWatch::instance().tick(); });
@@ -37,7 +37,7 @@ void NameWatch::onReady(uint32_t) {
     alignas(inotify_event) std::array<char, 4096> events;
     while (read(mInotify.get(), events.data(), events.size()) > 0) {
     }
-    if (!mHasChanged) mDue = Clock::now() + kChangeTime;
+    if (!mHasChanged) mDue = Clock::now() + CHANGE_TIME;
     mHasChanged = true;
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "Poller.h"
+
 #include <atomic>
 #include <chrono>
-
-#include "Poller.h"
 
 namespace binder {
 

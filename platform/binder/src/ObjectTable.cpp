@@ -1,18 +1,18 @@
 #include "ObjectTable.h"
 
-#include <cstring>
-#include <utility>
-
 #include "IBinder.h"
 #include "RemoteBinder.h"
 #include "Session.h"
+
+#include <cstring>
+#include <utility>
 
 namespace binder {
 
 binder_status_t ObjectTable::pack(AParcel& parcel, const Session& session) {
     const auto& objects = parcel.objects();
     if (objects.empty()) return STATUS_OK;
-    if (objects.size() > kMaxObjects) return STATUS_FAILED_TRANSACTION;
+    if (objects.size() > MAX_OBJECTS) return STATUS_FAILED_TRANSACTION;
     for (const auto& object : objects) {
         RemoteBinder* remote = object.binder.get()->remote();
         if (remote != nullptr && remote->session() != &session) return STATUS_INVALID_OPERATION;

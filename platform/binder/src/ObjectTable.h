@@ -1,14 +1,14 @@
 #pragma once
 
+#include "Mutex.h"
+#include "Parcel.h"
+
 #include <android/binder_auto_utils.h>
 
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
 #include <vector>
-
-#include "Mutex.h"
-#include "Parcel.h"
 
 namespace binder {
 

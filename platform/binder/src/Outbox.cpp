@@ -1,5 +1,10 @@
 #include "Outbox.h"
 
+#include "Deferral.h"
+#include "IoThread.h"
+#include "Limits.h"
+#include "Log.h"
+
 #include <poll.h>
 
 #include <algorithm>
@@ -7,11 +12,6 @@
 #include <cerrno>
 #include <cstring>
 #include <utility>
-
-#include "Deferral.h"
-#include "IoThread.h"
-#include "Limits.h"
-#include "Log.h"
 
 namespace binder {
 namespace {
@@ -30,11 +30,11 @@ uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
 }  // namespace
 
 binder_status_t Outbox::post(Bytes frame, bool mayWait) {
-    const size_t cost = frame.size() + kOnewayOverhead;
+    const size_t cost = frame.size() + ONEWAY_OVERHEAD;
     const Lock lock(mLock);
-    if (mPosted + cost - mAcked > kMaxOnewayWaiting) readAcks();
+    if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
-    if (mPosted + cost - mAcked > kMaxOnewayWaiting) {
+    if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) {
         if (mLost++ == 0) {
             !mIsStalled ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
                         : warn("process %d does not read: oneway calls to it fail until it does", mPid);
@@ -50,7 +50,7 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
 bool Outbox::send(Bytes frame) {
     const Lock lock(mLock);
     if (mEnded) return false;
-    if (mQueue.size() <= kMaxUnread) return write(frame);
+    if (mQueue.size() <= MAX_UNREAD) return write(frame);
     warn("process %d does not read what is given back to it", mPid);
     return false;
 }
@@ -70,7 +70,7 @@ bool Outbox::defer(Bytes frame) {
     mQueue.insert(mQueue.end(), frame.begin(), frame.end());
     if (mIsStalled) return true;
     mIsDeferred = true;
-    return (mQueue.size() < kMaxDeferred && startDeferral()) || flush();
+    return (mQueue.size() < MAX_DEFERRED && startDeferral()) || flush();
 }
 
 void Outbox::flushDeferred() {
@@ -85,8 +85,8 @@ void Outbox::flushDeferred() {
 
 bool Outbox::watch() {
     Poller& poller = IoThread::instance().poller();
-    constexpr uint32_t kWritable = EPOLLOUT | EPOLLONESHOT;
-    return mKey != 0 ? poller.arm(mKey, kWritable) : poller.add(shared_from_this(), kWritable, mKey);
+    constexpr uint32_t WRITABLE = EPOLLOUT | EPOLLONESHOT;
+    return mKey != 0 ? poller.arm(mKey, WRITABLE) : poller.add(shared_from_this(), WRITABLE, mKey);
 }
 
 void Outbox::onReady(uint32_t) {
@@ -107,7 +107,7 @@ bool Outbox::flush() {
     mWritten += static_cast<size_t>(sent);
     mIsStalled = mWritten < mQueue.size();
     if (mIsStalled) return watch();
-    if (mQueue.capacity() > 2 * kMaxDeferred) std::vector<uint8_t>().swap(mQueue);
+    if (mQueue.capacity() > 2 * MAX_DEFERRED) std::vector<uint8_t>().swap(mQueue);
     mQueue.clear();
     mWritten = 0;
     return true;

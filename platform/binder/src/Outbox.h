@@ -1,5 +1,10 @@
 #pragma once
 
+#include "Frame.h"
+#include "Mutex.h"
+#include "Poller.h"
+#include "Socket.h"
+
 #include <android/binder_status.h>
 
 #include <atomic>
@@ -7,11 +12,6 @@
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "Frame.h"
-#include "Mutex.h"
-#include "Poller.h"
-#include "Socket.h"
 
 namespace binder {
 

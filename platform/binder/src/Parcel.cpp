@@ -1,16 +1,16 @@
 #include "Parcel.h"
 
-#include <algorithm>
-#include <cstring>
-#include <new>
-#include <string>
-#include <utility>
-
 #include "Class.h"
 #include "IBinder.h"
 #include "Log.h"
 #include "Status.h"
 #include "Utf.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <utility>
 
 using binder::FlatObject;
 using binder::FrameHeader;
@@ -139,7 +139,7 @@ AParcel::AParcel(AParcel&& other) noexcept : mTarget(other.mTarget) {
 AParcel& AParcel::operator=(AParcel&& other) noexcept {
     mHeap = std::move(other.mHeap);
     mObjects = std::move(other.mObjects);
-    mCapacity = std::exchange(other.mCapacity, kInline);
+    mCapacity = std::exchange(other.mCapacity, INLINE);
     mSize = other.mSize;
     mPosition = other.mPosition;
     mBytes = mHeap != nullptr ? mHeap.get() : mInline;

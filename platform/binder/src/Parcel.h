@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Frame.h"
+
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel.h>
 
@@ -7,8 +9,6 @@
 #include <memory>
 #include <string_view>
 #include <vector>
-
-#include "Frame.h"
 
 // Data and the objects in it. The data lies in one buffer that has room for a frame's header in front and for the
 // objects' offsets behind, so that a frame is sent with one write and no copy. Small ones need no allocation.
@@ -75,17 +75,17 @@ private:
     void mustReserve(size_t size);
     void forgetObjects(size_t begin, size_t end);
 
-    static constexpr size_t kInline = 320;
+    static constexpr size_t INLINE = 320;
 
     const AIBinder* mTarget;
     uint8_t* mBytes = mInline;
-    size_t mCapacity = kInline;  // header included
-    size_t mSize = 0;            // header not included
+    size_t mCapacity = INLINE;  // header included
+    size_t mSize = 0;           // header not included
     mutable size_t mPosition = 0;
     size_t mOffsets = 0;  // that lie behind the data
     std::unique_ptr<uint8_t[]> mHeap;
     std::vector<Object> mObjects;  // by offset
-    alignas(8) uint8_t mInline[kInline];
+    alignas(8) uint8_t mInline[INLINE];
 };
 
 namespace binder {

@@ -1,5 +1,9 @@
 #include "PeerCosts.h"
 
+#include "Limits.h"
+#include "Log.h"
+#include "Mutex.h"
+
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -8,14 +12,10 @@
 #include <map>
 #include <unordered_map>
 
-#include "Limits.h"
-#include "Log.h"
-#include "Mutex.h"
-
 namespace binder {
 namespace {
 
-constexpr std::array<int, 3> kMost{kMaxGreetings, kMaxSessions, kMaxServed};
+constexpr std::array<int, 3> MOST{MAX_GREETINGS, MAX_SESSIONS, MAX_SERVED};
 
 struct Half {
     int fd;
@@ -25,7 +25,7 @@ struct Half {
 
 struct Costs {
     Mutex lock;
-    std::unordered_map<pid_t, std::array<int, kMost.size()>> units GUARDED_BY(lock);
+    std::unordered_map<pid_t, std::array<int, MOST.size()>> units GUARDED_BY(lock);
     uint64_t lastSince GUARDED_BY(lock) = 0;
     std::map<uint64_t, Half> halves GUARDED_BY(lock);  // the oldest first
 };
@@ -61,7 +61,7 @@ void shrink(std::map<uint64_t, Half>& halves, pid_t pid, size_t most) {
 std::optional<Charge> Charge::take(pid_t pid, Cost cost) {
     const Lock lock(costs().lock);
     int& count = costs().units[pid][static_cast<size_t>(cost)];
-    if (count == kMost[static_cast<size_t>(cost)]) return std::nullopt;
+    if (count == MOST[static_cast<size_t>(cost)]) return std::nullopt;
     ++count;
     return Charge(pid, cost);
 }
@@ -71,7 +71,7 @@ Charge::~Charge() {
     const Lock lock(costs().lock);
     const auto found = costs().units.find(mPid);
     --found->second[static_cast<size_t>(mCost)];
-    if (found->second == std::array<int, kMost.size()>{}) costs().units.erase(found);
+    if (found->second == std::array<int, MOST.size()>{}) costs().units.erase(found);
 }
 
 void HalfSent::set(size_t bytes) {
@@ -84,8 +84,8 @@ void HalfSent::set(size_t bytes) {
     const Lock lock(costs().lock);
     if (mSince == 0) mSince = ++costs().lastSince;
     costs().halves[mSince] = {mFd, mPid, bytes};
-    shrink(costs().halves, mPid, kMaxHalfSent);
-    shrink(costs().halves, -1, kMaxAllHalfSent);
+    shrink(costs().halves, mPid, MAX_HALF_SENT);
+    shrink(costs().halves, -1, MAX_ALL_HALF_SENT);
 }
 
 void HalfSent::pause() {

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "Mutex.h"
+#include "UniqueFd.h"
+
 #include <sys/epoll.h>
 
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "Mutex.h"
-#include "UniqueFd.h"
 
 namespace binder {
 

@@ -1,6 +1,7 @@
 #include "Process.h"
 
 #include <android/log.h>
+
 #include <sys/random.h>
 
 #include <cerrno>

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "IBinder.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
-
-#include "IBinder.h"
 
 namespace binder {
 

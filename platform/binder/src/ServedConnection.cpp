@@ -1,19 +1,19 @@
 #include "ServedConnection.h"
 
-#include <cerrno>
-#include <cstring>
-#include <utility>
-
 #include "IoThread.h"
 #include "Log.h"
 #include "Session.h"
 #include "ThreadPool.h"
 
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
 namespace binder {
 namespace {
 
-constexpr uint32_t kCall = EPOLLIN | EPOLLRDHUP | EPOLLET;
-constexpr uint32_t kRoom = EPOLLOUT | EPOLLONESHOT;
+constexpr uint32_t CALL = EPOLLIN | EPOLLRDHUP | EPOLLET;
+constexpr uint32_t ROOM = EPOLLOUT | EPOLLONESHOT;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ bool ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd f
     if (!charge) return false;
     const auto connection = std::make_shared<ServedConnection>(session, std::move(fd), std::move(*charge));
     if (!session->addServed(connection)) return false;
-    if (ThreadPool::instance().poller().add(connection, kCall, connection->mKey)) return true;
+    if (ThreadPool::instance().poller().add(connection, CALL, connection->mKey)) return true;
     connection->close();
     return false;
 }
@@ -80,14 +80,14 @@ void ServedConnection::flush() {
 
 bool ServedConnection::awaitRoom() {
     Poller& poller = IoThread::instance().poller();
-    if (mFlushKey != 0) return poller.arm(mFlushKey, kRoom);
-    return poller.add(std::shared_ptr<Flusher>(shared_from_this(), &mFlusher), kRoom, mFlushKey);
+    if (mFlushKey != 0) return poller.arm(mFlushKey, ROOM);
+    return poller.add(std::shared_ptr<Flusher>(shared_from_this(), &mFlusher), ROOM, mFlushKey);
 }
 
 // Asks for an event for what arrived while this thread was the owner, and others left alone.
 void ServedConnection::release() {
     mIsOwned.store(false, std::memory_order_release);
-    if (!ThreadPool::instance().poller().arm(mKey, kCall)) lose("cannot be listened to");
+    if (!ThreadPool::instance().poller().arm(mKey, CALL)) lose("cannot be listened to");
 }
 
 // A peer that has died needs no line.

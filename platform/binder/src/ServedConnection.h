@@ -1,14 +1,14 @@
 #pragma once
 
-#include <atomic>
-#include <cstddef>
-#include <memory>
-#include <vector>
-
 #include "Mutex.h"
 #include "PeerCosts.h"
 #include "Poller.h"
 #include "Stream.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <vector>
 
 namespace binder {
 

@@ -1,8 +1,9 @@
-#include <binder/peer.h>
-#include <unistd.h>
-
 #include "RemoteBinder.h"
 #include "Session.h"
+
+#include <binder/peer.h>
+
+#include <unistd.h>
 
 pid_t AIBinder_getServerPid(AIBinder* binder) {
     const binder::RemoteBinder* remote = binder->remote();

@@ -1,6 +1,18 @@
 #include "ServiceManager.h"
 
+#include "Acceptor.h"
+#include "IBinder.h"
+#include "Log.h"
+#include "Mutex.h"
+#include "NameFolder.h"
+#include "NameWatch.h"
+#include "Process.h"
+#include "Session.h"
+#include "Socket.h"
+#include "ThreadPool.h"
+
 #include <android/binder_manager.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -16,27 +28,16 @@
 #include <utility>
 #include <vector>
 
-#include "Acceptor.h"
-#include "IBinder.h"
-#include "Log.h"
-#include "Mutex.h"
-#include "NameFolder.h"
-#include "NameWatch.h"
-#include "Process.h"
-#include "Session.h"
-#include "Socket.h"
-#include "ThreadPool.h"
-
 namespace binder {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-constexpr auto kGetServiceTime = 5s;
-constexpr auto kForEver = 24h * 365 * 100;
+constexpr auto GET_SERVICE_TIME = 5s;
+constexpr auto FOR_EVER = 24h * 365 * 100;
 // A service that was there but did not answer is asked again after this time, though its name did not change.
-constexpr auto kAskAgain = 1s;
+constexpr auto ASK_AGAIN = 1s;
 
 // A name of this process, whose lock ends with the process.
 struct Service {
@@ -161,14 +162,14 @@ binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& servi
 
 // What a server answers to a hello, if it does in time.
 std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vector<int>& passed = {}) {
-    const Hello hello{kProtocol, kind, processKey()};
+    const Hello hello{PROTOCOL, kind, processKey()};
     const Bytes bytes(reinterpret_cast<const uint8_t*>(&hello), sizeof(hello));
     const ssize_t sent = passed.empty() ? sendSome(fd, bytes, 0) : sendWith(fd, bytes, passed, 0);
     HelloReply reply{};
     auto* const answer = reinterpret_cast<uint8_t*>(&reply);
     const bool isAnswered =
         sent == sizeof(hello) && receiveSome(fd, answer, sizeof(reply), MSG_WAITALL) == sizeof(reply);
-    return isAnswered && reply.protocol == kProtocol ? std::optional(reply) : std::nullopt;
+    return isAnswered && reply.protocol == PROTOCOL ? std::optional(reply) : std::nullopt;
 }
 
 // An object of a peer.
@@ -233,7 +234,7 @@ ndk::SpAIBinder findUntil(const std::string& name, Clock::time_point deadline) {
         if (ndk::SpAIBinder found = find(name); found.get() != nullptr) return found;
         const auto left = deadline - Clock::now();
         if (left <= 0s) return nullptr;
-        awaitChange(changes, std::min<Clock::duration>(left, kAskAgain));
+        awaitChange(changes, std::min<Clock::duration>(left, ASK_AGAIN));
     }
 }
 
@@ -270,11 +271,11 @@ AIBinder* AServiceManager_checkService(const char* instance) {
 }
 
 AIBinder* AServiceManager_getService(const char* instance) {
-    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + kGetServiceTime)) : nullptr;
+    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + GET_SERVICE_TIME)) : nullptr;
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {
-    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + kForEver)) : nullptr;
+    return NameFolder::isName(instance) ? release(findUntil(instance, Clock::now() + FOR_EVER)) : nullptr;
 }
 
 bool AServiceManager_isDeclared(const char* instance) {

@@ -1,16 +1,16 @@
 #include "Session.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <limits>
-#include <utility>
-
 #include "DeathRecipient.h"
 #include "Deferral.h"
 #include "IBinder.h"
 #include "Log.h"
 #include "RemoteBinder.h"
 #include "ServedConnection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <utility>
 
 namespace binder {
 namespace {
@@ -67,7 +67,7 @@ std::shared_ptr<Session> Session::find(const Key& process, pid_t pid) {
 }
 
 binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
-    if (parcel.transportSize() > kMaxCall) return STATUS_FAILED_TRANSACTION;
+    if (parcel.transportSize() > MAX_CALL) return STATUS_FAILED_TRANSACTION;
     if (!isAlive()) return STATUS_DEAD_OBJECT;
     const binder_status_t packed = mObjects.pack(parcel, *this);
     if (packed != STATUS_OK) return packed;
@@ -76,7 +76,7 @@ binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
 }
 
 binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
-    if (parcel.transportSize() > kMaxOneway) return STATUS_FAILED_TRANSACTION;
+    if (parcel.transportSize() > MAX_ONEWAY) return STATUS_FAILED_TRANSACTION;
     if (!isAlive()) return STATUS_DEAD_OBJECT;
     binder_status_t status = mObjects.pack(parcel, *this);
     if (status != STATUS_OK) return status;
@@ -97,16 +97,16 @@ void Session::flushAll() {
 }
 
 void Session::release(uint32_t target, uint64_t count) {
-    constexpr uint64_t kMost = std::numeric_limits<uint32_t>::max();
+    constexpr uint64_t MOST = std::numeric_limits<uint32_t>::max();
     while (count != 0 && isAlive()) {
-        const auto part = static_cast<uint32_t>(std::min(count, kMost));
+        const auto part = static_cast<uint32_t>(std::min(count, MOST));
         count -= part;
         if (!mOut->send(bytesOf({sizeof(FrameHeader), FrameKind::Release, 0, target, part}))) end();
     }
 }
 
 binder_status_t Session::onLost() {
-    if (isAlive() && !mOut->isPeerGone(kDeathTime)) return STATUS_FAILED_TRANSACTION;
+    if (isAlive() && !mOut->isPeerGone(DEATH_TIME)) return STATUS_FAILED_TRANSACTION;
     end();
     return STATUS_DEAD_OBJECT;
 }

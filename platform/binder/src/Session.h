@@ -1,18 +1,18 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <atomic>
-#include <memory>
-#include <optional>
-#include <vector>
-
 #include "Calls.h"
 #include "Control.h"
 #include "Inbox.h"
 #include "ObjectTable.h"
 #include "Outbox.h"
 #include "PeerCosts.h"
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <vector>
 
 namespace binder {
 

@@ -7,7 +7,7 @@
 namespace binder {
 namespace {
 
-constexpr size_t kMaxPassed = 8;
+constexpr size_t MAX_PASSED = 8;
 
 iovec vectorOf(const uint8_t* bytes, size_t size) {
     return {const_cast<uint8_t*>(bytes), size};
@@ -28,7 +28,7 @@ void takeDescriptors(const msghdr& message, std::vector<UniqueFd>& passed) {
          each = CMSG_NXTHDR(const_cast<msghdr*>(&message), const_cast<cmsghdr*>(each))) {
         if (each->cmsg_level != SOL_SOCKET || each->cmsg_type != SCM_RIGHTS) continue;
         const size_t count = (each->cmsg_len - CMSG_LEN(0)) / sizeof(int);
-        std::array<int, kMaxPassed> fds{};
+        std::array<int, MAX_PASSED> fds{};
         memcpy(fds.data(), CMSG_DATA(each), count * sizeof(int));
         for (size_t i = 0; i < count; ++i) passed.emplace_back(fds[i]);
     }
@@ -45,7 +45,7 @@ ssize_t sendSome(const UniqueFd& fd, Bytes bytes, int flags) {
 }
 
 ssize_t sendWith(const UniqueFd& fd, Bytes bytes, const std::vector<int>& passed, int flags) {
-    alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(kMaxPassed * sizeof(int))> control{};
+    alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(MAX_PASSED * sizeof(int))> control{};
     iovec vector = vectorOf(bytes.data(), bytes.size());
     msghdr message{};
     message.msg_iov = &vector;
@@ -82,7 +82,7 @@ ssize_t receiveSome(const UniqueFd& fd, uint8_t* bytes, size_t size, int flags) 
 }
 
 ssize_t receiveWith(const UniqueFd& fd, uint8_t* bytes, size_t size, std::vector<UniqueFd>& passed) {
-    alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(kMaxPassed * sizeof(int))> control;
+    alignas(cmsghdr) std::array<uint8_t, CMSG_SPACE(MAX_PASSED * sizeof(int))> control;
     iovec vector = vectorOf(bytes, size);
     msghdr message{};
     ssize_t received = -1;

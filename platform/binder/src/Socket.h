@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UniqueFd.h"
+
 #include <sys/socket.h>
 #include <sys/types.h>
 
@@ -8,8 +10,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "UniqueFd.h"
 
 namespace binder {
 

@@ -13,7 +13,7 @@ struct Named {
     const char* name;
 };
 
-constexpr Named kStatuses[] = {
+constexpr Named STATUSES[] = {
     {STATUS_OK, "OK"},
     {STATUS_UNKNOWN_ERROR, "UNKNOWN_ERROR"},
     {STATUS_NO_MEMORY, "NO_MEMORY"},
@@ -35,7 +35,7 @@ constexpr Named kStatuses[] = {
     {STATUS_UNEXPECTED_NULL, "UNEXPECTED_NULL"},
 };
 
-constexpr Named kExceptions[] = {
+constexpr Named EXCEPTIONS[] = {
     {EX_NONE, "EX_NONE"},
     {EX_SECURITY, "EX_SECURITY"},
     {EX_BAD_PARCELABLE, "EX_BAD_PARCELABLE"},
@@ -56,13 +56,13 @@ const Named* find(const Named (&table)[Count], int32_t value) {
 }
 
 binder_exception_t knownException(binder_exception_t exception) {
-    return find(kExceptions, exception) != nullptr ? exception : EX_TRANSACTION_FAILED;
+    return find(EXCEPTIONS, exception) != nullptr ? exception : EX_TRANSACTION_FAILED;
 }
 
 // What stands before the message: the service's code, or the name of the transport's status.
 std::string detailOf(const AStatus& status) {
     if (status.exception == EX_SERVICE_SPECIFIC) return std::to_string(status.serviceSpecific) + ": ";
-    if (status.exception == EX_TRANSACTION_FAILED) return std::string(find(kStatuses, status.transport)->name) + ": ";
+    if (status.exception == EX_TRANSACTION_FAILED) return std::string(find(STATUSES, status.transport)->name) + ": ";
     return {};
 }
 
@@ -71,7 +71,7 @@ std::string detailOf(const AStatus& status) {
 namespace binder {
 
 binder_status_t knownStatus(binder_status_t status) {
-    return find(kStatuses, status) != nullptr ? status : STATUS_UNKNOWN_ERROR;
+    return find(STATUSES, status) != nullptr ? status : STATUS_UNKNOWN_ERROR;
 }
 
 }  // namespace binder
@@ -129,7 +129,7 @@ const char* AStatus_getMessage(const AStatus* status) {
 const char* AStatus_getDescription(const AStatus* status) {
     if (AStatus_isOk(status)) return strdup("No error");
     const std::string text = "Status(" + std::to_string(status->exception) + ", " +
-                             find(kExceptions, status->exception)->name + "): '" + detailOf(*status) + status->message +
+                             find(EXCEPTIONS, status->exception)->name + "): '" + detailOf(*status) + status->message +
                              "'";
     return strdup(text.c_str());
 }

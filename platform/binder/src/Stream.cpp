@@ -43,7 +43,7 @@ Bytes Stream::run(const std::shared_ptr<Session>& session, const FrameHeader& he
     if (target.get() == nullptr) return refuse("called an object it does not have");
     const CallContext context(session->peer().pid, session->peer().uid, session.get(), this);
     binder_status_t status = target.get()->local()->dispatch(header.code, in, out);
-    if (status == STATUS_OK && out.transportSize() > kMaxCall) status = STATUS_FAILED_TRANSACTION;
+    if (status == STATUS_OK && out.transportSize() > MAX_CALL) status = STATUS_FAILED_TRANSACTION;
     if (status == STATUS_OK) status = session->objects().pack(out, *session);
     if (status != STATUS_OK) out.reset();
     if (!out.objects().empty()) mReplied = peersObjects(out);

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include "FrameBuffer.h"
 #include "Socket.h"
+
+#include <memory>
+#include <vector>
 
 namespace binder {
 

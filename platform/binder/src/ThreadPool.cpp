@@ -1,5 +1,9 @@
 #include "ThreadPool.h"
 
+#include "IoThread.h"
+#include "Limits.h"
+#include "Log.h"
+
 #include <android/binder_process.h>
 #include <android/log.h>
 #include <binder/peer.h>
@@ -7,10 +11,6 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-
-#include "IoThread.h"
-#include "Limits.h"
-#include "Log.h"
 
 namespace binder {
 namespace {
@@ -23,7 +23,7 @@ int inMilliseconds(Clock::duration time) {
 
 // Threads that wait for the same event at most: each byte that arrives before the first one runs wakes one more of
 // them.
-constexpr uint32_t kWaiting = 2;
+constexpr uint32_t WAITING = 2;
 
 }  // namespace
 
@@ -68,7 +68,7 @@ void ThreadPool::join() {
 
 void ThreadPool::run() {
     for (;;) {
-        if (mIdle.fetch_add(1) >= kWaiting) park();
+        if (mIdle.fetch_add(1) >= WAITING) park();
         const auto ready = mPoller.wait(-1);
         mTurns.fetch_add(1, std::memory_order_relaxed);
         // Before user's code: somebody else has to wait now.
@@ -122,11 +122,11 @@ void ThreadPool::watch() {
 int ThreadPool::tick() {
     if (!mIsWatched) return -1;
     if (mStartFailed && mIdle == 0) spawn();
-    if (mStartFailed && mIdle == 0) return inMilliseconds(kRetryTime);
+    if (mStartFailed && mIdle == 0) return inMilliseconds(RETRY_TIME);
     const auto now = Clock::now();
     const uint32_t turns = mTurns;
     const bool isNew = turns != mSeenTurns || mSeen == Clock::time_point();
-    if (!isNew && now - mSeen < kStallTime) return inMilliseconds(kStallTime - (now - mSeen));
+    if (!isNew && now - mSeen < STALL_TIME) return inMilliseconds(STALL_TIME - (now - mSeen));
     if (!isNew && !mStallTold && mIdle == 0 && mPoller.hasReady()) {
         warn("all %u binder threads are busy: calls wait", mThreads.load());
         mStallTold = true;
@@ -134,7 +134,7 @@ int ThreadPool::tick() {
     if (isNew) mStallTold = false;
     mSeenTurns = turns;
     mSeen = now;
-    if (mIdle == 0 || isNew) return inMilliseconds(kStallTime);
+    if (mIdle == 0 || isNew) return inMilliseconds(STALL_TIME);
     mIsWatched = false;
     return -1;
 }

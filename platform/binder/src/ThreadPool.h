@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Mutex.h"
+#include "Poller.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-
-#include "Mutex.h"
-#include "Poller.h"
 
 namespace binder {
 

@@ -5,8 +5,8 @@
 namespace binder {
 namespace {
 
-constexpr uint32_t kReplacement = 0xfffd;
-constexpr uint32_t kCut = 0xffffffff;
+constexpr uint32_t REPLACEMENT = 0xfffd;
+constexpr uint32_t CUT = 0xffffffff;
 
 // Bytes of the sequence that `lead` begins; 0 when it begins none.
 size_t sequenceLength(uint8_t lead) {
@@ -18,8 +18,8 @@ size_t sequenceLength(uint8_t lead) {
 
 // Overlong forms, surrogates and numbers past the last code point.
 bool isForbidden(uint32_t point, size_t length) {
-    constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
-    return point < kLeast[length] || (point >= 0xd800 && point < 0xe000) || point > 0x10ffff;
+    constexpr uint32_t LEAST[] = {0, 0, 0x80, 0x800, 0x10000};
+    return point < LEAST[length] || (point >= 0xd800 && point < 0xe000) || point > 0x10ffff;
 }
 
 // Takes one code point off the front; an invalid byte is taken alone.
@@ -28,17 +28,17 @@ uint32_t takeUtf8(std::string_view& text) {
     const size_t length = sequenceLength(lead);
     uint32_t point = length == 1 ? lead : lead & (0x7fU >> length);
     for (size_t i = 1; i < length; ++i) {
-        if (i == text.size()) return kCut;
+        if (i == text.size()) return CUT;
         const auto next = static_cast<uint8_t>(text[i]);
         if ((next & 0xc0) != 0x80) {
             text.remove_prefix(1);
-            return kReplacement;
+            return REPLACEMENT;
         }
         point = (point << 6) | (next & 0x3f);
     }
     const bool valid = length != 0 && !isForbidden(point, length);
     text.remove_prefix(valid ? length : 1);
-    return valid ? point : kReplacement;
+    return valid ? point : REPLACEMENT;
 }
 
 uint32_t unitAt(const uint8_t* utf16, size_t index) {
@@ -63,8 +63,8 @@ bool isLow(uint32_t unit) {
 // Takes one code point at `index`.
 uint32_t takeUtf16(const uint8_t* utf16, size_t units, size_t& index) {
     const uint32_t unit = unitAt(utf16, index++);
-    if (!isHigh(unit)) return isLow(unit) ? kReplacement : unit;
-    if (index == units || !isLow(unitAt(utf16, index))) return kReplacement;
+    if (!isHigh(unit)) return isLow(unit) ? REPLACEMENT : unit;
+    if (index == units || !isLow(unitAt(utf16, index))) return REPLACEMENT;
     return 0x10000 + ((unit - 0xd800) << 10) + (unitAt(utf16, index++) - 0xdc00);
 }
 
@@ -89,7 +89,7 @@ std::optional<size_t> utf16Length(std::string_view utf8) {
     size_t units = 0;
     while (!utf8.empty()) {
         const uint32_t point = takeUtf8(utf8);
-        if (point == kCut) return std::nullopt;
+        if (point == CUT) return std::nullopt;
         units += point < 0x10000 ? 1 : 2;
     }
     return units;

@@ -1,9 +1,9 @@
 #include <android/binder_process.h>
 
-#include <thread>
-
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
+
+#include <thread>
 
 namespace {
 

@@ -1,4 +1,10 @@
+#include "binder/src/Frame.h"
+#include "binder/tests/Peer.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+
 #include <android/binder_process.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
@@ -8,11 +14,6 @@
 
 #include <cstring>
 #include <future>
-
-#include "binder/src/Frame.h"
-#include "binder/tests/Peer.h"
-#include "tests/support/Await.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 
@@ -142,7 +143,7 @@ public:
         setsockopt(fd.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
         return fd;
     }
-    [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{kProtocol, kind, mKey}); }
+    [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{PROTOCOL, kind, mKey}); }
 
     /** A session: the control socket, a channel for each direction, a connection for calls, and the id of the service's
      * object. */
@@ -226,12 +227,12 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
         std::vector<int> passed;
         const char* reason;
     } cases[] = {
-        {bytesOf(Hello{kProtocol + 1, HelloKind::Open, unknown}), {}, "speaks another protocol"},
+        {bytesOf(Hello{PROTOCOL + 1, HelloKind::Open, unknown}), {}, "speaks another protocol"},
         {Bytes(24, 0xff), {}, "speaks another protocol"},
-        {bytesOf(Hello{kProtocol, static_cast<HelloKind>(99), unknown}), {}, "said a hello that makes no sense"},
-        {bytesOf(Hello{kProtocol, HelloKind::Root, unknown}), {}, "has no session"},
-        {bytesOf(Hello{kProtocol, HelloKind::Open, unknown}), {}, "opens a session without channels"},
-        {bytesOf(Hello{kProtocol, HelloKind::Open, unknown}),
+        {bytesOf(Hello{PROTOCOL, static_cast<HelloKind>(99), unknown}), {}, "said a hello that makes no sense"},
+        {bytesOf(Hello{PROTOCOL, HelloKind::Root, unknown}), {}, "has no session"},
+        {bytesOf(Hello{PROTOCOL, HelloKind::Open, unknown}), {}, "opens a session without channels"},
+        {bytesOf(Hello{PROTOCOL, HelloKind::Open, unknown}),
          {file.get(), own.get()},
          "opens a session without channels"},
         {mGood.hello(HelloKind::Open), {own.get(), services.get()}, "has a session already"},
@@ -262,7 +263,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     const Case cases[] = {
         {"size below the header", false, header(15, 0)},
         {"size of all bits", false, header(UINT32_MAX, 0)},
-        {"a byte over the limit", false, header(static_cast<uint32_t>(kMaxCall) + 17, 0)},
+        {"a byte over the limit", false, header(static_cast<uint32_t>(MAX_CALL) + 17, 0)},
         {"more offsets than bytes", false, header(16 + 8, 3)},
         {"too many objects", false, header(1 << 19, UINT16_MAX)},
         {"an unknown kind", false, frame(static_cast<FrameKind>(77), 1, ECHO)},
@@ -403,7 +404,7 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
         bad.lend();
         auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
         const Fd connection = bad.control.receivePassed();
-        EXPECT_EQ(kPingCode, connection.receive<FrameHeader>().code);
+        EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
         ASSERT_TRUE(connection.send(nonsense));
         EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
         EXPECT_TRUE(bad.channel.isClosed());
@@ -445,15 +446,15 @@ TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClose
     EXPECT_TRUE(silent.front().isClosed());
     const Fd again = mBad.connect();
     ASSERT_TRUE(again.send(mBad.hello(HelloKind::Identify)));
-    EXPECT_EQ(kProtocol, again.receive<HelloReply>().protocol);
+    EXPECT_EQ(PROTOCOL, again.receive<HelloReply>().protocol);
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRestIsRefused) {
     std::vector<Fd> calls;
-    for (int i = 0; i < kMaxServed; ++i) calls.push_back(mGood.openCalls());
+    for (int i = 0; i < MAX_SERVED; ++i) calls.push_back(mGood.openCalls());
     EXPECT_TRUE(calls.back().isClosed());
     std::vector<RawPeer> sessions;
-    for (int i = 1; i < kMaxSessions; ++i) {
+    for (int i = 1; i < MAX_SESSIONS; ++i) {
         sessions.emplace_back(mFolder);
         sessions.back().open(/*withCalls=*/false);
     }
@@ -478,7 +479,7 @@ TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothi
     EXPECT_TRUE(mGood.isServed());
     setrlimit(RLIMIT_NOFILE, &limit);
     ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
-    EXPECT_EQ(kProtocol, fd.receive<HelloReply>().protocol);
+    EXPECT_EQ(PROTOCOL, fd.receive<HelloReply>().protocol);
     EXPECT_LE(mLog.count("Binder", line), 3u);
 }
 

@@ -1,9 +1,10 @@
+#include "binder/tests/Echo.h"
+
 #include <android/binder_interface_utils.h>
 #include <android/binder_parcel_utils.h>
 #include <android/binder_process.h>
-#include <gtest/gtest.h>
 
-#include "binder/tests/Echo.h"
+#include <gtest/gtest.h>
 
 namespace {
 

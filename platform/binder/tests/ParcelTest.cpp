@@ -1,11 +1,12 @@
+#include "binder/tests/Echo.h"
+#include "tests/support/LogCapture.h"
+
 #include <android/binder_parcelable_utils.h>
 #include <android/binder_to_string.h>
+
 #include <gtest/gtest.h>
 
 #include <cstring>
-
-#include "binder/tests/Echo.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
 #include "binder/tests/Echo.h"
 #include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
 
 namespace test {
 

@@ -1,14 +1,15 @@
 // The other process of the tests. `serve NAME`: publishes an Echo; `single NAME`: with one thread. `lend NAME`: hands
 // one to the service and waits.
 
+#include "binder/tests/Echo.h"
+
 #include <android/binder_process.h>
+
 #include <signal.h>
 #include <sys/prctl.h>
 
 #include <cstdio>
 #include <cstring>
-
-#include "binder/tests/Echo.h"
 
 int main(int count, char** arguments) {
     if (count != 3) return 2;

@@ -1,5 +1,11 @@
+#include "binder/tests/Peer.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Threads.h"
+
 #include <android/binder_process.h>
 #include <device/LoopThread.h>
+
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
@@ -8,11 +14,6 @@
 #include <future>
 #include <memory>
 #include <set>
-
-#include "binder/tests/Peer.h"
-#include "tests/support/Await.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Threads.h"
 
 namespace {
 

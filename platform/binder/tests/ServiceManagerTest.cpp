@@ -1,13 +1,14 @@
+#include "binder/tests/Peer.h"
+#include "tests/support/LogCapture.h"
+
 #include <android/binder_process.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <chrono>
 #include <fstream>
 #include <future>
-
-#include "binder/tests/Peer.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 

@@ -1,16 +1,15 @@
 #include <device/DeviceLibrary.h>
 
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/LogCapture.h"
+
 #include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
 #include <string>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/DeviceFolder.h"
-#include "tests/support/LogCapture.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <device/DevicePath.h>
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 

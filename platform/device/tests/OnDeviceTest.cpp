@@ -2,11 +2,10 @@
 #include <device/DevicePath.h>
 
 #include <dlfcn.h>
+#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,14 +1,14 @@
 #include <cutils/properties.h>
 
-#include <atomic>
-#include <string>
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Threads.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/DeviceFolder.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/Threads.h"
+#include <atomic>
+#include <string>
 
 namespace {
 

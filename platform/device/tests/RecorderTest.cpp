@@ -1,5 +1,11 @@
 #include <device/Recorder.h>
 
+#include <device/RuntimeFolder.h>
+#include <device/TraceFile.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -15,12 +21,6 @@
 #include <thread>
 #include <tuple>
 #include <vector>
-
-#include <device/RuntimeFolder.h>
-#include <device/TraceFile.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <pthread.h>
 
 #define ATRACE_TAG ATRACE_TAG_HAL
 #include <cutils/trace.h>

@@ -28,12 +28,12 @@ ByteArray::ByteArray(const uint8_t* data, size_t size) : mValue(copyOf(data, siz
 ByteArray::ByteArray(std::vector<uint8_t> data) : mValue(std::move(data)) {}
 
 std::string ByteArray::toString() const {
-    static constexpr char kDigits[] = "0123456789abcdef";
+    static constexpr char DIGITS[] = "0123456789abcdef";
     std::string text;
     text.reserve(2 * mValue.size());
     for (const uint8_t byte : mValue) {
-        text.push_back(kDigits[byte >> 4]);
-        text.push_back(kDigits[byte & 0xf]);
+        text.push_back(DIGITS[byte >> 4]);
+        text.push_back(DIGITS[byte & 0xf]);
     }
     return text;
 }

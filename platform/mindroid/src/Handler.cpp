@@ -1,11 +1,11 @@
 #include <mindroid/Handler.h>
 
-#include <algorithm>
+#include "MessageQueue.h"
 
 #include <mindroid/Log.h>
 #include <mindroid/SystemClock.h>
 
-#include "MessageQueue.h"
+#include <algorithm>
 
 namespace mindroid {
 

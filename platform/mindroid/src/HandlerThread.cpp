@@ -1,11 +1,11 @@
 #include <mindroid/HandlerThread.h>
 
+#include <mindroid/Log.h>
+
 #include <pthread.h>
 
 #include <system_error>
 #include <utility>
-
-#include <mindroid/Log.h>
 
 namespace mindroid {
 
@@ -14,11 +14,11 @@ namespace {
 constexpr char TAG[] = "HandlerThread";
 
 // The most that the system keeps of a thread's name.
-constexpr size_t kMaxNameLength = 15;
+constexpr size_t MAX_NAME_LENGTH = 15;
 
 }  // namespace
 
-HandlerThread::HandlerThread(std::string name) : mName(std::move(name), 0, kMaxNameLength), mLooper(new Looper()) {}
+HandlerThread::HandlerThread(std::string name) : mName(std::move(name), 0, MAX_NAME_LENGTH), mLooper(new Looper()) {}
 
 HandlerThread::~HandlerThread() {
     mLooper->quit();

@@ -1,14 +1,14 @@
 #include <mindroid/Looper.h>
 
-#include <android/log.h>
-#include <pthread.h>
+#include "MessageQueue.h"
 
+#include <android/log.h>
 #include <device/LoopThread.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
 
-#include "MessageQueue.h"
+#include <pthread.h>
 
 namespace mindroid {
 

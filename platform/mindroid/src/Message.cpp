@@ -1,12 +1,12 @@
 #include <mindroid/Message.h>
 
-#include <utility>
+#include "MessageQueue.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/Log.h>
 #include <mindroid/Runnable.h>
 
-#include "MessageQueue.h"
+#include <utility>
 
 namespace mindroid {
 
@@ -33,7 +33,7 @@ void Message::setCallback(const sp<Runnable>& callback) {
 
 bool Message::sendToTarget() {
     if (!markSent()) return false;
-    if (mTarget != nullptr) return mTarget->enqueue(*this, MessageQueue::kNow);
+    if (mTarget != nullptr) return mTarget->enqueue(*this, MessageQueue::NOW);
     Log::w(TAG, "a message without a target can't be sent");
     mSent.store(false, std::memory_order_release);
     return false;

@@ -1,5 +1,12 @@
 #include "MessageQueue.h"
 
+#include "Clock.h"
+
+#include <device/LoopThread.h>
+#include <mindroid/Handler.h>
+#include <mindroid/Runnable.h>
+#include <mindroid/SystemClock.h>
+
 #include <linux/futex.h>
 #include <sys/syscall.h>
 #include <time.h>
@@ -9,26 +16,18 @@
 #include <utility>
 #include <vector>
 
-#include <device/LoopThread.h>
-
-#include <mindroid/Handler.h>
-#include <mindroid/Runnable.h>
-#include <mindroid/SystemClock.h>
-
-#include "Clock.h"
-
 namespace mindroid {
 
 namespace {
 
-constexpr uint64_t kNever = std::numeric_limits<uint64_t>::max();
+constexpr uint64_t NEVER = std::numeric_limits<uint64_t>::max();
 
 // Sleeps while the word is 1, until `deadline` in milliseconds of CLOCK_MONOTONIC at most. May return early.
 void futexWait(std::atomic<uint32_t>& word, uint64_t deadline) {
     timespec time{};
     time.tv_sec = static_cast<time_t>(deadline / 1000);
     time.tv_nsec = static_cast<long>(deadline % 1000) * 1'000'000;
-    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, 1, deadline == kNever ? nullptr : &time, nullptr,
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, 1, deadline == NEVER ? nullptr : &time, nullptr,
             FUTEX_BITSET_MATCH_ANY);
 }
 
@@ -44,7 +43,7 @@ bool MessageQueue::enqueue(Message& message, uint64_t dueTime) {
         const device::MutexLock lock(mLock);
         if (mClosed) return false;
         if (!mTimed.empty()) moveDueToReady();
-        if (dueTime == kNow || dueTime <= SystemClock::uptimeMillis()) {
+        if (dueTime == NOW || dueTime <= SystemClock::uptimeMillis()) {
             mReady.emplace_back(&message);
         } else {
             mTimed.emplace(dueTime, &message);
@@ -106,7 +105,7 @@ void MessageQueue::moveDueToReady() {
 }
 
 uint64_t MessageQueue::nextDue() const {
-    return mTimed.empty() ? kNever : mTimed.begin()->first;
+    return mTimed.empty() ? NEVER : mTimed.begin()->first;
 }
 
 // Whether output of this thread waited for the loop to have nothing to run.
@@ -122,7 +121,7 @@ bool MessageQueue::flushOutput() {
 void MessageQueue::sleep() {
     mAsleepUntil = nextDue();
     mAsleep.store(1, std::memory_order_relaxed);
-    const uint64_t deadline = mAsleepUntil == kNever ? kNever : clock::timeToLook(mAsleepUntil);
+    const uint64_t deadline = mAsleepUntil == NEVER ? NEVER : clock::timeToLook(mAsleepUntil);
     mLock.unlock();
     futexWait(mAsleep, deadline);
     mLock.lock();

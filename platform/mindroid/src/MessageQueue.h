@@ -1,13 +1,13 @@
 #pragma once
 
+#include <device/Mutex.h>
+#include <mindroid/Message.h>
+
 #include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-
-#include <device/Mutex.h>
-#include <mindroid/Message.h>
 
 namespace mindroid {
 
@@ -19,7 +19,7 @@ public:
     using Predicate = std::function<bool(const Message&)>;
 
     // Due at once, whatever the clock says.
-    static constexpr uint64_t kNow = 0;
+    static constexpr uint64_t NOW = 0;
 
     MessageQueue() = default;
     ~MessageQueue() { close(); }

@@ -6,7 +6,7 @@ namespace mindroid {
 
 namespace {
 // Holds the count up during the deletion, so that an sp taken then can't delete a second time.
-constexpr int32_t kDying = 1 << 30;
+constexpr int32_t DYING = 1 << 30;
 }  // namespace
 
 Object::~Object() = default;
@@ -28,7 +28,7 @@ void Object::firstReference() const {
 }
 
 void Object::lastReference() const {
-    mStrongCount.store(kDying, std::memory_order_relaxed);
+    mStrongCount.store(DYING, std::memory_order_relaxed);
     const_cast<Object*>(this)->onLastReference();
     delete this;
 }

@@ -1,10 +1,10 @@
 #include <mindroid/RegistrantList.h>
 
-#include <algorithm>
-
 #include <mindroid/Log.h>
 #include <mindroid/Message.h>
 #include <mindroid/Runnable.h>
+
+#include <algorithm>
 
 namespace mindroid {
 

@@ -1,8 +1,8 @@
 #include <mindroid/Runnable.h>
 
-#include <utility>
-
 #include <mindroid/Message.h>
+
+#include <utility>
 
 namespace mindroid {
 

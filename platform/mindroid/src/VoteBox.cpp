@@ -1,8 +1,8 @@
 #include <mindroid/VoteBox.h>
 
-#include <utility>
-
 #include <mindroid/Boxes.h>
+
+#include <utility>
 
 namespace mindroid {
 

@@ -1,18 +1,18 @@
 #include <mindroid/Handler.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
-
-#include <mindroid/HandlerThread.h>
-#include <mindroid/SystemClock.h>
-
 #include "LoopFixture.h"
 #include "mindroid/testing/ManualClock.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
+
+#include <mindroid/HandlerThread.h>
+#include <mindroid/SystemClock.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
 
 namespace mindroid {
 namespace {

@@ -1,8 +1,8 @@
 #include <mindroid/Log.h>
 
-#include <gtest/gtest.h>
-
 #include "tests/support/LogCapture.h"
+
+#include <gtest/gtest.h>
 
 namespace mindroid {
 namespace {

@@ -1,18 +1,18 @@
 #pragma once
 
-#include <atomic>
-#include <cstdint>
-#include <functional>
-#include <thread>
-#include <utility>
-#include <vector>
+#include "tests/support/Threads.h"
 
 #include <mindroid/Handler.h>
 #include <mindroid/Looper.h>
 #include <mindroid/Message.h>
 #include <mindroid/SystemClock.h>
 
-#include "tests/support/Threads.h"
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <thread>
+#include <utility>
+#include <vector>
 
 namespace test {
 

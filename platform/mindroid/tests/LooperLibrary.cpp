@@ -1,11 +1,11 @@
 // A library whose static initialiser starts a thread and waits for what it runs, for two seconds at most.
 
-#include <chrono>
-#include <future>
-
 #include <mindroid/Handler.h>
 #include <mindroid/HandlerThread.h>
 #include <mindroid/Looper.h>
+
+#include <chrono>
+#include <future>
 
 namespace {
 

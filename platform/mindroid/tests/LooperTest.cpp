@@ -1,5 +1,13 @@
 #include <mindroid/Looper.h>
 
+#include "LoopFixture.h"
+#include "tests/support/Await.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
+
+#include <device/LoopThread.h>
+#include <mindroid/HandlerThread.h>
+
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -9,15 +17,6 @@
 #include <memory>
 #include <string>
 #include <utility>
-
-#include <device/LoopThread.h>
-
-#include <mindroid/HandlerThread.h>
-
-#include "LoopFixture.h"
-#include "tests/support/Await.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/LooperThread.h"
 
 namespace mindroid {
 namespace {
@@ -53,7 +52,7 @@ TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItE
     private:
         const std::function<void()> mAtFlush;
     };
-    constexpr int32_t kFlush = 99;
+    constexpr int32_t FLUSH = 99;
     Seen* order = nullptr;
     sp<Probe> probe;
     EXPECT_EQ(nullptr, device::LoopThread::current()) << "no loop runs here";
@@ -64,7 +63,7 @@ TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItE
             device::LoopThread& loop = *device::LoopThread::current();
             if (loop.output == nullptr) {
                 loop.output = std::make_unique<Output>([&, flushes = 0]() mutable {
-                    order->push_back(kFlush);
+                    order->push_back(FLUSH);
                     test::send(probe, ++flushes == 1 ? 3 : 4);
                 });
             }
@@ -76,7 +75,7 @@ TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItE
         };
         for (const int32_t what : {1, 2}) test::send(probe, what);
     });
-    EXPECT_EQ(probe->seen, (Seen{1, 2, kFlush, 3, kFlush, 4, kFlush}));
+    EXPECT_EQ(probe->seen, (Seen{1, 2, FLUSH, 3, FLUSH, 4, FLUSH}));
 }
 
 // ---- During a dispatch. Each probe has 1, 2 and 3 pending; the action runs with 1, and QUIT is sent after it. ----

@@ -1,9 +1,9 @@
 #include <mindroid/Message.h>
 
-#include <gtest/gtest.h>
-
 #include "LoopFixture.h"
 #include "tests/support/LogCapture.h"
+
+#include <gtest/gtest.h>
 
 namespace mindroid {
 namespace {

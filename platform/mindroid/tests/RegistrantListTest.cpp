@@ -1,12 +1,12 @@
 #include <mindroid/RegistrantList.h>
 
-#include <gtest/gtest.h>
+#include "LoopFixture.h"
+#include "tests/support/LogCapture.h"
 
 #include <mindroid/Boxes.h>
 #include <mindroid/Looper.h>
 
-#include "LoopFixture.h"
-#include "tests/support/LogCapture.h"
+#include <gtest/gtest.h>
 
 namespace mindroid {
 namespace {

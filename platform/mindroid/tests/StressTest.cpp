@@ -1,17 +1,17 @@
 // Many threads on one looper: what is accepted either runs once or is dropped once, in each sender's order, and all
 // that messages held is let go.
 
-#include <gtest/gtest.h>
-
-#include <array>
+#include "LoopFixture.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/LooperThread.h"
 
 #include <mindroid/Boxes.h>
 #include <mindroid/HandlerThread.h>
 #include <mindroid/RegistrantList.h>
 
-#include "LoopFixture.h"
-#include "tests/support/LogCapture.h"
-#include "tests/support/LooperThread.h"
+#include <gtest/gtest.h>
+
+#include <array>
 
 namespace mindroid {
 namespace {

@@ -1,12 +1,12 @@
 #include <mindroid/VoteBox.h>
 
-#include <gtest/gtest.h>
-
-#include <thread>
+#include "LoopFixture.h"
 
 #include <mindroid/Boxes.h>
 
-#include "LoopFixture.h"
+#include <gtest/gtest.h>
+
+#include <thread>
 
 namespace mindroid {
 namespace {

@@ -115,8 +115,8 @@ class Writer:
         fields = ',\n'.join(f'        field({text(each.name)}, {text(each.doc)}, &R::{each.name})'
                             for each in it.members)
         return f'''template <>
-struct RecordTraits<package::{it.name}> {{
-    using R = package::{it.name};
+struct RecordTraits<interface::{it.name}> {{
+    using R = interface::{it.name};
     static constexpr const char* name = {text(it.name)};
     static constexpr std::tuple fields{{
 {fields}}};
@@ -129,8 +129,8 @@ struct RecordTraits<package::{it.name}> {{
             f'        method(I::TRANSACTION_{each.name}, {text(each.name)}, {text(each.doc)}, &I::{each.name}'
             f'{each_after_comma(text(argument.name) for argument in each.arguments)})' for each in it.members)
         return f'''template <>
-struct InterfaceTraits<package::{it.name}> {{
-    using I = package::{it.name};
+struct InterfaceTraits<interface::{it.name}> {{
+    using I = interface::{it.name};
     static constexpr const char* name = {text(it.name)};
     static constexpr bool oneway = {str(it.is_oneway).lower()};
     static constexpr std::tuple methods{{
@@ -143,13 +143,13 @@ struct InterfaceTraits<package::{it.name}> {{
         methods = ''
         for each in it.members:
             given = each_after_comma(f'in_{argument.name}' for argument in each.arguments)
-            methods += f'''    {STATUS} {self.signature(each, 'package::')} override {{
+            methods += f'''    {STATUS} {self.signature(each, 'interface::')} override {{
         return static_cast<Derived*>(this)->onCall(methodOf<I, I::TRANSACTION_{each.name}>(){given});
     }}
 '''
         return f'''template <class Derived>
-class Sink<package::{it.name}, Derived> : public package::Bn{it.name[1:]} {{
-    using I = package::{it.name};
+class Sink<interface::{it.name}, Derived> : public interface::Bn{it.name[1:]} {{
+    using I = interface::{it.name};
 
 public:
 {methods}}};
@@ -188,8 +188,8 @@ public:
         self.fill('Table', folder / 'stubs' / 'Table.h', 'the .aidl files', {
             'includes': self.includes(each.name for each in self.all),
             'traits': ''.join([*map(self.record_traits, records), *map(self.interface_traits, interfaces)]),
-            'records': ', '.join(f'package::{each.name}' for each in records),
-            'interfaces': ', '.join(f'package::{each.name}' for each in interfaces)})
+            'records': ', '.join(f'interface::{each.name}' for each in records),
+            'interfaces': ', '.join(f'interface::{each.name}' for each in interfaces)})
         self.fill('Sinks', folder / 'stubs' / 'Sinks.h', 'the .aidl files', {
             'includes': self.includes(f'Bn{each.name[1:]}' for each in interfaces),
             'sinks': ''.join(map(self.sink, interfaces))})

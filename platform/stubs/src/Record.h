@@ -1,13 +1,13 @@
 #pragma once
 
+#include "stubs/Text.h"
+
 #include <android/binder_parcel.h>
 #include <android/binder_parcel_utils.h>
 
 #include <cstdint>
 #include <sstream>
 #include <string>
-
-#include "stubs/Text.h"
 
 // How a record stands in a parcel and in a text. Reading is safe on any input.
 namespace subsys_stubs {

@@ -1,9 +1,14 @@
+#include "stubs/tests/RecordingSubsys.h"
+#include "stubs/tests/Samples.h"
+#include "stubs/tests/Words.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcIndication.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpImsOrtcResponse.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsys.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysIccMetaCallback.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysIndication.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/BpSubsysResponse.h>
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -11,16 +16,12 @@
 #include <tuple>
 #include <vector>
 
-#include "stubs/tests/RecordingSubsys.h"
-#include "stubs/tests/Samples.h"
-#include "stubs/tests/Words.h"
-
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 namespace {
 
 using namespace stubs_test;
 
-constexpr uint32_t kGetVersion = 0x00FFFFFF;
+constexpr uint32_t GET_VERSION = 0x00FFFFFF;
 
 // An object of an interface without the stubs: a function sees each transaction.
 class RawObject {
@@ -159,7 +160,7 @@ TEST_F(ServedSubsys, Transact_WhenTheCodeIsOfNoMethod_ThenUnknownTransactionOrTh
         EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, transact(mBinder, code, {1, 2, 3})) << code;
     }
     ndk::ScopedAParcel reply;
-    ASSERT_EQ(STATUS_OK, transact(mBinder, kGetVersion, {}, &reply));
+    ASSERT_EQ(STATUS_OK, transact(mBinder, GET_VERSION, {}, &reply));
     AParcel_setDataPosition(reply.get(), 0);
     EXPECT_EQ((Words{0, 5}), wordsOf(reply.get()));
 }
@@ -197,7 +198,7 @@ TEST(Proxy, Version_WhenAskedAgain_ThenOneTransactionAndFailuresAreNotKept) {
     RawObject raw(ISubsys::descriptor, [&](uint32_t code, const AParcel*, AParcel* out) {
         if (++asked == 1 || asked == 3) return static_cast<binder_status_t>(STATUS_FAILED_TRANSACTION);
         succeed(out);
-        return code == kGetVersion ? AParcel_writeInt32(out, 4) : AParcel_writeString(out, "old", 3);
+        return code == GET_VERSION ? AParcel_writeInt32(out, 4) : AParcel_writeString(out, "old", 3);
     });
     const auto proxy = ndk::SharedRefBase::make<BpSubsys>(raw.binder());
     int32_t version = 0;

@@ -1,14 +1,15 @@
-#include <gtest/gtest.h>
+#include "stubs/tests/Samples.h"
+#include "stubs/tests/Words.h"
+
 #include <stubs/Table.h>
+
+#include <gtest/gtest.h>
 
 #include <climits>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "stubs/tests/Samples.h"
-#include "stubs/tests/Words.h"
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 namespace {

@@ -11,10 +11,10 @@
 
 namespace stubs_test {
 
-namespace binder = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
+namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 // A service that notes each call: "getLcdInfo(1, 2)". Not for calls from several threads at once.
-class RecordingSubsys : public subsys_stubs::Sink<binder::ISubsys, RecordingSubsys> {
+class RecordingSubsys : public subsys_stubs::Sink<interface::ISubsys, RecordingSubsys> {
 public:
     std::vector<std::string> calls;
     std::function<ndk::ScopedAStatus()> answer = [] { return ndk::ScopedAStatus::ok(); };

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "tests/support/Await.h"
+#include "tests/support/ChildProcess.h"
+
 #include <android/binder_auto_utils.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -7,9 +10,6 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
-
-#include "tests/support/Await.h"
-#include "tests/support/ChildProcess.h"
 
 namespace test {
 

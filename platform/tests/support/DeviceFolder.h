@@ -1,11 +1,11 @@
 #pragma once
 
+#include "tests/support/TempFolder.h"
+
 #include <sys/stat.h>
 
 #include <fstream>
 #include <string_view>
-
-#include "tests/support/TempFolder.h"
 
 namespace test {
 

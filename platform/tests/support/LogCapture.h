@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Await.h"
+
 #include <android/log.h>
 
 #include <algorithm>
@@ -9,8 +11,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "tests/support/Await.h"
 
 namespace test {
 

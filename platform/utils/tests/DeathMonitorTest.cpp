@@ -1,9 +1,5 @@
 #include <utils/DeathMonitor.h>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <mindroid/Boxes.h>
-
 #include "tests/support/Await.h"
 #include "tests/support/ClientProcess.h"
 #include "tests/support/LooperThread.h"
@@ -11,13 +7,18 @@
 #include "tests/support/SubsysClient.h"
 #include "tests/support/Threads.h"
 
+#include <mindroid/Boxes.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 namespace {
 
 using mindroid::sp;
 using subsys_utils::DeathMonitor;
 using testing::ElementsAre;
 
-using Response = test::pkg::ISubsysResponse;
+using Response = test::interface::ISubsysResponse;
 
 constexpr int32_t WHAT = 7;
 
@@ -130,7 +131,7 @@ TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
     const auto watched = monitor();
     for (const std::shared_ptr<ndk::ICInterface>& callback :
          {std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::SubsysResponseClient>()),
-          std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::pkg::ISubsysResponseDefault>()),
+          std::shared_ptr<ndk::ICInterface>(ndk::SharedRefBase::make<test::interface::ISubsysResponseDefault>()),
           std::shared_ptr<ndk::ICInterface>()}) {
         const auto before = first.callback<Response>();
         const long holders = before.use_count();

@@ -5,6 +5,7 @@
 
 #include <android/binder_parcel.h>
 #include <android/binder_status.h>
+
 #include <stddef.h>
 #include <stdint.h>
 #include <sys/types.h>

@@ -6,6 +6,7 @@
 
 #include <android/binder_ibinder.h>
 #include <android/binder_status.h>
+
 #include <stdbool.h>
 
 #ifdef __cplusplus

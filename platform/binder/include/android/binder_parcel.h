@@ -7,6 +7,7 @@
 // it.
 
 #include <android/binder_status.h>
+
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>

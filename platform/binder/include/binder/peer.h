@@ -3,6 +3,7 @@
 // What this platform knows beyond the NDK, for tools that help to debug.
 
 #include <android/binder_ibinder.h>
+
 #include <sys/types.h>
 
 #include <cstdint>

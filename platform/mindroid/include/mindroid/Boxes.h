@@ -1,11 +1,11 @@
 #pragma once
 
+#include <mindroid/Object.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include <mindroid/Object.h>
 
 namespace mindroid {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
 #include <mindroid/Looper.h>
 #include <mindroid/Message.h>
 #include <mindroid/Object.h>
 #include <mindroid/Runnable.h>
+
+#include <cstdint>
 
 namespace mindroid {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <string>
-#include <thread>
-
 #include <mindroid/Looper.h>
 #include <mindroid/Object.h>
+
+#include <string>
+#include <thread>
 
 namespace mindroid {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <memory>
-
 #include <mindroid/Object.h>
+
+#include <memory>
 
 namespace mindroid {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <mindroid/Object.h>
+
 #include <atomic>
 #include <cstdint>
-
-#include <mindroid/Object.h>
 
 namespace mindroid {
 

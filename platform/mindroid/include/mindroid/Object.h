@@ -1,9 +1,9 @@
 #pragma once
 
+#include <mindroid/sp.h>
+
 #include <atomic>
 #include <cstdint>
-
-#include <mindroid/sp.h>
 
 namespace mindroid {
 

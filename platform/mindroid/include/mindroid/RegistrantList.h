@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <vector>
-
 #include <device/Mutex.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Object.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace mindroid {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <functional>
-
 #include <mindroid/Object.h>
+
+#include <functional>
 
 namespace mindroid {
 

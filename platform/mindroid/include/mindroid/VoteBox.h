@@ -1,10 +1,10 @@
 #pragma once
 
-#include <vector>
-
 #include <device/Mutex.h>
 #include <mindroid/Object.h>
 #include <mindroid/Runnable.h>
+
+#include <vector>
 
 namespace mindroid {
 

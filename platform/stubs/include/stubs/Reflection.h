@@ -81,9 +81,9 @@ constexpr void forEachMethod(Visitor&& visitor) {
 
 template <class I, uint32_t code>
 constexpr const auto& methodOf() {
-    constexpr auto& kMethod = std::get<code - 1>(InterfaceTraits<I>::methods);
-    static_assert(kMethod.code == code, "the codes are 1, 2, 3...");
-    return kMethod;
+    constexpr auto& METHOD = std::get<code - 1>(InterfaceTraits<I>::methods);
+    static_assert(METHOD.code == code, "the codes are 1, 2, 3...");
+    return METHOD;
 }
 
 }  // namespace subsys_stubs

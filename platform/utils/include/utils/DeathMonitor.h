@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
 #include <android/binder_interface_utils.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Object.h>
+
+#include <cstdint>
+#include <memory>
 
 namespace subsys_utils {
 
