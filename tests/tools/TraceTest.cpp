@@ -27,7 +27,6 @@ namespace {
 
 using device::MarkKind;
 using device::Trace;
-using device::TraceMark;
 using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -86,6 +86,7 @@ binder_status_t answerDump(AIBinder* local, const AParcel& in, AParcel& out) {
     const UniqueFd file(memfd_create("dump", MFD_CLOEXEC));
     if (!file.isValid()) return -errno;
     std::vector<const char*> pointers;
+    pointers.reserve(arguments.size());
     for (const std::string& each : arguments) pointers.push_back(each.c_str());
     const binder_status_t dumped =
         AIBinder_dump(local, file.get(), pointers.data(), static_cast<uint32_t>(pointers.size()));

@@ -13,7 +13,7 @@
 namespace binder {
 namespace {
 
-constexpr size_t STACK = 512 * 1024;
+constexpr size_t STACK = size_t{512} * 1024;
 
 class Wake final : public Pollable {
 public:
