@@ -71,7 +71,7 @@ void Inbox::onReady(uint32_t events) {
     const auto session = mSession.shared_from_this();
     FrameBuffer::Scratch scratch;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mBuffer.wake((events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0);
     }
     for (int turn = 0; turn < MAX_TURNS; ++turn) {
@@ -82,7 +82,7 @@ void Inbox::onReady(uint32_t events) {
         if (work.isClosed || work.breach != nullptr) return session->bury();
         if (!work.isMore) return;
     }
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     handOn(true);
 }
 
@@ -91,7 +91,7 @@ void Inbox::onNoMemory() {
 }
 
 void Inbox::next(FrameBuffer::Scratch& scratch, Work& work) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     takeAll(scratch, work);
     mBuffer.keep();
 }

@@ -53,7 +53,7 @@ IoThread& IoThread::instance() {
 }
 
 bool IoThread::start() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mStarted) return true;
     raiseDescriptorLimit();
     if (!mPoller.open()) return false;

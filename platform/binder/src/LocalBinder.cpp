@@ -55,7 +55,7 @@ binder_status_t LocalBinder::dispatchOwn(uint32_t code, const AParcel& in, AParc
 }
 
 bool LocalBinder::enterOneway(OnewayCall& call) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mIsOnewayRunning) {
         mOneways.push_back(std::move(call));
         return false;
@@ -70,7 +70,7 @@ void LocalBinder::runOneways(OnewayCall& call) {
 }
 
 std::optional<OnewayCall> LocalBinder::nextOneway() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mOneways.empty()) {
         mIsOnewayRunning = false;
         return std::nullopt;
@@ -92,12 +92,12 @@ void LocalBinder::runOneway(OnewayCall& call) {
 }
 
 ndk::SpAIBinder LocalBinder::extension() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     return mExtension;
 }
 
 void LocalBinder::setExtension(ndk::SpAIBinder extension) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     std::swap(mExtension, extension);
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "IBinder.h"
-#include "Mutex.h"
 #include "Parcel.h"
+
+#include <device/Mutex.h>
 
 #include <cstdint>
 #include <deque>
@@ -55,10 +56,10 @@ private:
     const AIBinder_Class* const mClass;
     void* const mUserData;
 
-    Mutex mLock;
-    bool mIsOnewayRunning GUARDED_BY(mLock) = false;
-    std::deque<OnewayCall> mOneways GUARDED_BY(mLock);
-    ndk::SpAIBinder mExtension GUARDED_BY(mLock);
+    device::Mutex mLock;
+    bool mIsOnewayRunning SUBSYS_GUARDED_BY(mLock) = false;
+    std::deque<OnewayCall> mOneways SUBSYS_GUARDED_BY(mLock);
+    ndk::SpAIBinder mExtension SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace binder

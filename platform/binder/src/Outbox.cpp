@@ -31,7 +31,7 @@ uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
 
 binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     const size_t cost = frame.size() + ONEWAY_OVERHEAD;
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) {
@@ -48,7 +48,7 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
 }
 
 bool Outbox::send(Bytes frame) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mEnded) return false;
     if (mQueue.size() <= MAX_UNREAD) return write(frame);
     warn("process %d does not read what is given back to it", mPid);
@@ -77,7 +77,7 @@ void Outbox::flushDeferred() {
     if (!mIsDeferred.load(std::memory_order_acquire)) return;
     bool isBroken = false;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         isBroken = !mEnded && !mIsStalled && !flush();
     }
     if (isBroken) end();
@@ -92,7 +92,7 @@ bool Outbox::watch() {
 void Outbox::onReady(uint32_t) {
     bool isBroken = false;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mIsStalled = false;
         isBroken = !mEnded && !flush();
     }
@@ -143,7 +143,7 @@ void Outbox::reportLost() {
 void Outbox::end() {
     PollKey key = 0;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mEnded = true;
         key = std::exchange(mKey, 0);
         mLost += callsIn(mQueue, mWritten);

@@ -7,6 +7,8 @@
 #include "RemoteBinder.h"
 #include "ServedConnection.h"
 
+#include <device/Mutex.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -16,8 +18,8 @@ namespace binder {
 namespace {
 
 struct Sessions {
-    Mutex lock;
-    std::vector<std::shared_ptr<Session>> all GUARDED_BY(lock);
+    device::Mutex lock;
+    std::vector<std::shared_ptr<Session>> all SUBSYS_GUARDED_BY(lock);
 };
 
 Sessions& sessions() {
@@ -47,7 +49,7 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
     auto session =
         std::make_shared<Session>(peer, std::move(control), std::move(in), std::move(out), std::move(*charge));
     {
-        const Lock lock(sessions().lock);
+        const device::MutexLock lock(sessions().lock);
         sessions().all.push_back(session);
     }
     if (session->mControl.start() && session->mIn.start()) return session;
@@ -59,7 +61,7 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
 
 std::shared_ptr<Session> Session::find(const Key& process, pid_t pid) {
     Sessions& known = sessions();
-    const Lock lock(known.lock);
+    const device::MutexLock lock(known.lock);
     for (const auto& each : known.all) {
         if (each->mPeer.process == process && each->mPeer.pid == pid) return each;
     }
@@ -90,7 +92,7 @@ binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
 void Session::flushAll() {
     std::vector<std::shared_ptr<Session>> all;
     {
-        const Lock lock(sessions().lock);
+        const device::MutexLock lock(sessions().lock);
         all = sessions().all;
     }
     for (const auto& each : all) each->flush();
@@ -112,14 +114,14 @@ binder_status_t Session::onLost() {
 }
 
 bool Session::addServed(const std::shared_ptr<ServedConnection>& connection) {
-    const Lock lock(mServedLock);
+    const device::MutexLock lock(mServedLock);
     if (!isAlive()) return false;
     mServed.push_back(connection);
     return true;
 }
 
 void Session::removeServed(const ServedConnection& connection) {
-    const Lock lock(mServedLock);
+    const device::MutexLock lock(mServedLock);
     std::erase_if(mServed, [&](const auto& each) {
         const auto held = each.lock();
         return held == nullptr || held.get() == &connection;
@@ -135,7 +137,7 @@ void Session::end(const char* breach) {
     }
     {
         const auto self = shared_from_this();
-        const Lock lock(sessions().lock);
+        const device::MutexLock lock(sessions().lock);
         std::erase(sessions().all, self);
     }
     mControl.end();
@@ -144,7 +146,7 @@ void Session::end(const char* breach) {
     mCalls.end();
     std::vector<std::weak_ptr<ServedConnection>> served;
     {
-        const Lock lock(mServedLock);
+        const device::MutexLock lock(mServedLock);
         served = mServed;
     }
     for (const auto& each : served) {

@@ -7,6 +7,8 @@
 #include "Outbox.h"
 #include "PeerCosts.h"
 
+#include <device/Mutex.h>
+
 #include <sys/types.h>
 
 #include <atomic>
@@ -83,8 +85,8 @@ private:
     std::atomic<bool> mFailed{false};
     std::atomic<bool> mBuried{false};
 
-    Mutex mServedLock;
-    std::vector<std::weak_ptr<ServedConnection>> mServed GUARDED_BY(mServedLock);
+    device::Mutex mServedLock;
+    std::vector<std::weak_ptr<ServedConnection>> mServed SUBSYS_GUARDED_BY(mServedLock);
 };
 
 }  // namespace binder

@@ -33,7 +33,7 @@ ThreadPool& ThreadPool::instance() {
 }
 
 bool ThreadPool::open() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mIsOpen) return true;
     if (!mPoller.open() || !IoThread::instance().start()) return false;
     IoThread::instance().addTicker([] { return ThreadPool::instance().tick(); });
@@ -42,7 +42,7 @@ bool ThreadPool::open() {
 }
 
 bool ThreadPool::setMaxThreads(uint32_t count) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mStarted) return false;
     mMax = count;
     return true;
@@ -79,7 +79,7 @@ void ThreadPool::run() {
 
 // Sleeps until it is needed to wait.
 void ThreadPool::park() {
-    Lock lock(mLock);
+    device::MutexLock lock(mLock);
     if (mIdle.fetch_sub(1) > 1) {
         ++mParked;
         while (mPromoted == 0) lock.wait(mPromotion);
@@ -90,7 +90,7 @@ void ThreadPool::park() {
 
 void ThreadPool::promote() {
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         if (mParked != 0) {
             --mParked;
             ++mPromoted;
@@ -102,7 +102,7 @@ void ThreadPool::promote() {
 
 void ThreadPool::spawn() {
     const auto body = [](void* pool) -> void* { static_cast<ThreadPool*>(pool)->run(); };
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (!mMayGrow) return;
     const int error = startThread("binder", body, this);
     mStartFailed = error != 0;

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Poller.h"
+
+#include <device/Mutex.h>
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 
 namespace binder {
@@ -40,13 +42,13 @@ private:
     [[nodiscard]] int tick();
 
     Poller mPoller;
-    Mutex mLock;
-    uint32_t mMax GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
-    uint32_t mSpawned GUARDED_BY(mLock) = 0;  // the first one counted
-    uint32_t mParked GUARDED_BY(mLock) = 0;
-    uint32_t mPromoted GUARDED_BY(mLock) = 0;  // that have not noticed yet
+    device::Mutex mLock;
+    uint32_t mMax SUBSYS_GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
+    uint32_t mSpawned SUBSYS_GUARDED_BY(mLock) = 0;  // the first one counted
+    uint32_t mParked SUBSYS_GUARDED_BY(mLock) = 0;
+    uint32_t mPromoted SUBSYS_GUARDED_BY(mLock) = 0;  // that have not noticed yet
     std::condition_variable mPromotion;
-    bool mIsOpen GUARDED_BY(mLock) = false;
+    bool mIsOpen SUBSYS_GUARDED_BY(mLock) = false;
     std::atomic<bool> mMayGrow{false};  // started, and not all threads are there
     std::atomic<bool> mStarted{false};
     std::atomic<uint32_t> mThreads{0};  // that run, joined ones counted
