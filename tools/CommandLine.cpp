@@ -73,6 +73,19 @@ void addDump(CLI::App& app, std::vector<Step>& steps) {
     });
 }
 
+void addLog(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand("log", "Change from which level on the daemon logs\n  log debug");
+    const auto level = std::make_shared<std::string>();
+    verb->group(INSIDE)->immediate_callback();
+    verb->add_option("LEVEL", *level, "debug, info, warn or error")
+        ->required()
+        ->check(CLI::IsMember({"debug", "info", "warn", "error"}));
+    verb->callback([&steps, level] {
+        const auto setLevel = [level = *level](Session& session) { return session.dump({"log", level.c_str()}); };
+        steps.push_back({false, false, {}, setLevel, {}});
+    });
+}
+
 // The parsed flags and the options that the step keeps.
 struct WatchArguments {
     bool ims = false;
@@ -206,6 +219,7 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addStatus(app, commandLine.steps);
     addRegistrations(app, commandLine.steps);
     addDump(app, commandLine.steps);
+    addLog(app, commandLine.steps);
     addTrace(app, commandLine.steps);
     addRequests(app, commandLine);
     addNew(app, commandLine.steps);

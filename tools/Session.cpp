@@ -228,11 +228,13 @@ int Session::status() {
     return OK;
 }
 
-int Session::dump() {
+int Session::dump(const std::vector<const char*>& arguments) {
     const CallTimer timer(mTimeout);
     const std::unique_ptr<FILE, int (*)(FILE*)> file(std::tmpfile(), std::fclose);
     if (!file) return fail(NO_ANSWER, std::string("dump: no temporary file: ") + std::strerror(errno));
-    const binder_status_t status = AIBinder_dump(mService->asBinder().get(), fileno(file.get()), nullptr, 0);
+    const binder_status_t status =
+        AIBinder_dump(mService->asBinder().get(), fileno(file.get()), const_cast<const char**>(arguments.data()),
+                      static_cast<uint32_t>(arguments.size()));
     if (status != STATUS_OK) return failCall("dump", ndk::ScopedAStatus::fromStatus(status));
     std::rewind(file.get());
     std::string text;

@@ -76,8 +76,16 @@ TEST_F(System, Request_WhenSent_ThenItsAnswer) {
     start();
     const Command commands[] = {
         {"status", 0, {"served [^\n]*version=5 [^\n]*pid=" + std::to_string(mDaemon->pid())}},
-        {"dump", 0, {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, "}},
+        {"dump",
+         0,
+         {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, ", "daemon.log-level: debug\n",
+          "looper.[0-9]: subsysd, thread " + std::to_string(mDaemon->pid()) +
+              ", [0-9]+ waiting, (idle|runs [^\n]* ms)\n",
+          "looper.[0-9]: IccProxy, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
+          "peer.[0-9]+: 0 calls waiting, [0-9]+ bytes unread, 0 undelivered\n"}},
         {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
+        {"log loud", 2, {"LEVEL: loud not in"}},
+        {"log error log debug", 0, {"daemon.log-level: error\ndaemon.log-level: debug\n"}},
         {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
         {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},
         {"--json --serial 7 get-lcd-info get-nvram-data --id 7 --size 16",
