@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace subsysctl {
 
@@ -43,8 +44,8 @@ public:
     int request(const Request& request);
     int watch(const WatchOptions& options);
     int status();
-    // The service's own state, line for line.
-    int dump();
+    // The service's own state, line for line, or what it answers to these arguments of a dump.
+    int dump(const std::vector<const char*>& arguments = {});
 
 private:
     int fail(ExitCode code, const std::string& message) const;

@@ -5,7 +5,9 @@
 #include "Limits.h"
 #include "Log.h"
 
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 
 #include <algorithm>
 #include <array>
@@ -137,7 +139,19 @@ bool Outbox::isPeerGone(std::chrono::milliseconds within) const {
 
 void Outbox::reportLost() {
     info("%llu oneway calls to process %d were not delivered", static_cast<unsigned long long>(mLost), mPid);
-    mLost = 0;
+    mReported += std::exchange(mLost, 0);
+}
+
+uint64_t Outbox::unreadBytes() {
+    int inKernel = 0;
+    const device::MutexLock lock(mLock);
+    if (ioctl(mFd.get(), SIOCOUTQ, &inKernel) != 0) inKernel = 0;
+    return static_cast<uint64_t>(inKernel) + mQueue.size() - mWritten;
+}
+
+uint64_t Outbox::undelivered() {
+    const device::MutexLock lock(mLock);
+    return mReported + mLost;
 }
 
 void Outbox::end() {

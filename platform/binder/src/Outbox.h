@@ -30,6 +30,10 @@ public:
     // Writes the calls that wait for more, so that what is sent on another socket now does not overtake them.
     void flushDeferred();
 
+    // What the peer has not read yet, and how many oneway calls to it failed because it was too slow.
+    [[nodiscard]] uint64_t unreadBytes();
+    [[nodiscard]] uint64_t undelivered();
+
     // Whether the peer's process ends within this time.
     [[nodiscard]] bool isPeerGone(std::chrono::milliseconds within) const;
     // Closes it for both sides, and says what was not delivered.
@@ -60,7 +64,8 @@ private:
     uint64_t mPosted SUBSYS_GUARDED_BY(mLock) = 0;         // bytes of oneway calls
     Ack mAcked SUBSYS_GUARDED_BY(mLock) = 0;
     std::vector<uint8_t> mAckBytes SUBSYS_GUARDED_BY(mLock);
-    uint64_t mLost SUBSYS_GUARDED_BY(mLock) = 0;  // oneway calls
+    uint64_t mLost SUBSYS_GUARDED_BY(mLock) = 0;      // oneway calls that no line was written about
+    uint64_t mReported SUBSYS_GUARDED_BY(mLock) = 0;  // those that one was
 };
 
 }  // namespace binder

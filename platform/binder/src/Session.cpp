@@ -59,6 +59,11 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
     return nullptr;
 }
 
+std::vector<std::shared_ptr<Session>> Session::all() {
+    const device::MutexLock lock(sessions().lock);
+    return sessions().all;
+}
+
 std::shared_ptr<Session> Session::find(const Key& process, pid_t pid) {
     Sessions& known = sessions();
     const device::MutexLock lock(known.lock);
@@ -90,12 +95,7 @@ binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
 }
 
 void Session::flushAll() {
-    std::vector<std::shared_ptr<Session>> all;
-    {
-        const device::MutexLock lock(sessions().lock);
-        all = sessions().all;
-    }
-    for (const auto& each : all) each->flush();
+    for (const auto& each : all()) each->flush();
 }
 
 void Session::release(uint32_t target, uint64_t count) {
@@ -126,6 +126,16 @@ void Session::removeServed(const ServedConnection& connection) {
         const auto held = each.lock();
         return held == nullptr || held.get() == &connection;
     });
+}
+
+uint32_t Session::waitingCalls() {
+    const device::MutexLock lock(mServedLock);
+    const auto waits = [](const auto& each) {
+        const auto connection = each.lock();
+        return connection != nullptr && hasUnread(connection->fd());
+    };
+    const auto calls = std::count_if(mServed.begin(), mServed.end(), waits);
+    return static_cast<uint32_t>(calls) + (hasUnread(mIn.fd()) ? 1 : 0);
 }
 
 void Session::end(const char* breach) {

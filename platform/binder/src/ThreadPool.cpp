@@ -66,6 +66,17 @@ void ThreadPool::join() {
     run();
 }
 
+uint32_t ThreadPool::idle() {
+    const device::MutexLock lock(mLock);
+    return mIdle + mParked;
+}
+
+uint32_t ThreadPool::limit() {
+    const device::MutexLock lock(mLock);
+    const uint32_t own = mStarted ? mMax + 1 : 0;
+    return own + mThreads - mSpawned;
+}
+
 void ThreadPool::run() {
     for (;;) {
         if (mIdle.fetch_add(1) >= WAITING) park();
@@ -153,7 +164,8 @@ void ABinderProcess_joinThreadPool() {
     binder::ThreadPool::instance().join();
 }
 
-void ABinderProcess_getThreadUsage(uint32_t* threads, uint32_t* idle) {
+void ABinderProcess_getThreadUsage(uint32_t* threads, uint32_t* idle, uint32_t* limit) {
     *threads = binder::ThreadPool::instance().threads();
     *idle = binder::ThreadPool::instance().idle();
+    *limit = binder::ThreadPool::instance().limit();
 }

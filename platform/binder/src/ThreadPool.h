@@ -28,7 +28,10 @@ public:
     [[noreturn]] void join();
 
     [[nodiscard]] uint32_t threads() const { return mThreads; }
-    [[nodiscard]] uint32_t idle() const { return mIdle; }
+    // Those that run no call.
+    [[nodiscard]] uint32_t idle();
+    // How many there may be.
+    [[nodiscard]] uint32_t limit();
 
 private:
     ThreadPool() = default;
@@ -52,8 +55,8 @@ private:
     std::atomic<bool> mMayGrow{false};  // started, and not all threads are there
     std::atomic<bool> mStarted{false};
     std::atomic<uint32_t> mThreads{0};  // that run, joined ones counted
-    std::atomic<uint32_t> mIdle{0};
-    std::atomic<uint32_t> mTurns{0};  // times that a thread was woken
+    std::atomic<uint32_t> mIdle{0};     // that wait on the poller
+    std::atomic<uint32_t> mTurns{0};    // times that a thread was woken
     std::atomic<bool> mIsWatched{false};
     std::atomic<bool> mStartFailed{false};
     uint32_t mSeenTurns = 0;  // the I/O thread's

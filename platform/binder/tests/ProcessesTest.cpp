@@ -4,6 +4,7 @@
 #include "tests/support/Threads.h"
 
 #include <android/binder_process.h>
+#include <binder/peer.h>
 #include <device/LoopThread.h>
 
 #include <fcntl.h>
@@ -350,6 +351,16 @@ TEST_F(ProcessesTest, Oneway_WhenAHandlerBlocks_ThenOtherObjectsAreServedAndItsO
     EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
 }
 
+ABinderProcess_Peer peer(pid_t pid) {
+    ABinderProcess_Peer found{.pid = pid, .waitingCalls = 0, .unreadBytes = 0, .undelivered = 0};
+    const auto find = [](const ABinderProcess_Peer* each, void* cookie) {
+        auto& wanted = *static_cast<ABinderProcess_Peer*>(cookie);
+        if (each->pid == wanted.pid) wanted = *each;
+    };
+    ABinderProcess_forEachPeer(find, &found);
+    return found;
+}
+
 /** `onLoop`: as a message loop's thread that has no time to sleep. */
 void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
     const LogCapture log;
@@ -366,6 +377,8 @@ void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
         "process " + std::to_string(server.pid()) + " does not read: oneway calls to it fail until it does";
     EXPECT_EQ(1u, log.count("Binder", line, ANDROID_LOG_WARN));
     EXPECT_TRUE(AIBinder_isAlive(service.get()));
+    EXPECT_GT(peer(server.pid()).unreadBytes, 350u * 1024);
+    EXPECT_EQ(peer(server.pid()).undelivered, 11u);
     server.resume();
     EXPECT_EQ(STATUS_OK, echo(service, 1));
     while (note(service, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(service.get()));
