@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <utility>
 
 using binder::DeathLink;
@@ -23,13 +24,11 @@ struct AIBinder_DeathRecipient {
 
     const AIBinder_DeathRecipient_onBinderDied onBinderDied;
     AIBinder_DeathRecipient_onBinderUnlinked onUnlinked = nullptr;
-    std::vector<std::shared_ptr<DeathLink>> links;
+    binder::DeathLinks links;
     std::shared_ptr<binder::RunningObituaries> running = std::make_shared<binder::RunningObituaries>();
 };
 
 namespace {
-
-using Links = std::vector<std::shared_ptr<DeathLink>>;
 
 // Guards every list of links and every count of running obituaries: death is rare, one lock keeps it simple.
 struct Registry {
@@ -45,7 +44,7 @@ Registry& registry() {
 // Whether an obituary runs on this thread.
 thread_local bool sRunningHere = false;
 
-void eraseFrom(Links& links, const DeathLink* link) {
+void eraseFrom(binder::DeathLinks& links, const DeathLink* link) {
     std::erase_if(links, [link](const auto& each) { return each.get() == link; });
 }
 
@@ -66,26 +65,30 @@ struct Ended {
 };
 
 // Ends all `links`, a list of an object or a recipient.
-void endAll(Links& links) {
-    std::vector<Ended> ended;
-    {
-        std::lock_guard lock(registry().lock);
-        while (!links.empty()) {
-            const auto link = takeOut(links.front());
-            ended.push_back({link->recipient->onUnlinked, link->cookie});
-        }
+void endAll(binder::DeathLinks& links) {
+    std::unique_lock lock(registry().lock);
+    while (!links.empty()) {
+        const auto link = takeOut(links.front());
+        const Ended ended{link->recipient->onUnlinked, link->cookie};
+        lock.unlock();
+        ended.tell();
+        lock.lock();
     }
-    for (const Ended& each : ended) each.tell();
 }
 
 // Adds the link unless the object is dead already.
-bool addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) {
+binder_status_t addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) try {
+    const auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
+    // In both lists or in none, when there is no memory.
+    binder::DeathLinks ofBinder{link};
+    binder::DeathLinks ofRecipient{link};
     std::lock_guard lock(registry().lock);
-    if (!binder.isAlive()) return false;
-    auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
-    binder.links.push_back(link);
-    recipient->links.push_back(std::move(link));
-    return true;
+    if (!binder.isAlive()) return STATUS_DEAD_OBJECT;
+    binder.links.splice(binder.links.end(), ofBinder);
+    recipient->links.splice(recipient->links.end(), ofRecipient);
+    return STATUS_OK;
+} catch (const std::bad_alloc&) {
+    return STATUS_NO_MEMORY;
 }
 
 // One obituary; false when no link is left.
@@ -144,9 +147,9 @@ void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {
     if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
     RemoteBinder* remote = binder->remote();
-    if (remote != nullptr && addLink(*remote, recipient, cookie)) return STATUS_OK;
-    Ended{recipient->onUnlinked, cookie}.tell();
-    return remote == nullptr ? STATUS_INVALID_OPERATION : STATUS_DEAD_OBJECT;
+    const binder_status_t status = remote != nullptr ? addLink(*remote, recipient, cookie) : STATUS_INVALID_OPERATION;
+    if (status != STATUS_OK) Ended{recipient->onUnlinked, cookie}.tell();
+    return status;
 }
 
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {

@@ -2,8 +2,8 @@
 
 #include <android/binder_ibinder.h>
 
+#include <list>
 #include <memory>
-#include <vector>
 
 namespace binder {
 
@@ -15,6 +15,7 @@ struct DeathLink {
     AIBinder_DeathRecipient* recipient;
     void* cookie;
 };
+using DeathLinks = std::list<std::shared_ptr<DeathLink>>;
 
 // Ends the links of an object whose last reference is gone.
 void unlinkAll(RemoteBinder& binder);

@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <memory>
-#include <vector>
 
 namespace binder {
 
@@ -28,8 +28,8 @@ public:
     [[nodiscard]] const Session* session() const { return mSession.get(); }
     [[nodiscard]] uint32_t id() const { return mId; }
 
-    uint64_t received = 0;                          // times it came in; guarded by the session's table
-    std::vector<std::shared_ptr<DeathLink>> links;  // guarded by DeathRecipient.cpp's lock
+    uint64_t received = 0;                        // times it came in; guarded by the session's table
+    std::list<std::shared_ptr<DeathLink>> links;  // guarded by DeathRecipient.cpp's lock
 
 protected:
     ~RemoteBinder() override = default;
