@@ -30,7 +30,6 @@ public:
 
 private:
     ThreadPool() = default;
-    void mustOpen();
     [[noreturn]] void run();
     void park();
     void promote();
