@@ -28,7 +28,8 @@ constexpr const char* FOOTER =
     "  SUBSYS_BINDER_DIR   the folder of the service names\n"
     "\n"
     "Exit codes: 0 ended by a signal, 1 can't serve, 2 wrong usage,\n"
-    "            3 ended by force because a component did not return\n"
+    "            3 ended by force because a component did not return,\n"
+    "            4 out of memory or threads where nothing else was left to do\n"
     "\n"
     "Example: subsysd --device build/device --load build/lib/libsimvs.so\n";
 

@@ -18,7 +18,7 @@
 namespace subsysctl {
 
 // Exit codes. Of several verbs the first that fails decides.
-enum ExitCode : int { OK = 0, ANSWERED_WITH_ERROR = 1, USAGE = 2, NO_SERVICE = 69, NO_ANSWER = 124 };
+enum ExitCode : int { OK = 0, ANSWERED_WITH_ERROR = 1, USAGE = 2, NO_SERVICE = 69, EXHAUSTED = 71, NO_ANSWER = 124 };
 
 struct WatchOptions {
     bool rf = true;

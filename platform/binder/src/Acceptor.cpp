@@ -31,7 +31,10 @@ public:
     [[nodiscard]] int fd() const override { return mFd.get(); }
     // One piece for each event, so that a peer that never stops holds nobody up.
     void onReady(uint32_t) override { (void)read(); }
-    void onNoMemory() override { close(); }
+    void onNoMemory() override {
+        warn("a connection of process %d is lost: no memory", mPeer.pid);
+        close();
+    }
     [[nodiscard]] Clock::time_point since() const { return mSince; }
 
     void refuse(const char* reason) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <utility>
 
 using binder::DeathLink;
@@ -48,25 +49,29 @@ struct Ended {
 
 // Ends all links of an object or a recipient.
 void endAll(auto& owner) {
-    std::vector<Ended> ended;
-    {
-        const device::MutexLock lock(sLinksLock);
-        while (!owner.links.empty()) {
-            const auto link = takeOut(owner.links.front());
-            ended.push_back({link->recipient->onUnlinked, link->cookie});
-        }
+    device::MutexLock lock(sLinksLock);
+    while (!owner.links.empty()) {
+        const auto link = takeOut(owner.links.front());
+        const Ended ended{link->recipient->onUnlinked, link->cookie};
+        lock.unlock();
+        ended.tell();
+        lock.lock();
     }
-    for (const Ended& each : ended) each.tell();
 }
 
 // Adds the link unless the object is dead already.
-bool addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) {
+binder_status_t addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) try {
+    const auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
+    // In both lists or in none, when there is no memory.
+    Links ofBinder{link};
+    Links ofRecipient{link};
     const device::MutexLock lock(sLinksLock);
-    if (!binder.isAlive()) return false;
-    auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
-    binder.links.push_back(link);
-    recipient->links.push_back(std::move(link));
-    return true;
+    if (!binder.isAlive()) return STATUS_DEAD_OBJECT;
+    binder.links.splice(binder.links.end(), ofBinder);
+    recipient->links.splice(recipient->links.end(), ofRecipient);
+    return STATUS_OK;
+} catch (const std::bad_alloc&) {
+    return STATUS_NO_MEMORY;
 }
 
 // One obituary; false when no link is left.
@@ -123,9 +128,9 @@ void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {
     if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
     RemoteBinder* remote = binder->remote();
-    if (remote != nullptr && addLink(*remote, recipient, cookie)) return STATUS_OK;
-    Ended{recipient->onUnlinked, cookie}.tell();
-    return remote == nullptr ? STATUS_INVALID_OPERATION : STATUS_DEAD_OBJECT;
+    const binder_status_t status = remote != nullptr ? addLink(*remote, recipient, cookie) : STATUS_INVALID_OPERATION;
+    if (status != STATUS_OK) Ended{recipient->onUnlinked, cookie}.tell();
+    return status;
 }
 
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {

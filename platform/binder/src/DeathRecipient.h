@@ -3,8 +3,8 @@
 #include <android/binder_ibinder.h>
 #include <device/Mutex.h>
 
+#include <list>
 #include <memory>
-#include <vector>
 
 namespace binder {
 
@@ -16,8 +16,7 @@ struct DeathLink {
     AIBinder_DeathRecipient* recipient;
     void* cookie;
 };
-
-using Links = std::vector<std::shared_ptr<DeathLink>>;
+using Links = std::list<std::shared_ptr<DeathLink>>;
 // Guards every list of links: death is rare, one lock keeps it simple.
 inline constinit device::Mutex sLinksLock;
 

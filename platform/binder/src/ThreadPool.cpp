@@ -48,20 +48,17 @@ bool ThreadPool::setMaxThreads(uint32_t count) {
     return true;
 }
 
-// Who asks for threads can be told of nothing.
-void ThreadPool::mustOpen() {
-    if (!open()) __android_log_assert(nullptr, "Binder", "no binder threads: %s", strerror(errno));
-}
-
 void ThreadPool::start() {
-    mustOpen();
     if (mStarted.exchange(true)) return;
     mMayGrow = true;
-    spawn();
+    if (open()) return spawn();
+    warn("no binder threads for now: %s", strerror(errno));
+    mStartFailed = true;
+    mIsWatched = true;  // by the I/O thread, as soon as open() can start it
 }
 
 void ThreadPool::join() {
-    mustOpen();
+    if (!open()) __android_log_assert(nullptr, "Binder", "no binder threads: %s", strerror(errno));
     ++mThreads;
     run();
 }

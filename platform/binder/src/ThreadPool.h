@@ -35,7 +35,6 @@ public:
 
 private:
     ThreadPool() = default;
-    void mustOpen();
     [[noreturn]] void run();
     void park();
     void promote();
