@@ -142,7 +142,7 @@ void Session::end(const char* breach) {
     }
     mControl.end();
     mOut->end();
-    mIn.shutdown();
+    mIn.end();
     mCalls.end();
     std::vector<std::weak_ptr<ServedConnection>> served;
     {
@@ -150,7 +150,7 @@ void Session::end(const char* breach) {
         served = mServed;
     }
     for (const auto& each : served) {
-        if (const auto connection = each.lock()) connection->shutdown();
+        if (const auto connection = each.lock()) connection->end();
     }
 }
 
