@@ -217,10 +217,7 @@ void awaitChange(const UniqueFd& changes, Clock::duration time) {
 UniqueFd watchFolder() {
     const UniqueFd folder = NameFolder::open();
     UniqueFd changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (folder.isValid() && changes.isValid()) {
-        const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
-        inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO);
-    }
+    if (folder.isValid() && changes.isValid()) (void)NameFolder::watch(folder, changes, IN_MOVED_TO);
     return changes;
 }
 
