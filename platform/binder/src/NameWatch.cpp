@@ -46,7 +46,7 @@ int NameWatch::tick() {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDue - Clock::now());
     if (left.count() > 0) return static_cast<int>(left.count());
     mHasChanged = false;
-    mOnChange.load()();
+    mOnChange();
     return -1;
 }
 

@@ -108,26 +108,8 @@ inline constexpr NumberCalls<double> calls<double>{::AParcel_writeDouble, ::APar
 template <typename T>
 concept Number = !std::same_as<decltype(calls<T>), const std::nullptr_t>;
 
-// Gives a reader room in a std::vector, or a std::optional of one, of which only the latter may be null.
-template <typename Vector, typename Element>
-bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
-    auto* vector = static_cast<Vector*>(vectorData);
-    if constexpr (isFixedArray<Vector>) {
-        *outBuffer = reinterpret_cast<Element*>(vector->data());
-        return length >= 0 && static_cast<size_t>(length) == vector->size();
-    } else if constexpr (isVector<Vector>) {
-        if (length < 0) return false;
-        vector->resize(static_cast<size_t>(length));
-        *outBuffer = reinterpret_cast<Element*>(vector->data());
-    } else {
-        vector->reset();
-        if (length < 0) return true;
-        vector->emplace(static_cast<size_t>(length));
-        *outBuffer = reinterpret_cast<Element*>((*vector)->data());
-    }
-    return true;
-}
-
+// Gives a reader room in a std::vector, a std::array, or a std::optional of a vector, of which only the last may be
+// null.
 template <typename Vector>
 bool allocateElements(void* vectorData, int32_t length) {
     auto* vector = static_cast<Vector*>(vectorData);
@@ -150,6 +132,13 @@ auto& elementsOf(Vector& vector) {
     } else {
         return *vector;
     }
+}
+
+template <typename Vector, typename Element>
+bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
+    if (!allocateElements<Vector>(vectorData, length)) return false;
+    if (length >= 0) *outBuffer = reinterpret_cast<Element*>(elementsOf(*static_cast<Vector*>(vectorData)).data());
+    return true;
 }
 
 template <typename Vector>
