@@ -55,7 +55,7 @@ void Inbox::remove() {
     ThreadPool::instance().poller().remove(mKey);
 }
 
-void Inbox::shutdown() {
+void Inbox::end() {
     ::shutdown(mFd.get(), SHUT_RDWR);
 }
 

@@ -23,7 +23,7 @@ public:
     [[nodiscard]] bool start();
     void remove();
     // Ends it for both sides; a binder thread notices. Thread: any.
-    void shutdown();
+    void end();
     // A oneway call whose parcel has this size has run.
     void onRun(size_t size);
 

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -104,6 +105,10 @@ UniqueFd NameFolder::openExisting() {
     std::string trouble;
     const int folder = device::openRuntimeFolder(trouble);
     return foundOrLogged(folder, trouble);
+}
+
+bool NameFolder::watch(const UniqueFd& folder, const UniqueFd& inotify, uint32_t events) {
+    return inotify_add_watch(inotify.get(), addressOf(folder.get(), "").sun_path, events) >= 0;
 }
 
 UniqueFd NameFolder::lock(const UniqueFd& folder, std::string_view name) {

@@ -30,7 +30,7 @@ bool ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd f
     return false;
 }
 
-void ServedConnection::shutdown() {
+void ServedConnection::end() {
     ::shutdown(fd(), SHUT_RDWR);
 }
 
@@ -105,7 +105,7 @@ void ServedConnection::onNoMemory() {
 
 void ServedConnection::close() {
     mSession->removeServed(*this);
-    shutdown();  // which the flusher notices
+    end();  // which the flusher notices
     ThreadPool::instance().poller().remove(mKey);
 }
 

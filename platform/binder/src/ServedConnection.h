@@ -22,7 +22,7 @@ public:
     ServedConnection(std::shared_ptr<Session> session, UniqueFd fd, Charge charge);
 
     // Ends it for both sides; its owner notices. Thread: any.
-    void shutdown();
+    void end();
 
     [[nodiscard]] int fd() const override { return mStream.fd().get(); }
     void onReady(uint32_t events) override;

@@ -75,15 +75,15 @@ bool replace(const std::string& name, const ndk::SpAIBinder& service) {
     return true;
 }
 
-void hold(const std::string& name, const ndk::SpAIBinder& service) {
+void hold(const std::string& name, Service service) {
     const device::MutexLock lock(registry().lock);
-    registry().services[name].object = service;
+    registry().services[name] = std::move(service);
 }
 
 void unhold(const std::string& name) {
-    ndk::SpAIBinder dropped;  // without the lock
+    Service dropped;  // without the lock
     const device::MutexLock lock(registry().lock);
-    dropped = std::move(registry().services[name].object);
+    dropped = std::move(registry().services[name]);
     registry().services.erase(name);
 }
 
@@ -146,18 +146,15 @@ binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& servi
         warn("%s is not registered: %s", name.c_str(), isHeld ? "another process holds the name" : strerror(errno));
         return isHeld ? EX_ILLEGAL_STATE : EX_UNSUPPORTED_OPERATION;
     }
-    hold(name, service);
-    if (listen(folder, name)) {
-        const device::MutexLock lock(registry().lock);
-        registry().services[name].lock = std::move(owned);
-        if (!NameWatch::instance().start(folder, mendNames)) {
-            warn("the folder of names is not watched: %s", strerror(errno));
-        }
-        return EX_NONE;
+    hold(name, {service, std::move(owned)});
+    if (!listen(folder, name)) {
+        warn("%s is not registered: %s", name.c_str(), strerror(errno));
+        unhold(name);
+        return EX_UNSUPPORTED_OPERATION;
     }
-    warn("%s is not registered: %s", name.c_str(), strerror(errno));
-    unhold(name);
-    return EX_UNSUPPORTED_OPERATION;
+    if (!NameWatch::instance().start(folder, mendNames))
+        warn("the folder of names is not watched: %s", strerror(errno));
+    return EX_NONE;
 }
 
 // What a server answers to a hello, if it does in time.
@@ -220,10 +217,7 @@ void awaitChange(const UniqueFd& changes, Clock::duration time) {
 UniqueFd watchFolder() {
     const UniqueFd folder = NameFolder::open();
     UniqueFd changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (folder.isValid() && changes.isValid()) {
-        const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
-        inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO);
-    }
+    if (folder.isValid() && changes.isValid()) (void)NameFolder::watch(folder, changes, IN_MOVED_TO);
     return changes;
 }
 

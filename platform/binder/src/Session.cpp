@@ -152,7 +152,7 @@ void Session::end(const char* breach) {
     }
     mControl.end();
     mOut->end();
-    mIn.shutdown();
+    mIn.end();
     mCalls.end();
     std::vector<std::weak_ptr<ServedConnection>> served;
     {
@@ -160,7 +160,7 @@ void Session::end(const char* breach) {
         served = mServed;
     }
     for (const auto& each : served) {
-        if (const auto connection = each.lock()) connection->shutdown();
+        if (const auto connection = each.lock()) connection->end();
     }
 }
 
