@@ -1,6 +1,7 @@
 #include "tools/Diagnosis.h"
 
 #include "tools/Requests.h"
+#include "tools/TraceCalls.h"
 #include "tools/TraceRequests.h"
 
 #include <algorithm>
@@ -145,21 +146,29 @@ private:
         }
     }
 
-    // Sections that a thread does not come out of.
+    // What a thread does not come out of: the innermost of its sections.
     void checkThreads() {
         if (!mEvidence.daemon || !mEvidence.trace) return;
+        std::map<int32_t, const TraceMark*> inside;
         for (const TraceMark& mark : mEvidence.trace->open) {
-            if (mark.kind != MarkKind::BEGIN || mEvidence.now - mark.time < SLOW) continue;
-            const std::string where = " for " + ago(mark.time) + " (" + threadName(mark.thread) + ")";
-            if (mark.name.starts_with(PLUGIN_CALL)) {
-                mPluginThread = mark.thread;
-                fault("pluginHangs", "the plugin has not returned from " + mark.name.substr(PLUGIN_CALL.size()) + where,
-                      "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
-                          backtrace());
-            } else {
-                fault("componentHangs", "the component has not returned from " + mark.name + where,
-                      "a component must not wait in its operations: " + backtrace());
-            }
+            if (mark.kind == MarkKind::BEGIN) inside[mark.thread] = &mark;
+        }
+        for (const auto& [thread, mark] : inside) {
+            if (mEvidence.now - mark->time >= SLOW) addStuck(*mark);
+        }
+    }
+
+    void addStuck(const TraceMark& mark) {
+        const std::string where = mark.name + " for " + ago(mark.time) + " (" + threadName(mark.thread) + ")";
+        if (mark.name.starts_with(PLUGIN_CALL)) {
+            mPluginThread = mark.thread;
+            fault("pluginHangs", "the plugin has not returned from " + where.substr(PLUGIN_CALL.size()),
+                  "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
+                      backtrace());
+        } else {
+            fault("componentHangs",
+                  (isCall(mark) ? "the service" : "the component") + (" has not returned from " + where),
+                  "a binder thread must not wait: " + backtrace());
         }
     }
 

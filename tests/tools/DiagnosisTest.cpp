@@ -64,7 +64,13 @@ TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
          },
          "debugged: subsysd, pid 10, is held by a debugger, process 7"},
         {[](auto& e) { e.dump.reset(); }, "noAnswer: subsysd, pid 10, did not answer in time"},
-        {[](auto& e) { open(e, 90, MarkKind::BEGIN, "setCallInfo #1"); },
+        {[](auto& e) { open(e, 90, MarkKind::BEGIN, "call from 5, code 3, 8 bytes"); },
+         "componentHangs: the service has not returned from call from 5, code 3, 8 bytes for 10.0 s (thread 11, "
+         "binder)"},
+        {[](auto& e) {
+             open(e, 89, MarkKind::BEGIN, "call from 5, code 3, 8 bytes");
+             open(e, 90, MarkKind::BEGIN, "setCallInfo #1");
+         },
          "componentHangs: the component has not returned from setCallInfo #1 for 10.0 s (thread 11, binder)"},
         {[](auto& e) { (*e.dump)["looper.0"] = "subsysd, thread 10, 3 waiting, runs hal::X for 1500 ms"; },
          "looperBusy: the looper of subsysd, thread 10, 3 waiting, is inside hal::X for 1.5 s"},
