@@ -56,10 +56,6 @@ std::optional<DumpLines> dumpInTime(const std::string& service) {
     return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
-bool isStopped(const std::optional<ProcessState>& process) {
-    return process && (process->state == 'T' || process->state == 't');
-}
-
 // The daemon's own where it said which one it is.
 void takeTrace(Evidence& evidence, const std::vector<device::Trace>& traces) {
     const int32_t pid = evidence.dump ? std::atoi((*evidence.dump)["daemon.pid"].c_str()) : 0;
@@ -87,7 +83,9 @@ Evidence gather(const DoctorOptions& options, std::ostream& err) {
     const auto traces = daemonTraces(err);
     if (!traces.empty()) evidence.trace = traces.front();
     if (evidence.trace && evidence.trace->isAlive) evidence.daemon = processState(evidence.trace->pid);
-    if (evidence.isServed && !isStopped(evidence.daemon)) evidence.dump = dumpInTime(evidence.service);
+    const bool isStopped = evidence.daemon && evidence.daemon->isStopped();
+    if (evidence.isServed && !isStopped) evidence.dump = dumpInTime(evidence.service);
+    if (!evidence.isServed) evidence.otherDaemons = environmentsOf("subsysd", "SUBSYS_BINDER_DIR");
     takeTrace(evidence, traces);
     takePeers(evidence);
     if (evidence.trace) evidence.now = nowOf(*evidence.trace);
