@@ -92,19 +92,26 @@ Evidence gather(const DoctorOptions& options, std::ostream& err) {
     return evidence;
 }
 
-Json toJson(const Finding& finding) {
-    return {{"finding", finding.cause},
-            {"level", finding.level == Finding::Level::FAULT ? "fault" : "note"},
-            {"text", finding.text},
-            {"advice", finding.advice}};
-}
-
-std::string toText(const Finding& finding) {
-    return (finding.level == Finding::Level::FAULT ? "fault: " : "note: ") + finding.text + "; " + finding.advice;
-}
-
 bool isFault(const Finding& finding) {
     return finding.level == Finding::Level::FAULT;
+}
+
+void print(const Finding& finding, bool json, std::ostream& out) {
+    const char* level = isFault(finding) ? "fault" : "note";
+    if (json) {
+        out << dump(Json{
+                   {"finding", finding.cause}, {"level", level}, {"text", finding.text}, {"advice", finding.advice}})
+            << std::endl;
+    } else {
+        out << level << ": " << finding.text << "; " << finding.advice << std::endl;
+    }
+}
+
+void printWell(const Evidence& evidence, bool json, std::ostream& out) {
+    const std::string text = "subsysd, pid " + std::to_string(evidence.daemon ? evidence.daemon->pid : 0) +
+                             ", serves " + evidence.service + " in " + evidence.folder;
+    out << (json ? dump(Json{{"finding", "none"}, {"level", "ok"}, {"text", text}}) : "nothing is wrong: " + text)
+        << std::endl;
 }
 
 }  // namespace
@@ -112,12 +119,9 @@ bool isFault(const Finding& finding) {
 int doctor(const DoctorOptions& options, std::ostream& out, std::ostream& err) {
     const Evidence evidence = gather(options, err);
     const auto findings = diagnose(evidence);
-    for (const Finding& finding : findings)
-        out << (options.json ? dump(toJson(finding)) : toText(finding)) << std::endl;
+    for (const Finding& finding : findings) print(finding, options.json, out);
     if (std::any_of(findings.begin(), findings.end(), isFault)) return ANSWERED_WITH_ERROR;
-    if (!options.json)
-        out << "nothing is wrong: subsysd, pid " << (evidence.daemon ? evidence.daemon->pid : 0) << ", serves "
-            << evidence.service << " in " << evidence.folder << std::endl;
+    printWell(evidence, options.json, out);
     return OK;
 }
 
