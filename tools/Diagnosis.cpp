@@ -1,6 +1,7 @@
 #include "tools/Diagnosis.h"
 
 #include "tools/Requests.h"
+#include "tools/TraceCalls.h"
 #include "tools/TraceRequests.h"
 
 #include <algorithm>
@@ -125,10 +126,20 @@ private:
             text += ": " + daemonName() + ", has ended, with " +
                     number(std::count_if(mRequests.begin(), mRequests.end(), isOpen)) + " requests unanswered";
         }
-        fault("notServed", text, "start subsysd, or set SUBSYS_BINDER_DIR to the folder of the one that runs");
+        std::string advice = "start subsysd";
+        for (const auto& [pid, environment] : mEvidence.otherDaemons) {
+            advice += ", or look where process " + number(pid) + " serves (" +
+                      (environment.empty() ? "SUBSYS_BINDER_DIR is not set" : environment) + ")";
+        }
+        fault("notServed", text, advice);
     }
 
     void checkDaemon() {
+        const bool isMute = mEvidence.isServed && !mEvidence.dump;
+        if (!mEvidence.daemon && isMute) {
+            fault("noAnswer", "the process that serves " + mEvidence.service + " did not answer in time",
+                  "look whether it is stopped, or no subsysd");
+        }
         if (!mEvidence.daemon) return;
         const ProcessState& daemon = *mEvidence.daemon;
         if (daemon.state == 'T') {
@@ -139,27 +150,35 @@ private:
             return fault("debugged", daemonName() + ", is held by a debugger, process " + number(daemon.tracer),
                          "continue it there");
         }
-        if (mEvidence.isServed && !mEvidence.dump) {
+        if (isMute) {
             fault("noAnswer", daemonName() + ", did not answer in time",
                   "all its binder threads are busy: " + backtrace());
         }
     }
 
-    // Sections that a thread does not come out of.
+    // What a thread does not come out of: the innermost of its sections.
     void checkThreads() {
         if (!mEvidence.daemon || !mEvidence.trace) return;
+        std::map<int32_t, const TraceMark*> inside;
         for (const TraceMark& mark : mEvidence.trace->open) {
-            if (mark.kind != MarkKind::BEGIN || mEvidence.now - mark.time < SLOW) continue;
-            const std::string where = " for " + ago(mark.time) + " (" + threadName(mark.thread) + ")";
-            if (mark.name.starts_with(PLUGIN_CALL)) {
-                mPluginThread = mark.thread;
-                fault("pluginHangs", "the plugin has not returned from " + mark.name.substr(PLUGIN_CALL.size()) + where,
-                      "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
-                          backtrace());
-            } else {
-                fault("componentHangs", "the component has not returned from " + mark.name + where,
-                      "a component must not wait in its operations: " + backtrace());
-            }
+            if (mark.kind == MarkKind::BEGIN) inside[mark.thread] = &mark;
+        }
+        for (const auto& [thread, mark] : inside) {
+            if (mEvidence.now - mark->time >= SLOW) addStuck(*mark);
+        }
+    }
+
+    void addStuck(const TraceMark& mark) {
+        const std::string where = mark.name + " for " + ago(mark.time) + " (" + threadName(mark.thread) + ")";
+        if (mark.name.starts_with(PLUGIN_CALL)) {
+            mPluginThread = mark.thread;
+            fault("pluginHangs", "the plugin has not returned from " + where.substr(PLUGIN_CALL.size()),
+                  "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
+                      backtrace());
+        } else {
+            fault("componentHangs",
+                  (isCall(mark) ? "the service" : "the component") + (" has not returned from " + where),
+                  "a binder thread must not wait: " + backtrace());
         }
     }
 
@@ -185,8 +204,7 @@ private:
             unsigned long long calls = 0, bytes = 0, lost = 0;
             std::sscanf(value.c_str(), "%llu calls waiting, %llu bytes unread, %llu", &calls, &bytes, &lost);
             const auto peer = mEvidence.peers.find(std::atoi(pid.c_str()));
-            const bool isStopped =
-                peer != mEvidence.peers.end() && (peer->second.state == 'T' || peer->second.state == 't');
+            const bool isStopped = peer != mEvidence.peers.end() && peer->second.isStopped();
             if (isStopped) {
                 fault("clientStopped",
                       "client process " + pid + " is stopped, " + number(static_cast<int64_t>(bytes)) + " bytes unread",
@@ -223,14 +241,19 @@ private:
 
     // One line for all that wait in the same place.
     void checkWaiting() {
-        std::map<std::pair<std::string, std::string>, std::vector<const TracedRequest*>> waiting;
+        using Place = std::pair<std::string, std::string>;
+        std::map<Place, std::vector<const TracedRequest*>> waiting;
+        std::vector<Place> places;  // the one with the oldest request first
         for (const TracedRequest& request : mRequests) {
             const bool isOld = mEvidence.now - request.section.begin.time >= SLOW;
             if (!mEvidence.daemon || request.section.end || (!isOld && !mEvidence.serial)) continue;
             const TraceSection* stage = request.where();
-            waiting[{request.operation, stage == nullptr ? "" : stage->name}].push_back(&request);
+            const Place place{request.operation, stage == nullptr ? "" : stage->name};
+            auto& together = waiting[place];
+            if (together.empty()) places.push_back(place);
+            together.push_back(&request);
         }
-        for (const auto& [place, requests] : waiting) addWaiting(*requests.front(), place.second, requests.size());
+        for (const Place& place : places) addWaiting(*waiting[place].front(), place.second, waiting[place].size());
     }
 
     void addWaiting(const TracedRequest& oldest, const std::string& stage, size_t count) {

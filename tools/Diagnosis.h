@@ -26,7 +26,8 @@ struct Evidence {
     int64_t now = 0;                     // on the clock of the trace
     std::optional<ProcessState> daemon;  // when it lives
     std::map<int32_t, ProcessState> peers;
-    std::optional<int32_t> serial;  // of the request that is asked about; nothing: all
+    std::map<int32_t, std::string> otherDaemons;  // what processes called subsysd have of SUBSYS_BINDER_DIR
+    std::optional<int32_t> serial;                // of the request that is asked about; nothing: all
 };
 
 struct Finding {

@@ -56,10 +56,6 @@ std::optional<DumpLines> dumpInTime(const std::string& service) {
     return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
-bool isStopped(const std::optional<ProcessState>& process) {
-    return process && (process->state == 'T' || process->state == 't');
-}
-
 // The daemon's own where it said which one it is.
 void takeTrace(Evidence& evidence, const std::vector<device::Trace>& traces) {
     const int32_t pid = evidence.dump ? std::atoi((*evidence.dump)["daemon.pid"].c_str()) : 0;
@@ -87,26 +83,35 @@ Evidence gather(const DoctorOptions& options, std::ostream& err) {
     const auto traces = daemonTraces(err);
     if (!traces.empty()) evidence.trace = traces.front();
     if (evidence.trace && evidence.trace->isAlive) evidence.daemon = processState(evidence.trace->pid);
-    if (evidence.isServed && !isStopped(evidence.daemon)) evidence.dump = dumpInTime(evidence.service);
+    const bool isStopped = evidence.daemon && evidence.daemon->isStopped();
+    if (evidence.isServed && !isStopped) evidence.dump = dumpInTime(evidence.service);
+    if (!evidence.isServed) evidence.otherDaemons = environmentsOf("subsysd", "SUBSYS_BINDER_DIR");
     takeTrace(evidence, traces);
     takePeers(evidence);
     if (evidence.trace) evidence.now = nowOf(*evidence.trace);
     return evidence;
 }
 
-Json toJson(const Finding& finding) {
-    return {{"finding", finding.cause},
-            {"level", finding.level == Finding::Level::FAULT ? "fault" : "note"},
-            {"text", finding.text},
-            {"advice", finding.advice}};
-}
-
-std::string toText(const Finding& finding) {
-    return (finding.level == Finding::Level::FAULT ? "fault: " : "note: ") + finding.text + "; " + finding.advice;
-}
-
 bool isFault(const Finding& finding) {
     return finding.level == Finding::Level::FAULT;
+}
+
+void print(const Finding& finding, bool json, std::ostream& out) {
+    const char* level = isFault(finding) ? "fault" : "note";
+    if (json) {
+        out << dump(Json{
+                   {"finding", finding.cause}, {"level", level}, {"text", finding.text}, {"advice", finding.advice}})
+            << std::endl;
+    } else {
+        out << level << ": " << finding.text << "; " << finding.advice << std::endl;
+    }
+}
+
+void printWell(const Evidence& evidence, bool json, std::ostream& out) {
+    const std::string text = "subsysd, pid " + std::to_string(evidence.daemon ? evidence.daemon->pid : 0) +
+                             ", serves " + evidence.service + " in " + evidence.folder;
+    out << (json ? dump(Json{{"finding", "none"}, {"level", "ok"}, {"text", text}}) : "nothing is wrong: " + text)
+        << std::endl;
 }
 
 }  // namespace
@@ -114,12 +119,9 @@ bool isFault(const Finding& finding) {
 int doctor(const DoctorOptions& options, std::ostream& out, std::ostream& err) {
     const Evidence evidence = gather(options, err);
     const auto findings = diagnose(evidence);
-    for (const Finding& finding : findings)
-        out << (options.json ? dump(toJson(finding)) : toText(finding)) << std::endl;
+    for (const Finding& finding : findings) print(finding, options.json, out);
     if (std::any_of(findings.begin(), findings.end(), isFault)) return ANSWERED_WITH_ERROR;
-    if (!options.json)
-        out << "nothing is wrong: subsysd, pid " << (evidence.daemon ? evidence.daemon->pid : 0) << ", serves "
-            << evidence.service << " in " << evidence.folder << std::endl;
+    printWell(evidence, options.json, out);
     return OK;
 }
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
+#include <vector>
 
 namespace subsysctl {
 
@@ -13,13 +13,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// "4711 (a name) S ...": the name may hold anything.
-ProcessState::Thread readThread(const fs::path& folder) {
-    std::ifstream in(folder / "stat");
-    const std::string text{std::istreambuf_iterator<char>(in), {}};
-    const size_t open = text.find('('), close = text.rfind(") ");
-    if (open == std::string::npos || close == std::string::npos || close + 2 >= text.size()) return {};
-    return {std::atoi(text.c_str()), text.substr(open + 1, close - open - 1), text[close + 2]};
+// Those that are there while it looks: processes come and go.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        entries.push_back(at->path());
+    }
+    return entries;
 }
 
 int32_t readTracer(const fs::path& folder) {
@@ -33,16 +34,31 @@ int32_t readTracer(const fs::path& folder) {
 
 }  // namespace
 
+// "4711 (a name) S ...": the name may hold anything.
 std::optional<ProcessState> processState(int32_t pid) {
     const fs::path folder = "/proc/" + std::to_string(pid);
-    const auto main = readThread(folder);
-    if (main.id == 0) return std::nullopt;
-    ProcessState process{pid, main.state, readTracer(folder), {}};
-    std::error_code error;  // a thread may end meanwhile
-    for (const auto& task : fs::directory_iterator(folder / "task", error)) {
-        if (auto thread = readThread(task.path()); thread.id != 0) process.threads.push_back(std::move(thread));
+    std::ifstream in(folder / "stat");
+    std::string text;
+    std::getline(in, text, '\0');  // all of it
+    const size_t open = text.find('('), close = text.rfind(") ");
+    if (open == std::string::npos || close == std::string::npos || close + 2 >= text.size()) return std::nullopt;
+    const char state = text[close + 2];
+    if (state == 'Z' || state == 'X') return std::nullopt;
+    return ProcessState{pid, text.substr(open + 1, close - open - 1), state, readTracer(folder)};
+}
+
+std::map<int32_t, std::string> environmentsOf(const std::string& process, const std::string& variable) {
+    std::map<int32_t, std::string> environments;
+    for (const fs::path& folder : entriesOf("/proc")) {
+        const auto state = processState(std::atoi(folder.filename().c_str()));
+        std::ifstream in(folder / "environ");
+        if (!state || state->name != process || !in) continue;
+        auto& found = environments[state->pid];
+        for (std::string each; std::getline(in, each, '\0');) {
+            if (each.starts_with(variable + "=")) found = each;
+        }
     }
-    return process;
+    return environments;
 }
 
 }  // namespace subsysctl

@@ -32,8 +32,8 @@ Evidence wellEvidence() {
     evidence.trace.emplace();
     evidence.trace->pid = 10;
     evidence.trace->threadNames[BINDER] = "binder";
-    evidence.daemon = ProcessState{10, 'S', 0, {}};
-    evidence.peers[5] = ProcessState{5, 'S', 0, {}};
+    evidence.daemon = ProcessState{10, "subsysd", 'S', 0};
+    evidence.peers[5] = ProcessState{5, "client", 'S', 0};
     return evidence;
 }
 
@@ -60,11 +60,22 @@ TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
     } cases[] = {
         {[](auto& e) { e.isServed = false; }, "notServed: subsysd, pid 10, runs but does not serve name in /names"},
         {[](auto& e) {
-             e.daemon = ProcessState{10, 't', 7, {}};
+             e.daemon = ProcessState{10, "subsysd", 't', 7};
          },
          "debugged: subsysd, pid 10, is held by a debugger, process 7"},
+        {[](auto& e) {
+             e.dump.reset();
+             e.daemon.reset();
+         },
+         "noAnswer: the process that serves name did not answer in time"},
         {[](auto& e) { e.dump.reset(); }, "noAnswer: subsysd, pid 10, did not answer in time"},
-        {[](auto& e) { open(e, 90, MarkKind::BEGIN, "setCallInfo #1"); },
+        {[](auto& e) { open(e, 90, MarkKind::BEGIN, "call from 5, code 3, 8 bytes"); },
+         "componentHangs: the service has not returned from call from 5, code 3, 8 bytes for 10.0 s (thread 11, "
+         "binder)"},
+        {[](auto& e) {
+             open(e, 89, MarkKind::BEGIN, "call from 5, code 3, 8 bytes");
+             open(e, 90, MarkKind::BEGIN, "setCallInfo #1");
+         },
          "componentHangs: the component has not returned from setCallInfo #1 for 10.0 s (thread 11, binder)"},
         {[](auto& e) { (*e.dump)["looper.0"] = "subsysd, thread 10, 3 waiting, runs hal::X for 1500 ms"; },
          "looperBusy: the looper of subsysd, thread 10, 3 waiting, is inside hal::X for 1.5 s"},
@@ -98,9 +109,9 @@ TEST(Diagnosis, Look_WhenRequestsWait_ThenWhatHasThemAndOneLineForThoseInOnePlac
     EXPECT_THAT(
         textsOf(evidence),
         ElementsAre("pluginHangs: the plugin has not returned from iccGetState for 79.5 s (thread 11, binder)",
+                    "waitsForPlugin: getIccState #1 waits for 88.5 s: it is inside the plugin",
                     "waitsBehindPlugin: getIccState #2 waits for 87.5 s, and 1 more of its kind do: it waits for the "
-                    "plugin, which hangs",
-                    "waitsForPlugin: getIccState #1 waits for 88.5 s: it is inside the plugin"));
+                    "plugin, which hangs"));
 }
 
 // The death of a client is noticed on a looper, maybe after its successor has registered.

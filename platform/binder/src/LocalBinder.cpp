@@ -3,6 +3,7 @@
 #include "CallContext.h"
 #include "Dump.h"
 #include "Log.h"
+#include "Mark.h"
 #include "Session.h"
 
 #include <new>
@@ -84,6 +85,7 @@ void LocalBinder::runOneway(OnewayCall& call) {
     constexpr pid_t NOBODY = 0;
     const size_t size = call.in.transportSize();
     {
+        const CallSection section("oneway from ", call.session->peer().pid, call.code, size, call.place);
         const CallContext context(NOBODY, call.session->peer().uid, nullptr, nullptr);
         AParcel discarded;
         dispatch(call.code, call.in, discarded);

@@ -18,6 +18,7 @@ struct OnewayCall {
     std::shared_ptr<Session> session;
     uint32_t code;
     AParcel in;
+    uint64_t place;  // where it ends in the channel
 };
 
 // An object that lives in this process.

@@ -4,6 +4,7 @@
 #include "IoThread.h"
 #include "Limits.h"
 #include "Log.h"
+#include "Mark.h"
 
 #include <linux/sockios.h>
 #include <poll.h>
@@ -44,6 +45,9 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
         return STATUS_FAILED_TRANSACTION;
     }
     if (mLost != 0) reportLost();
+    FrameHeader header{};
+    memcpy(&header, frame.data(), sizeof(header));
+    markSent(mPid, header.code, frame.size() - sizeof(header), mPosted + cost);
     if (!(mayWait ? defer(frame) : write(frame))) return STATUS_DEAD_OBJECT;
     mPosted += cost;
     return STATUS_OK;

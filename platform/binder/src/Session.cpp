@@ -4,6 +4,7 @@
 #include "Deferral.h"
 #include "IBinder.h"
 #include "Log.h"
+#include "Mark.h"
 #include "RemoteBinder.h"
 #include "ServedConnection.h"
 
@@ -79,6 +80,7 @@ binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
     const binder_status_t packed = mObjects.pack(parcel, *this);
     if (packed != STATUS_OK) return packed;
     flush();
+    const CallSection section("call to ", mPeer.pid, code, parcel.transportSize());
     return mCalls.call(shared_from_this(), target, code, parcel);
 }
 
