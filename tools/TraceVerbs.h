@@ -1,7 +1,10 @@
 #pragma once
 
+#include "tools/Output.h"
+
 #include <device/TraceFile.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <ostream>
@@ -16,16 +19,18 @@ struct TraceOptions {
     std::string output;             // a file; empty: the output
 };
 
-// Writes the traces of all programs, in the trace-event format. Returns an exit code; what went wrong goes to `err`.
-[[nodiscard]] int trace(const TraceOptions& options, std::ostream& out, std::ostream& err);
+// Writes the traces of all programs, in the trace-event format. Returns an exit code.
+[[nodiscard]] int trace(const TraceOptions& options, Output& output);
 
 struct RequestsOptions {
     bool all = false;  // those that were answered lately, too
     bool json = false;
+    size_t width = SIZE_MAX;  // columns
 };
 
-// Lists the requests that wait in the daemon, oldest first. Returns an exit code.
-[[nodiscard]] int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err);
+// Lists the requests that wait in the daemon, oldest first; with `all` those that were answered lately, too. Returns an
+// exit code.
+[[nodiscard]] int requests(bool all, Output& output);
 
 // The list of one process as it was at `now`, CLOCK_MONOTONIC in ns.
 void printRequests(const device::Trace& trace, int64_t now, const RequestsOptions& options, std::ostream& out);
