@@ -41,7 +41,7 @@ DumpLines linesOf(const std::string& text) {
     return lines;
 }
 
-std::optional<DumpLines> dump(const std::string& service) {
+std::optional<DumpLines> askForDump(const std::string& service) {
     const ndk::SpAIBinder binder(AServiceManager_checkService(service.c_str()));
     std::string text;
     if (binder.get() == nullptr || dumpOf(binder.get(), {}, text) != STATUS_OK) return std::nullopt;
@@ -52,7 +52,7 @@ std::optional<DumpLines> dump(const std::string& service) {
 std::optional<DumpLines> dumpInTime(const std::string& service) {
     std::promise<std::optional<DumpLines>> promise;
     auto answer = promise.get_future();
-    std::thread([service, promise = std::move(promise)]() mutable { promise.set_value(dump(service)); }).detach();
+    std::thread([service, promise = std::move(promise)]() mutable { promise.set_value(askForDump(service)); }).detach();
     return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
