@@ -78,7 +78,7 @@ TEST_F(Doctor, Look_WhenTheDaemonIsGone_ThenWhatItLeft) {
     expectRun({"--timeout 0.1 set-call-info", NO_ANSWER, {}});
     const std::string gone = daemon();
     mDaemon->end();
-    expectFault("", "nobody serves .*: " + gone + "has ended, with 1 requests unanswered; ");
+    expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; start subsysd");
     start();
 }
 
