@@ -138,7 +138,7 @@ bool saysReady(const Message& message) {
     return static_cast<const mindroid::Integer*>(message.obj.get())->value() == 1;
 }
 
-// `ready` is kept until a component says it is.
+// Sets `ready` once, when the component says that it is.
 void listenToReady(ComponentRun& run, VsComponent& component, const std::shared_ptr<std::promise<void>>& ready) {
     const auto isTold = std::make_shared<bool>(false);
     component.mStateRegistrants->add(

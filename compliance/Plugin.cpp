@@ -137,9 +137,8 @@ private:
 
 template <typename Task>
 Verdict PluginCalls::enter(const Task& task) try {
-    PluginEvents::get().setInCall(true);
+    const PluginEvents::CallScope scope;
     task();
-    PluginEvents::get().setInCall(false);
     return ok();
 } catch (const std::exception& error) {
     return failed("no exception", error.what());

@@ -23,8 +23,13 @@ public:
     [[nodiscard]] void* contextOf(IccEventType type) { return &mKinds.at(type - 1); }
     static void onEvent(IccEventType type, void* context, void* data, int size);
 
-    // Whether the plugin is being called.
-    void setInCall(bool inCall) { mInCall = inCall; }
+    // The plugin is being called, from here to the end of the scope.
+    struct CallScope {
+        CallScope() { get().mInCall = true; }
+        ~CallScope() { get().mInCall = false; }
+        CallScope(const CallScope&) = delete;
+        CallScope& operator=(const CallScope&) = delete;
+    };
 
     // "ICC_EVENT_STATE_CHANGED"
     [[nodiscard]] static const char* nameOf(IccEventType type);

@@ -1,6 +1,6 @@
+#include "tests/support/DeviceFolder.h"
 #include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
-#include "tests/support/TempFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -81,7 +81,7 @@ TEST(Compliance, Rules_WhenTheSimulatorIsChecked_ThenItKeepsThem) {
 }
 
 TEST(Compliance, File_WhenNoLibraryOfThisMachine_ThenOneLineSaysWhy) {
-    const test::TempFolder folder("UNUSED");
+    const test::DeviceFolder folder;
     const std::string good = bytesOf(SIM_PLUGIN);
     std::string foreign = good;
     foreign[18] = 2;  // the machine
@@ -95,10 +95,9 @@ TEST(Compliance, File_WhenNoLibraryOfThisMachine_ThenOneLineSaysWhy) {
         {foreign, "FAILED  file: a library of this machine[^\n]*machine 2"},
         {good.substr(0, 4096), "FAILED  file: complete segments[^\n]*ends behind the file's 4096 bytes"},
     };
-    const std::string file = folder.path() / "libplugin.so";
     for (const auto& [bytes, line] : cases) {
-        std::ofstream(file, std::ios::binary) << bytes;
-        expectRun(1, {"plugin", file}, line);
+        folder.write("libplugin.so", bytes);
+        expectRun(1, {"plugin", folder.place("libplugin.so")}, line);
     }
     expectRun(1, {"plugin", folder.path()}, "no file that can be read");
     expectRun(1, {"plugin", UNLINKED_PLUGIN}, "FAILED  exports iccGetHwId[^\n]*C\\+\\+ linkage: _Z10iccGetHwIdv");
