@@ -13,7 +13,7 @@
 
 namespace {
 
-const std::terminate_handler sAbort = std::get_terminate();
+std::terminate_handler sAbort = nullptr;
 
 // An exception that is a fault in the program aborts it.
 void onTerminate() {
@@ -23,10 +23,14 @@ void onTerminate() {
     _exit(subsysctl::EXHAUSTED);
 }
 
+// Before the globals of the other files allocate.
+[[gnu::constructor(101)]] void takeTerminate() {
+    sAbort = std::set_terminate(onTerminate);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::set_terminate(onTerminate);
     subsysctl::CommandLine commandLine;
     if (const auto code = subsysctl::parse({argv + 1, argv + argc}, commandLine)) return *code;
     device::startRecorderWhenAsked("subsysctl");
