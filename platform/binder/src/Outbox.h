@@ -41,6 +41,7 @@ public:
 
 private:
     [[nodiscard]] bool write(Bytes frame) REQUIRES(mLock);
+    [[nodiscard]] bool queueRest(Bytes frame) REQUIRES(mLock);
     [[nodiscard]] bool defer(Bytes frame) REQUIRES(mLock);
     [[nodiscard]] bool flush() REQUIRES(mLock);
     [[nodiscard]] bool watch() REQUIRES(mLock);

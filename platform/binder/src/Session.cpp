@@ -152,7 +152,7 @@ void Session::end(const char* breach) {
     }
 }
 
-void Session::bury() {
+void Session::bury() noexcept {
     if (mBuried.exchange(true)) return;
     end();
     mIn.remove();
