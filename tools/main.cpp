@@ -17,7 +17,7 @@
 
 namespace {
 
-const std::terminate_handler sAbort = std::get_terminate();
+std::terminate_handler sAbort = nullptr;
 
 // An exception that is a fault in the program aborts it.
 void onTerminate() {
@@ -27,10 +27,14 @@ void onTerminate() {
     _exit(subsysctl::EXHAUSTED);
 }
 
+// Before the globals of the other files allocate.
+[[gnu::constructor(101)]] void takeTerminate() {
+    sAbort = std::set_terminate(onTerminate);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::set_terminate(onTerminate);
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
     subsysctl::Output output(std::cout, std::cerr, subsysctl::terminalStyle(json));

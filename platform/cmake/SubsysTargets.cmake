@@ -43,6 +43,8 @@ subsys_import_android(android_base base)
 function(subsys_common target)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align
                                              -Woverloaded-virtual -Wvla -Werror)
+    # A thread's variables are there when it starts: their first use neither allocates nor waits for the loader.
+    target_compile_options(${target} PRIVATE -ftls-model=initial-exec)
     target_link_libraries(${target} PUBLIC Threads::Threads)
     if(SUBSYS_SANITIZE STREQUAL "address")
         # Without the check of virtual tables, which needs the type information that a component may be built without.

@@ -1,5 +1,7 @@
 #include "TraceWriter.h"
 
+#include <android/log.h>
+
 #include <pthread.h>
 #include <time.h>
 #include <unistd.h>
@@ -17,11 +19,12 @@ using Word = std::atomic_ref<uint64_t>;
 
 // What a thread holds of the file. Plain data, so that looking at it costs nothing.
 struct ThisThread {
-    uint32_t id;      // 0 before the first mark
-    bool isOver;      // marks of later destructors are dropped
-    Thread* entry;    // null where all are held
-    uint64_t* chunk;  // the owner's word of the chunk, null where it has none
-    Slot* next;       // in the chunk
+    uint32_t id;           // 0 before the first mark
+    bool isOver;           // marks of later destructors are dropped
+    Thread* entry;         // null where all are held
+    uint64_t* entryOwner;  // its owner's word
+    uint64_t* chunk;       // the owner's word of the chunk, null where it has none
+    Slot* next;            // in the chunk
     Slot* end;
 };
 constinit thread_local ThisThread tThread{};
@@ -46,15 +49,21 @@ void release(uint64_t& owner) {
 }
 
 // Gives back what the thread holds when it ends.
-struct Leaver {
-    uint64_t* entryOwner = nullptr;
-    ~Leaver() {
-        if (tThread.chunk != nullptr) release(*tThread.chunk);
-        if (tThread.entry != nullptr) release(*entryOwner);
-        tThread = {tThread.id, true, nullptr, nullptr, nullptr, nullptr};
-    }
-};
-thread_local Leaver tLeaver;
+void leave(void*) {
+    if (tThread.chunk != nullptr) release(*tThread.chunk);
+    if (tThread.entry != nullptr) release(*tThread.entryOwner);
+    tThread = {tThread.id, true, nullptr, nullptr, nullptr, nullptr, nullptr};
+}
+
+// Not a thread_local's destructor: the C library ends the process where there is no memory to remember it.
+void leaveAtThreadEnd() {
+    static const pthread_key_t sKey = [] {
+        pthread_key_t key{};
+        if (pthread_key_create(&key, leave) != 0) __android_log_assert(nullptr, "Recorder", "no thread key is left");
+        return key;
+    }();
+    pthread_setspecific(sKey, &tThread);
+}
 
 uint64_t now() {
     timespec time{};
@@ -118,8 +127,9 @@ size_t findPlace(const Key& key, const Take& take) {
 void TraceWriter::enterThread() {
     tThread.id = static_cast<uint32_t>(gettid());
     const size_t index = claim(mFile.threadOwners, mFile.nextThread);
-    tLeaver.entryOwner = index == NONE ? nullptr : &mFile.threadOwners[index];
+    leaveAtThreadEnd();
     if (index == NONE) return;
+    tThread.entryOwner = &mFile.threadOwners[index];
     Thread& entry = mFile.threads[index];
     decltype(entry.name) name{};
     pthread_getname_np(pthread_self(), static_cast<char*>(static_cast<void*>(name.data())), sizeof(name));

@@ -49,6 +49,8 @@ private:
         auto* const bytes = reinterpret_cast<uint8_t*>(&mHello);
         const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
         if (received < 0 && errno == EAGAIN) return false;
+        if (received < 0 && errno != ECONNRESET)
+            warn("a connection of process %d is lost: %s", mPeer.pid, strerror(errno));
         if (received <= 0) return close();
         if (mPassed.size() > 2) return refuse("passes more descriptors than a session has");
         mReceived += static_cast<size_t>(received);

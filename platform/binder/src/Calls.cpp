@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace binder {
@@ -35,6 +36,9 @@ bool Calls::send(Stream& stream, Bytes frame) {
 
 binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
     device::MutexLock lock(mLock);
+    // Nothing that follows may fail where a connection is already counted.
+    mUsed.reserve(MAX_CALLS);
+    mIdle.reserve(MAX_CALLS);
     if (mIdle.empty() && mOpen < MAX_CALLS && !mEnded) {
         ++mOpen;
         lock.unlock();
@@ -54,7 +58,7 @@ binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream
     return STATUS_OK;
 }
 
-std::unique_ptr<Stream> Calls::open(Session& session) {
+std::unique_ptr<Stream> Calls::open(Session& session) try {
     auto [own, peers] = socketPair();
     if (!own.isValid()) {
         warn("no new connection to process %d: %s", session.peer().pid, strerror(errno));
@@ -62,6 +66,9 @@ std::unique_ptr<Stream> Calls::open(Session& session) {
     }
     constexpr pid_t UNCOUNTED = -1;
     return session.control().pass(peers) ? std::make_unique<Stream>(std::move(own), UNCOUNTED) : nullptr;
+} catch (const std::bad_alloc&) {
+    warn("no new connection to process %d: no memory", session.peer().pid);
+    return nullptr;
 }
 
 void Calls::giveBack(std::unique_ptr<Stream> stream) {

@@ -116,7 +116,10 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
     const AIBinder_Class* clazz = binder->clazz();
     if (clazz == nullptr) return STATUS_INVALID_OPERATION;
     *in = new (std::nothrow) AParcel(binder);
-    if (*in == nullptr) return STATUS_NO_MEMORY;
+    if (*in == nullptr) {
+        binder::warn("a call to %s is not made: no memory", clazz->descriptor.c_str());
+        return STATUS_NO_MEMORY;
+    }
     clazz->writeToken(**in);
     return STATUS_OK;
 }

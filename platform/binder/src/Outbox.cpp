@@ -14,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace binder {
@@ -68,8 +69,18 @@ bool Outbox::write(Bytes frame) {
         if (sent < 0) return false;
         mWritten = static_cast<size_t>(sent);
     }
-    mQueue.insert(mQueue.end(), frame.begin(), frame.end());
+    if (!queueRest(frame)) return false;
     return mIsStalled || flush();
+}
+
+// False when a part of the frame is written, and there is no memory for the rest.
+bool Outbox::queueRest(Bytes frame) try {
+    mQueue.insert(mQueue.end(), frame.begin(), frame.end());
+    return true;
+} catch (const std::bad_alloc&) {
+    if (!mQueue.empty() || mWritten == 0) throw;
+    warn("the connection to process %d is lost: no memory", mPid);
+    return false;
 }
 
 bool Outbox::defer(Bytes frame) {

@@ -45,6 +45,7 @@ public:
 
 private:
     [[nodiscard]] bool write(Bytes frame) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool queueRest(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool defer(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool flush() SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool watch() SUBSYS_REQUIRES(mLock);

@@ -160,7 +160,10 @@ bool AParcel::reserve(size_t size) {
     const size_t capacity = std::max(needed, 2 * mCapacity);
     if (capacity > INT32_MAX) return false;
     std::unique_ptr<uint8_t[]> larger(new (std::nothrow) uint8_t[capacity]);
-    if (larger == nullptr) return false;
+    if (larger == nullptr) {
+        binder::warn("there is no memory for a parcel of %zu bytes", size);
+        return false;
+    }
     memcpy(larger.get(), mBytes, sizeof(FrameHeader) + mSize);
     mHeap = std::move(larger);
     mBytes = mHeap.get();

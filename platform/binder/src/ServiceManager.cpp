@@ -162,6 +162,7 @@ std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vec
     const Hello hello{PROTOCOL, kind, processKey()};
     const Bytes bytes(reinterpret_cast<const uint8_t*>(&hello), sizeof(hello));
     const ssize_t sent = passed.empty() ? sendSome(fd, bytes, 0) : sendWith(fd, bytes, passed, 0);
+    if (sent < 0) warn("process %d cannot be asked: %s", peerOf(fd).pid, strerror(errno));
     HelloReply reply{};
     auto* const answer = reinterpret_cast<uint8_t*>(&reply);
     const bool isAnswered =
@@ -196,6 +197,8 @@ Root findRoot(UniqueFd fd, const Session::Peer& peer) {
 ndk::SpAIBinder find(const std::string& name) {
     if (ndk::SpAIBinder own = registeredHere(name); own.get() != nullptr) return own;
     UniqueFd fd = NameFolder::connect(name);
+    if (!fd.isValid() && errno != ENOENT && errno != ECONNREFUSED)
+        warn("%s cannot be reached: %s", name.c_str(), strerror(errno));
     const ucred server = peerOf(fd);
     if (server.pid < 0 || !isOpen()) return nullptr;
     const auto identity = ask(fd, HelloKind::Identify);

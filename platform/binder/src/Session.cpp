@@ -166,7 +166,7 @@ void Session::end(const char* breach) {
     }
 }
 
-void Session::bury() {
+void Session::bury() noexcept {
     if (mBuried.exchange(true)) return;
     end();
     mIn.remove();

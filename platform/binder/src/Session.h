@@ -76,8 +76,9 @@ public:
     void end(const char* breach = nullptr);
     // Whether the peer broke a rule: what it sent behind is not run.
     [[nodiscard]] bool hasFailed() const { return mFailed.load(std::memory_order_relaxed); }
-    // The inbox is at its end: obituaries, and everything is given back. Thread: binder.
-    void bury();
+    // The inbox is at its end: obituaries, and everything is given back. Nobody hears of the death where one of them
+    // throws, so that ends the process. Thread: binder.
+    void bury() noexcept;
 
 private:
     const Peer mPeer;

@@ -47,7 +47,8 @@ public:
 
     template <typename T, typename... Args>
     static std::shared_ptr<T> make(Args&&... args) {
-        std::shared_ptr<T> object(new T(std::forward<Args>(args)...));
+        std::unique_ptr<T> fresh(new T(std::forward<Args>(args)...));
+        std::shared_ptr<T> object(std::move(fresh));
         static_cast<SharedRefBase&>(*object).own(object);
         return object;
     }
