@@ -350,11 +350,14 @@ TEST_F(ProcessesTest, Oneway_WhenAHandlerBlocks_ThenOtherObjectsAreServedAndItsO
     EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
 }
 
-/** `onLoop`: as a message loop's thread that has no time to sleep. */
-void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
+/** The thread of a message loop that always has more to run. */
+struct BusyLoop : device::LoopThread {
+    BusyLoop() { hasMore = true; }
+};
+
+void fillUp(const Peer& server, const ndk::SpAIBinder& service) {
     const LogCapture log;
     constexpr size_t BALLAST = 1000;
-    const auto loop = onLoop ? std::make_unique<device::LoopThread>() : nullptr;
     ASSERT_EQ(STATUS_OK, echo(service, 1));
     server.stop();
     size_t sent = 0;
@@ -375,11 +378,12 @@ void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
 }
 
 TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndMoreFailsOnce) {
-    fillUp(mServer, mService, /*onLoop=*/false);
+    fillUp(mServer, mService);
 }
 
 TEST_F(ProcessesTest, Oneway_WhenTheReceiverOfALoopIsTooSlow_ThenItIsTheSame) {
-    fillUp(mServer, mService, /*onLoop=*/true);
+    const BusyLoop loop;
+    fillUp(mServer, mService);
 }
 
 TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBlocks) {
@@ -389,15 +393,15 @@ TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBloc
         return call(
             mService, POST, [](AParcel* in) { AParcel_writeInt32(in, 1); }, {}, FLAG_ONEWAY);
     };
-    const device::LoopThread loop;
+    const BusyLoop loop;
     for (size_t i = 1; i <= 20; ++i) {
         ASSERT_EQ(STATUS_OK, ask());
         ASSERT_TRUE(notes.await(i)) << "though this thread does not sleep";
     }
 }
 
-TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheFirstCallAfterASleepFindsOut) {
-    device::LoopThread loop;
+TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheNextCallThatWouldWaitFindsOut) {
+    BusyLoop loop;
     ASSERT_EQ(STATUS_OK, note(mService, 1));
     ASSERT_TRUE(loop.hasOutput());
     loop.output->flush();
@@ -409,13 +413,25 @@ TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheFirstCallAft
 }
 
 TEST_F(SingleServerTest, Oneway_WhenALoopMakesMany_ThenACallOfAnotherThreadFollowsThem) {
-    device::LoopThread loop;
+    const BusyLoop loop;
     for (int32_t i = 0; i < 500; ++i) {
         for (int n = 0; n < i % 5; ++n) ASSERT_EQ(STATUS_OK, note(mService, -1));
         ASSERT_EQ(STATUS_OK, note(mService, i));
         int32_t last = -1;
         std::thread([&] { last = callForInt(mService, LAST); }).join();
         ASSERT_EQ(i, last);
+    }
+}
+
+TEST_F(SingleServerTest, DecStrong_WhenALoopsCallToTheObjectWaits_ThenTheCallRunsBeforeTheObjectGoes) {
+    const BusyLoop loop;
+    for (int32_t i = 0; i < 20; ++i) {
+        ndk::SpAIBinder made;
+        call(mService, MAKE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &made); });
+        ASSERT_TRUE(AIBinder_associateClass(made.get(), echoClass()));
+        ASSERT_EQ(STATUS_OK, note(made, i));
+        made = nullptr;
+        ASSERT_EQ(STATUS_OK, echo(mService, 1)) << "or the session has ended";
     }
 }
 

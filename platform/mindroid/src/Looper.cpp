@@ -57,8 +57,8 @@ void Looper::bind(const sp<Looper>& looper) {
 void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
-    const device::LoopThread thread;
-    while (const sp<Message> message = self->mQueue->next()) {
+    device::LoopThread thread;
+    while (const sp<Message> message = self->mQueue->next(thread)) {
         Message::dispatch(message);
         message->letGo();
     }
