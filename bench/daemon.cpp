@@ -98,7 +98,7 @@ public:
 
     void come() {
         mCalled.note();
-        mHere.await(CLIENTS);
+        mAllCame.await(1);
     }
 
 private:
@@ -107,16 +107,18 @@ private:
         for (uint32_t i = 1; i <= CLIENTS; ++i) {
             startProcess([this] {
                 const auto service = connect();
-                mHere.note();
+                mCame.note();
                 pause();
             });
-            mHere.await(i);
+            mCame.await(i);
         }
+        mAllCame.note();
         pause();
     }
 
     Arrivals& mCalled = newSharedArrivals();
-    Arrivals& mHere = newSharedArrivals();
+    Arrivals& mCame = newSharedArrivals();
+    Arrivals& mAllCame = newSharedArrivals();
     const pid_t mParent;
 };
 
