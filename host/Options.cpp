@@ -1,5 +1,7 @@
 #include "host/Options.h"
 
+#include "host/LogLevel.h"
+
 #include <getopt.h>
 
 #include <charconv>
@@ -14,7 +16,7 @@ constexpr int EXIT_USAGE = 2;
 constexpr const char* ABOUT =
     "Usage: subsysd [OPTION...]\n"
     "Publishes the ISubsys service and serves it until SIGTERM or SIGINT.\n"
-    "Prints a line when it serves. Logs to stderr; SIGUSR1 logs its name.\n"
+    "Prints a line when it serves. Logs to stderr; SIGUSR1 logs its state.\n"
     "\n"
     "Options:\n";
 
@@ -26,19 +28,15 @@ constexpr const char* FOOTER =
     "  SUBSYS_BINDER_DIR   the folder of the service names\n"
     "\n"
     "Exit codes: 0 ended by a signal, 1 can't serve, 2 wrong usage,\n"
-    "            3 ended by force because a component did not return\n"
+    "            3 ended by force because a component did not return,\n"
+    "            4 out of memory or threads where nothing else was left to do\n"
     "\n"
     "Example: subsysd --device build/device --load build/lib/libsimvs.so\n";
 
 bool takeLevel(Options& options, std::string_view text) {
-    constexpr std::string_view LEVELS[] = {"debug", "info", "warn", "error"};
-    int level = ANDROID_LOG_DEBUG;
-    for (const std::string_view name : LEVELS) {
-        if (name == text) break;
-        ++level;
-    }
-    options.logLevel = static_cast<android_LogPriority>(level);
-    return level <= ANDROID_LOG_ERROR;
+    const auto level = parseLogLevel(text);
+    options.logLevel = level.value_or(options.logLevel);
+    return level.has_value();
 }
 
 bool takeStopTimeout(Options& options, std::string_view text) {
@@ -85,8 +83,7 @@ constexpr Row ROWS[] = {
     {"device", "DIR", "the folder that stands for the device", takeDevice, "a folder"},
     {"load", "LIBRARY", "load a component library; may be repeated", takeLibrary, "a file"},
     {"load-dir", "DIR", "load all *.so of the folder by name; may be repeated", takeFolder, "a folder"},
-    {"log-level", "LEVEL", "log from debug, info, warn or error up; default info", takeLevel,
-     "debug, info, warn or error"},
+    {"log-level", "LEVEL", "log from debug, info, warn or error up; default info", takeLevel, LOG_LEVELS},
     {"stop-timeout", "MS", "milliseconds to end after a signal; default 3000", takeStopTimeout, "0 to 600000"},
     {"help", nullptr, "print this", showHelp},
     {"version", nullptr, "print the version", showVersion},

@@ -1,7 +1,6 @@
 #include "host/PluginList.h"
 
 #include <device/DevicePath.h>
-#include <mindroid/Log.h>
 
 #include <elf.h>
 #include <tinyxml2.h>
@@ -12,13 +11,11 @@
 #include <fstream>
 #include <string>
 #include <system_error>
+#include <vector>
 
-using mindroid::Log;
 using tinyxml2::XMLElement;
 
 namespace {
-
-constexpr const char* TAG = "subsysd";
 
 // What is wrong with the file before anyone reads it, or null. Opening a FIFO would block.
 const char* findUnreadable(const std::string& file) {
@@ -56,29 +53,40 @@ const char* findUnloadable(const std::string& file) {
     return isLibraryOfThisMachine(file) ? nullptr : "is not a library for this machine";
 }
 
-void checkItem(const XMLElement& item) {
+using Faults = std::vector<std::string>;
+
+void checkItem(const XMLElement& item, Faults& faults) {
     const char* name = item.Attribute("name");
     const char* path = item.Attribute("path");
-    if (name == nullptr || path == nullptr)
-        return Log::w(TAG, "plugin list: the item in line %d lacks a name or a path", item.GetLineNum());
+    if (name == nullptr || path == nullptr) {
+        const std::string line = std::to_string(item.GetLineNum());
+        faults.push_back("plugin list: the item in line " + line + " lacks a name or a path");
+        return;
+    }
     const std::string file = device::path(path);
-    if (const char* fault = findUnloadable(file)) Log::w(TAG, "plugin %s: %s %s", name, file.c_str(), fault);
+    if (const char* fault = findUnloadable(file))
+        faults.push_back(std::string("plugin ") + name + ": " + file + " " + fault);
 }
 
-void checkItems(const std::string& list, const tinyxml2::XMLDocument& document) {
+void checkItems(const std::string& list, const tinyxml2::XMLDocument& document, Faults& faults) {
     const XMLElement* root = document.FirstChildElement("plugin_config");
     const XMLElement* item = root != nullptr ? root->FirstChildElement("item") : nullptr;
-    if (item == nullptr) Log::w(TAG, "plugin list: %s has no item in a plugin_config", list.c_str());
-    for (; item != nullptr; item = item->NextSiblingElement("item")) checkItem(*item);
+    if (item == nullptr) faults.push_back("plugin list: " + list + " has no item in a plugin_config");
+    for (; item != nullptr; item = item->NextSiblingElement("item")) checkItem(*item, faults);
 }
 
 }  // namespace
 
-void checkPluginList() {
+std::vector<std::string> pluginListFaults() {
     const std::string list = device::path("/odm/etc/plugin_config.xml");
-    if (const char* fault = findUnreadable(list)) return Log::w(TAG, "plugin list: %s %s", list.c_str(), fault);
+    if (const char* fault = findUnreadable(list)) return {"plugin list: " + list + " " + fault};
     tinyxml2::XMLDocument document;
-    if (document.LoadFile(list.c_str()) == tinyxml2::XML_SUCCESS) return checkItems(list, document);
-    Log::w(TAG, "plugin list: %s is malformed: %s in line %d", list.c_str(), document.ErrorName(),
-           document.ErrorLineNum());
+    Faults faults;
+    if (document.LoadFile(list.c_str()) == tinyxml2::XML_SUCCESS) {
+        checkItems(list, document, faults);
+    } else {
+        faults.push_back("plugin list: " + list + " is malformed: " + document.ErrorName() + " in line " +
+                         std::to_string(document.ErrorLineNum()));
+    }
+    return faults;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
-// Looks at the device's plugin list and the files that it names, opens no library, and logs a warning for each fault
-// that the service library passes over in silence. Main thread.
-void checkPluginList();
+#include <string>
+#include <vector>
+
+// What is wrong with the device's plugin list and the files that it names, a line for each fault: the service library
+// passes over them in silence. Opens no library. Any thread.
+[[nodiscard]] std::vector<std::string> pluginListFaults();

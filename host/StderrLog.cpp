@@ -2,6 +2,8 @@
 
 #include "host/Escape.h"
 
+#include <device/Mutex.h>
+
 #include <limits.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -9,7 +11,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -18,8 +19,8 @@ namespace {
 // What a reader that stands still would block; set before other threads log.
 bool sMayBlock = false;
 
-std::mutex sLock;
-size_t sDropped = 0;  // guarded by sLock
+constinit device::Mutex sLock;
+size_t sDropped SUBSYS_GUARDED_BY(sLock) = 0;
 
 // A pipe that can be written to takes PIPE_BUF bytes; the lock keeps that room for who asked.
 bool hasRoom() {
@@ -32,7 +33,7 @@ void put(const char* line, size_t size) {
     [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, line, size);
 }
 
-void sayDropped() {
+void sayDropped() SUBSYS_REQUIRES(sLock) {
     char line[80];
     const int length =
         snprintf(line, sizeof(line), "subsysd: %zu log lines were dropped\n", std::exchange(sDropped, 0));
@@ -40,7 +41,7 @@ void sayDropped() {
 }
 
 void putOrDrop(const char* line, size_t size) {
-    const std::lock_guard lock(sLock);
+    const device::MutexLock lock(sLock);
     if (sDropped > 0 && hasRoom()) sayDropped();
     if (hasRoom()) {
         put(line, size);

@@ -5,6 +5,7 @@
 #include "host/StderrLog.h"
 
 #include <android/log.h>
+#include <device/Exhaustion.h>
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -22,6 +24,17 @@
 namespace {
 
 constexpr const char* TAG = "subsysd";
+constexpr int EXIT_EXHAUSTED = 4;
+
+const std::terminate_handler sAbort = std::get_terminate();
+
+// An exception that is a fault in the program aborts it.
+void onTerminate() {
+    const char* const reason = device::exhausted();
+    if (reason == nullptr) sAbort();
+    __android_log_print(ANDROID_LOG_FATAL, TAG, "can't go on: %s", reason);
+    _exit(EXIT_EXHAUSTED);
+}
 
 // A standard descriptor that is closed would be the number of the next file: a log line would go to a client.
 bool openStandardFiles() {
@@ -88,7 +101,11 @@ int serve(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!openStandardFiles()) return EXIT_FAILURE;
+    if (!openStandardFiles()) {
+        perror("subsysd: can't open /dev/null");
+        return EXIT_FAILURE;
+    }
+    std::set_terminate(onTerminate);
     const Options options = Options::parse(argc, argv);
     prepareSignals();
     startLog(options.logLevel);

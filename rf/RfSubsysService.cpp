@@ -138,7 +138,7 @@ void RfSubsysService::setSubsysState(bool connected) {
 }
 
 void RfSubsysService::handleMessage(const sp<Message>& message) {
-    if (message && message->what == MSG_CONNECT) onSubsysConnected();
+    if (message->what == MSG_CONNECT) onSubsysConnected();
 }
 
 void RfSubsysService::onSubsysConnected() {

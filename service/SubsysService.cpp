@@ -125,17 +125,20 @@ void SubsysService::cleanUp(const std::shared_ptr<ISubsysResponse>& response,
                             const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::serviceDied: Client died. Cleaning up callbacks");
     atrace_instant(::hal::TRACE_TAG, "RF client died");
-    Log::d(TAG, "SubsysService::clearCallbacks");
-    mSubsysResponse->clearCallback(response);
-    mSubsysIndication->clearCallback(indication);
+    clearCallbacks(response, indication);
     mStateTracker->setHidlState(0);
     mRfSubsysService->setSubsysState(false);
 }
 
 void SubsysService::clearCallbacks() {
+    clearCallbacks(mSubsysResponse->getCallback(), mSubsysIndication->getCallback());
+}
+
+void SubsysService::clearCallbacks(const std::shared_ptr<ISubsysResponse>& response,
+                                   const std::shared_ptr<ISubsysIndication>& indication) {
     Log::d(TAG, "SubsysService::clearCallbacks");
-    mSubsysResponse->setCallback(nullptr);
-    mSubsysIndication->setCallback(nullptr);
+    mSubsysResponse->clearCallback(response);
+    mSubsysIndication->clearCallback(indication);
 }
 
 ScopedAStatus SubsysService::setCallback(const std::shared_ptr<ISubsysResponse>& response,

@@ -95,6 +95,8 @@ private:
     // Forgets these callbacks where they are still the ones that are stored, and reports the client as gone.
     void cleanUp(const std::shared_ptr<ISubsysResponse>& response,
                  const std::shared_ptr<ISubsysIndication>& indication);
+    void clearCallbacks(const std::shared_ptr<ISubsysResponse>& response,
+                        const std::shared_ptr<ISubsysIndication>& indication);
 
     ::mindroid::sp<::subsys_utils::DeathMonitor> mDeathMonitor;
     ::mindroid::sp<SubsysServiceHandler> mHandler;

@@ -12,7 +12,7 @@ EventThread::EventThread() {
 }
 
 void EventThread::post(int64_t delayMillis, Task task) {
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     mTasks.emplace(Clock::now() + std::chrono::milliseconds(delayMillis), std::move(task));
     mWake.notify_one();
 }
@@ -23,12 +23,12 @@ void EventThread::run() {
 }
 
 EventThread::Task EventThread::waitForNext() {
-    std::unique_lock lock(mLock);
+    device::MutexLock lock(mLock);
     for (;;) {
         if (mTasks.empty()) {
-            mWake.wait(lock);
+            lock.wait(mWake);
         } else if (mTasks.begin()->first > Clock::now()) {
-            mWake.wait_until(lock, Clock::time_point(mTasks.begin()->first));
+            lock.waitUntil(mWake, mTasks.begin()->first);
         } else {
             return std::move(mTasks.extract(mTasks.begin()).mapped());
         }

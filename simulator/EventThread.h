@@ -1,11 +1,12 @@
 #pragma once
 
+#include <device/Mutex.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <mutex>
 
 namespace simulator {
 
@@ -28,9 +29,9 @@ private:
     [[noreturn]] void run();
     Task waitForNext();
 
-    std::mutex mLock;
+    device::Mutex mLock;
     std::condition_variable mWake;
-    std::multimap<Clock::time_point, Task> mTasks;
+    std::multimap<Clock::time_point, Task> mTasks SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace simulator

@@ -139,13 +139,15 @@ IccDevice::IccDevice()
 
 void IccDevice::init(uint8_t version, uint32_t speed, uint8_t brindle) {
     LOG_D("iccApis_init version %d speed %u brindle %d", version, speed, brindle);
-    serve(INIT, [&] { mVersion = version; });
+    serve(INIT, [&](State& current) { current.version = version; });
 }
 
 ICC_APIS_RESULT IccDevice::registerEvent(IccEventType type, void* context, IccEventCallback callback) {
     LOG_D("registerIccEvent %u", type);
-    if (type < 1 || type > mListeners.size() || callback == nullptr) return ICC_APIS_FAILURE;
-    const Reaction reaction = serve(REGISTER_EVENT, [&] { mListeners[type - 1] = {context, callback}; });
+    if (type < 1 || type > ICC_EVENT_COEX_ANT_CHANGED || callback == nullptr) return ICC_APIS_FAILURE;
+    const Reaction reaction = serve(REGISTER_EVENT, [&](State& current) {
+        current.listeners[type - 1] = {context, callback};
+    });
     return static_cast<ICC_APIS_RESULT>(reaction.answer.code.value_or(ICC_APIS_SUCCESS));
 }
 
@@ -153,8 +155,8 @@ void IccDevice::sendRequest(uint32_t reqId, const uint8_t* req, uint32_t reqLen,
                             uint32_t timeoutMs) {
     if (req == nullptr) reqLen = 0;
     LOG_D("iccSendReqSync %u, %u bytes %s, timeout %u", reqId, reqLen, toHex(req, reqLen).c_str(), timeoutMs);
-    const Reaction reaction = react(SEND_REQ_SYNC, [&] {
-        if (reqId == WIFI_ANT_REQUEST && reqLen >= 2) mModes[WIFI_ANT] = req[1];
+    const Reaction reaction = react(SEND_REQ_SYNC, [&](State& current) {
+        if (reqId == WIFI_ANT_REQUEST && reqLen >= 2) current.modes[WIFI_ANT] = req[1];
     });
     if (reaction.answer.silent) {
         sleepMillis(timeoutMs);
@@ -167,31 +169,31 @@ void IccDevice::sendRequest(uint32_t reqId, const uint8_t* req, uint32_t reqLen,
 }
 
 IccResponse IccDevice::makeResponse(uint32_t reqId, const uint8_t* req, uint32_t reqLen, const ScenarioAnswer& answer) {
-    const std::lock_guard lock(mLock);
+    const device::MutexLock lock(mLock);
     IccResponse response{};
     response.status = static_cast<uint8_t>(answer.code.value_or(0));
     response.hwId = HW_ID;
-    response.version = mVersion;
-    response.flags = static_cast<uint8_t>((mIsScreenOn ? 1 : 0) | (mIsUartLogOn ? 2 : 0));
+    response.version = mState.version;
+    response.flags = static_cast<uint8_t>((mState.isScreenOn ? 1 : 0) | (mState.isUartLogOn ? 2 : 0));
     response.reqId = reqId;
-    std::copy(mModes.begin(), mModes.end(), response.modes);
+    std::copy(mState.modes.begin(), mState.modes.end(), response.modes);
     response.echoLength = static_cast<uint8_t>(std::min<size_t>(reqLen, sizeof(response.echo)));
     std::copy_n(req, response.echoLength, response.echo);
-    response.satelliteTechnology = mSatelliteTechnology;
-    response.satelliteAntenna = mSatelliteAntenna;
-    std::copy_n(mTxBands, 2, response.txBands);
-    std::copy_n(mTxParam1, 2, response.txParam1);
-    std::copy_n(mTxParam2, 2, response.txParam2);
+    response.satelliteTechnology = mState.satelliteTechnology;
+    response.satelliteAntenna = mState.satelliteAntenna;
+    std::copy_n(mState.txBands, 2, response.txBands);
+    std::copy_n(mState.txParam1, 2, response.txParam1);
+    std::copy_n(mState.txParam2, 2, response.txParam2);
     applyFields(answer.fields, &response);
     return response;
 }
 
 spi_cmd_err_code_e IccDevice::setSatelliteAntState(int technology, int antenna, int state) {
     LOG_D("iccSetSatelliteAntState technology %d antenna %d state %d", technology, antenna, state);
-    return command(SET_SATELLITE_ANT_STATE, [&] {
-        mModes[SATELLITE_ANT] = static_cast<uint8_t>(state);
-        mSatelliteTechnology = static_cast<uint8_t>(technology);
-        mSatelliteAntenna = static_cast<uint8_t>(antenna);
+    return command(SET_SATELLITE_ANT_STATE, [&](State& current) {
+        current.modes[SATELLITE_ANT] = static_cast<uint8_t>(state);
+        current.satelliteTechnology = static_cast<uint8_t>(technology);
+        current.satelliteAntenna = static_cast<uint8_t>(antenna);
     });
 }
 
@@ -200,18 +202,18 @@ spi_cmd_err_code_e IccDevice::setTxSharingState(uint8_t enable, const std::vecto
                                                 const std::vector<uint8_t>& param2) {
     LOG_D("iccSetTxSharingState enable %d band %s param1 %s param2 %s", enable, toText(band).c_str(),
           toText(param1).c_str(), toText(param2).c_str());
-    return command(SET_TX_SHARING_STATE, [&] {
-        mModes[TX_SHARING] = enable;
-        keep(band, mTxBands);
-        keep(param1, mTxParam1);
-        keep(param2, mTxParam2);
+    return command(SET_TX_SHARING_STATE, [&](State& current) {
+        current.modes[TX_SHARING] = enable;
+        keep(band, current.txBands);
+        keep(param1, current.txParam1);
+        keep(param2, current.txParam2);
     });
 }
 
 spi_cmd_err_code_e IccDevice::setAclState(uint8_t enable, uint16_t freq, uint8_t cc, uint8_t ant) {
     LOG_D("iccSetAclState enable %d freq %d cc %d ant %d", enable, freq, cc, ant);
-    return command(SET_ACL_STATE, [&] {
-        mModes[ACL] = enable;
+    return command(SET_ACL_STATE, [&](State& current) {
+        current.modes[ACL] = enable;
         IccAclStatusRspMsgType status{};
         status.freq = freq;
         status.ant = ant;
@@ -223,41 +225,41 @@ spi_cmd_err_code_e IccDevice::setAclState(uint8_t enable, uint16_t freq, uint8_t
 
 spi_cmd_err_code_e IccDevice::setCoexAntState(const IccCoexAntType& state) {
     LOG_D("iccSetCoexAntState tech %d chain %d state %d config %d", state.tech, state.chain, state.state, state.config);
-    return command(SET_COEX_ANT_STATE, [&] {
-        mModes[COEX_ANT] = static_cast<uint8_t>(state.state);
+    return command(SET_COEX_ANT_STATE, [&](State& current) {
+        current.modes[COEX_ANT] = static_cast<uint8_t>(state.state);
         report(ICC_EVENT_COEX_ANT_CHANGED, state);
     });
 }
 
 uint8_t IccDevice::getHwId() {
     LOG_D("iccGetHwId");
-    const Reaction reaction = serve(GET_HW_ID, [] {});
+    const Reaction reaction = serve(GET_HW_ID, [](State&) {});
     return static_cast<uint8_t>(reaction.answer.code.value_or(reaction.answer.silent ? 0 : HW_ID));
 }
 
 void IccDevice::enableUartLog() {
     LOG_D("enableIccUartLog");
-    serve(ENABLE_UART_LOG, [&] { mIsUartLogOn = true; });
+    serve(ENABLE_UART_LOG, [&](State& current) { current.isUartLogOn = true; });
 }
 
 void IccDevice::reloadConfig() {
     LOG_D("iccReloadConfig");
-    serve(RELOAD_CONFIG, [&] { mModes = {}; });
+    serve(RELOAD_CONFIG, [&](State& current) { current.modes = {}; });
 }
 
 void IccDevice::setScreenState(bool on) {
     LOG_D("setScreenState %d", on);
-    serve(SET_SCREEN_STATE, [&] { mIsScreenOn = on; });
+    serve(SET_SCREEN_STATE, [&](State& current) { current.isScreenOn = on; });
 }
 
 spi_cmd_err_code_e IccDevice::getState() {
     LOG_D("getIccState");
-    return command(GET_STATE, [] {});
+    return command(GET_STATE, [](State&) {});
 }
 
 void IccDevice::sendEventInd(uint32_t event, const uint8_t* data, uint16_t size) {
     LOG_D("sendIccEventInd %u, %u bytes %s", event, size, toHex(data, size).c_str());
-    serve(SEND_EVENT_IND, [&] {
+    serve(SEND_EVENT_IND, [&](State&) {
         IccPercStateType perception{};
         perception.size = 1;
         perception.entries[0].value0 = static_cast<uint8_t>(event);
@@ -285,20 +287,20 @@ spi_cmd_err_code_e IccDevice::command(size_t request, const Effect& effect) {
 }
 
 void IccDevice::apply(const Effect& effect) {
-    const std::lock_guard lock(mLock);
-    const IccStateInfoType before = stateLocked();
-    effect();
-    const IccStateInfoType after = stateLocked();
+    const device::MutexLock lock(mLock);
+    const IccStateInfoType before = mState.info();
+    effect(mState);
+    const IccStateInfoType after = mState.info();
     if (std::memcmp(&before, &after, sizeof(after)) != 0) report(ICC_EVENT_STATE_CHANGED, after);
 }
 
-IccStateInfoType IccDevice::stateLocked() const {
+IccStateInfoType IccDevice::State::info() const {
     IccStateInfoType state{};
-    state.iccState = static_cast<IccStateType>(mIsScreenOn ? STATE_ACTIVE : STATE_IDLE);
+    state.iccState = static_cast<IccStateType>(isScreenOn ? STATE_ACTIVE : STATE_IDLE);
     state.modeNum = MODE_COUNT;
-    for (size_t i = 0; i < mModes.size(); ++i) {
+    for (size_t i = 0; i < modes.size(); ++i) {
         state.modes[2 * i] = static_cast<uint8_t>(i + 1);
-        state.modes[2 * i + 1] = mModes[i];
+        state.modes[2 * i + 1] = modes[i];
     }
     return state;
 }
@@ -312,8 +314,8 @@ void IccDevice::play(const ScenarioEvent& event) {
     std::vector<uint8_t> record(EVENTS[event.kind].recordSize);
     const auto type = static_cast<IccEventType>(event.kind + 1);
     if (type == ICC_EVENT_STATE_CHANGED) {
-        const std::lock_guard lock(mLock);
-        const IccStateInfoType state = stateLocked();
+        const device::MutexLock lock(mLock);
+        const IccStateInfoType state = mState.info();
         std::memcpy(record.data(), &state, sizeof(state));
     }
     applyFields(event.fields, record.data());
@@ -326,8 +328,8 @@ void IccDevice::play(const ScenarioEvent& event) {
 void IccDevice::deliver(IccEventType type, void* data, int size) {
     Listener listener{};
     {
-        const std::lock_guard lock(mLock);
-        listener = mListeners[type - 1];
+        const device::MutexLock lock(mLock);
+        listener = mState.listeners[type - 1];
     }
     LOG_D("event %u, %d bytes%s", type, size, listener.callback == nullptr ? ", nobody registered" : "");
     if (listener.callback != nullptr) listener.callback(type, listener.context, data, size);

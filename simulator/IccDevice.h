@@ -4,10 +4,11 @@
 #include "simulator/EventThread.h"
 #include "simulator/ScenarioPlayer.h"
 
+#include <device/Mutex.h>
+
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <vector>
 
 namespace simulator {
@@ -60,7 +61,22 @@ private:
         void* context;
         IccEventCallback callback;
     };
-    using Effect = std::function<void()>;
+    struct State {
+        std::array<Listener, ICC_EVENT_COEX_ANT_CHANGED> listeners{};  // entry i: event type i + 1
+        std::array<uint8_t, MODE_COUNT> modes{};
+        bool isScreenOn = true;
+        bool isUartLogOn = false;
+        uint8_t version = 0;
+        // As set last, the first two values of each kind.
+        uint8_t satelliteTechnology = 0;
+        uint8_t satelliteAntenna = 0;
+        uint16_t txBands[2]{};
+        uint16_t txParam1[2]{};
+        uint8_t txParam2[2]{};
+
+        [[nodiscard]] IccStateInfoType info() const;
+    };
+    using Effect = std::function<void(State& state)>;  // runs with the lock held
 
     IccDevice();
 
@@ -71,26 +87,14 @@ private:
     spi_cmd_err_code_e command(size_t request, const Effect& effect);
     void apply(const Effect& effect);
     IccResponse makeResponse(uint32_t reqId, const uint8_t* req, uint32_t reqLen, const ScenarioAnswer& answer);
-    [[nodiscard]] IccStateInfoType stateLocked() const;
 
     template <typename T>
     void report(IccEventType type, const T& record);
     void play(const ScenarioEvent& event);
     void deliver(IccEventType type, void* data, int size);
 
-    std::mutex mLock;
-    std::array<Listener, ICC_EVENT_COEX_ANT_CHANGED> mListeners{};  // entry i: event type i + 1
-    std::array<uint8_t, MODE_COUNT> mModes{};
-    bool mIsScreenOn = true;
-    bool mIsUartLogOn = false;
-    uint8_t mVersion = 0;
-    // As set last, the first two values of each kind.
-    uint8_t mSatelliteTechnology = 0;
-    uint8_t mSatelliteAntenna = 0;
-    uint16_t mTxBands[2]{};
-    uint16_t mTxParam1[2]{};
-    uint8_t mTxParam2[2]{};
-
+    device::Mutex mLock;
+    State mState SUBSYS_GUARDED_BY(mLock);
     EventThread mEvents;
     ScenarioPlayer mPlayer;
 };

@@ -1,5 +1,6 @@
 #include "tools/CommandLine.h"
 
+#include "tools/Doctor.h"
 #include "tools/NewProject.h"
 #include "tools/Requests.h"
 #include "tools/TraceVerbs.h"
@@ -33,8 +34,8 @@ constexpr char FOOTER[] =
     "give them different serials (--serial) when both send the same request.\n"
     "\n"
     "Exit codes: 0 answered with error 0; 1 answered with another error, or the call failed; 2 wrong usage;\n"
-    "69 no such service, or it died; 124 no answer in time. Of several verbs the first that fails decides; the others\n"
-    "still run, unless the service is gone.\n"
+    "69 no such service, or it died; 71 out of memory or threads; 124 no answer in time. Of several verbs the first that\n"
+    "fails decides; the others still run, unless the service is gone.\n"
     "SUBSYS_BINDER_DIR names the folder of the service names; NO_COLOR turns colours off.";
 
 // CLI::Range lets "nan" pass.
@@ -70,6 +71,19 @@ void addDump(CLI::App& app, std::vector<Step>& steps) {
     verb->group(INSIDE)->immediate_callback();
     verb->callback([&steps] {
         steps.push_back({false, false, {}, [](Session& session) { return session.dump(); }, {}});
+    });
+}
+
+void addLog(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = app.add_subcommand("log", "Change from which level on the daemon logs\n  log debug");
+    const auto level = std::make_shared<std::string>();
+    verb->group(INSIDE)->immediate_callback();
+    verb->add_option("LEVEL", *level, "debug, info, warn or error")
+        ->required()
+        ->check(CLI::IsMember({"debug", "info", "warn", "error"}));
+    verb->callback([&steps, level] {
+        const auto setLevel = [level = *level](Session& session) { return session.dump({"log", level.c_str()}); };
+        steps.push_back({false, false, {}, setLevel, {}});
     });
 }
 
@@ -156,6 +170,20 @@ void addRequests(CLI::App& app, CommandLine& commandLine) {
     });
 }
 
+void addDoctor(CLI::App& app, CommandLine& commandLine) {
+    CLI::App* verb = app.add_subcommand(
+        "doctor", "Say what is wrong, the worst first, and what to do; 0 only when nothing is\n  doctor 7");
+    const auto serial = std::make_shared<std::optional<int32_t>>();
+    verb->group(INSIDE)->immediate_callback();
+    verb->add_option("SERIAL", *serial, "Why the request with this serial or token is not answered")->type_name("N");
+    verb->callback([&commandLine, serial] {
+        const auto look = [&commandLine, given = std::exchange(*serial, {})] {
+            return doctor({given, commandLine.json}, std::cout, std::cerr);
+        };
+        commandLine.steps.push_back({false, false, {}, {}, look});
+    });
+}
+
 void addNew(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb = app.add_subcommand("new", "Write a project to start from into the folder NAME\n  new plugin mine");
     const auto project = std::make_shared<std::pair<std::string, std::string>>();
@@ -206,8 +234,10 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addStatus(app, commandLine.steps);
     addRegistrations(app, commandLine.steps);
     addDump(app, commandLine.steps);
+    addLog(app, commandLine.steps);
     addTrace(app, commandLine.steps);
     addRequests(app, commandLine);
+    addDoctor(app, commandLine);
     addNew(app, commandLine.steps);
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

@@ -46,14 +46,14 @@ Mailbox::~Mailbox() {
 }
 
 void Mailbox::putAnswer(Json answer) {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     if (mAnswers.size() == MAX_KEPT) mAnswers.pop_front();
     mAnswers.push_back(std::move(answer));
     post(mEvent);
 }
 
 void Mailbox::putIndication(Json indication) {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     if (mIndications.size() < MAX_KEPT) {
         mIndications.push_back(std::move(indication));
         post(mEvent);
@@ -63,7 +63,7 @@ void Mailbox::putIndication(Json indication) {
 }
 
 void Mailbox::putDeath() {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     mDied = true;
     post(mEvent);
 }
@@ -99,7 +99,7 @@ std::optional<Json> Mailbox::takeIndication(Clock::time_point until) {
 }
 
 std::optional<Json> Mailbox::popAnswer(const Matches& matches) {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     while (auto answer = popFront(mAnswers)) {
         if (matches(*answer)) return answer;
     }
@@ -107,17 +107,17 @@ std::optional<Json> Mailbox::popAnswer(const Matches& matches) {
 }
 
 std::optional<Json> Mailbox::popIndication() {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     return popFront(mIndications);
 }
 
 bool Mailbox::serverDied() const {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     return mDied;
 }
 
 size_t Mailbox::lost() const {
-    const std::lock_guard lock(mMutex);
+    const device::MutexLock lock(mMutex);
     return mLost;
 }
 

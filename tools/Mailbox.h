@@ -2,12 +2,13 @@
 
 #include "tools/Json.h"
 
+#include <device/Mutex.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <optional>
 
 namespace subsysctl {
@@ -50,11 +51,11 @@ private:
 
     const int mEvent;  // an eventfd, readable when something has come
     std::atomic<bool> mInterrupted = false;
-    mutable std::mutex mMutex;
-    std::deque<Json> mAnswers;  // guarded by mMutex, as are all below
-    std::deque<Json> mIndications;
-    size_t mLost = 0;
-    bool mDied = false;
+    mutable device::Mutex mMutex;
+    std::deque<Json> mAnswers SUBSYS_GUARDED_BY(mMutex);
+    std::deque<Json> mIndications SUBSYS_GUARDED_BY(mMutex);
+    size_t mLost SUBSYS_GUARDED_BY(mMutex) = 0;
+    bool mDied SUBSYS_GUARDED_BY(mMutex) = false;
 };
 
 }  // namespace subsysctl

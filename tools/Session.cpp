@@ -20,6 +20,7 @@
 
 #include "tools/CallTimer.h"
 #include "tools/Callbacks.h"
+#include "tools/Dump.h"
 
 namespace subsysctl {
 
@@ -228,15 +229,11 @@ int Session::status() {
     return OK;
 }
 
-int Session::dump() {
+int Session::dump(const std::vector<const char*>& arguments) {
     const CallTimer timer(mTimeout);
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::tmpfile(), std::fclose);
-    if (!file) return fail(NO_ANSWER, std::string("dump: no temporary file: ") + std::strerror(errno));
-    const binder_status_t status = AIBinder_dump(mService->asBinder().get(), fileno(file.get()), nullptr, 0);
-    if (status != STATUS_OK) return failCall("dump", ndk::ScopedAStatus::fromStatus(status));
-    std::rewind(file.get());
     std::string text;
-    for (char part[4096]; const size_t size = std::fread(part, 1, sizeof(part), file.get());) text.append(part, size);
+    const binder_status_t status = dumpOf(mService->asBinder().get(), arguments, text);
+    if (status != STATUS_OK) return failCall("dump", ndk::ScopedAStatus::fromStatus(status));
     mOutput.printState(text);
     return OK;
 }

@@ -13,11 +13,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace subsysctl {
 
 // Exit codes. Of several verbs the first that fails decides.
-enum ExitCode : int { OK = 0, ANSWERED_WITH_ERROR = 1, USAGE = 2, NO_SERVICE = 69, NO_ANSWER = 124 };
+enum ExitCode : int { OK = 0, ANSWERED_WITH_ERROR = 1, USAGE = 2, NO_SERVICE = 69, EXHAUSTED = 71, NO_ANSWER = 124 };
 
 struct WatchOptions {
     bool rf = true;
@@ -43,8 +44,8 @@ public:
     int request(const Request& request);
     int watch(const WatchOptions& options);
     int status();
-    // The service's own state, line for line.
-    int dump();
+    // The service's own state, line for line, or what it answers to these arguments of a dump.
+    int dump(const std::vector<const char*>& arguments = {});
 
 private:
     int fail(ExitCode code, const std::string& message) const;

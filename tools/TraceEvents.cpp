@@ -1,6 +1,7 @@
 #include "tools/TraceEvents.h"
 
 #include "tools/Json.h"
+#include "tools/TraceCalls.h"
 #include "tools/TraceRequests.h"
 
 #include <algorithm>
@@ -117,6 +118,7 @@ private:
             case MarkKind::END:
                 return addEnd(at);
             case MarkKind::INSTANT:
+                if (isCall(mark)) addSlice(mark.name, at);
                 return addWith(event("i", mark.name, at), mark.time, "s", "t");
             case MarkKind::COUNTER:
                 return addWith(event("C", mark.name, at), mark.time, "args", {{"value", mark.value}});
@@ -176,12 +178,14 @@ private:
         if (request.section.end) points.emplace_back(name + ": end", *request.section.end);
         for (size_t i = 0; i < points.size(); ++i) {
             const auto& [text, at] = points[i];
-            Json slice = event("X", text, at);
-            slice["dur"] = micros(anchorNanos(at));
-            mEvents.add(at.time, std::move(slice));
+            addSlice(text, at);
             const bool isElsewhere = i > 0 && points[i - 1].second.thread != at.thread;
             if (isElsewhere) addArrow(mEvents, {mTrace.pid, points[i - 1].second}, {mTrace.pid, at});
         }
+    }
+
+    void addSlice(const std::string& name, const TracePoint& at) {
+        addWith(event("X", name, at), at.time, "dur", micros(anchorNanos(at)));
     }
 
     // Over before the thread's next mark, where another slice may begin or end.
@@ -198,7 +202,7 @@ private:
     std::map<int32_t, int> mDepths;
 };
 
-// A request and its process, beside those of the same name in other processes.
+// A request or a call and its process, beside those of the same name in other processes.
 struct Candidate {
     const TraceSection* section;
     int32_t pid;
@@ -210,8 +214,10 @@ bool contains(const Candidate& outer, const Candidate& inner) {
     return outer.pid != inner.pid && outer.section->begin.time <= inner.section->begin.time && endsLater;
 }
 
-// From a client's request to the service's, and from its answer back.
-void connect(Events& events, const std::vector<Candidate>& sameName) {
+// From a caller's section to that of the called process, and from its end back.
+void connect(Events& events, std::vector<Candidate>& sameName) {
+    std::sort(sameName.begin(), sameName.end(),
+              [](const auto& a, const auto& b) { return a.section->begin.time < b.section->begin.time; });
     for (const Candidate& inner : sameName) {
         const auto outer = std::find_if(sameName.rbegin(), sameName.rend(),
                                         [&](const Candidate& each) { return contains(each, inner); });
@@ -227,8 +233,10 @@ void connect(Events& events, const std::vector<Candidate>& sameName) {
 void writeTraceEvents(std::ostream& out, const std::vector<Trace>& traces) {
     Events events;
     std::vector<TracedSections> sections;
+    std::vector<std::vector<TraceSection>> calls;
     for (const Trace& trace : traces) {
         sections.push_back(tracedSections(trace));
+        calls.push_back(tracedCalls(trace));
         ProcessEvents(trace, events).add(sections.back());
     }
     std::map<std::string_view, std::vector<Candidate>> byName;
@@ -236,12 +244,9 @@ void writeTraceEvents(std::ostream& out, const std::vector<Trace>& traces) {
         for (const TracedRequest& request : sections[i].requests) {
             byName[request.section.name].push_back({&request.section, traces[i].pid});
         }
+        for (const TraceSection& call : calls[i]) byName[call.name].push_back({&call, traces[i].pid});
     }
-    for (auto& [name, sameName] : byName) {
-        std::sort(sameName.begin(), sameName.end(),
-                  [](const auto& a, const auto& b) { return a.section->begin.time < b.section->begin.time; });
-        connect(events, sameName);
-    }
+    for (auto& [name, sameName] : byName) connect(events, sameName);
     events.write(out);
 }
 

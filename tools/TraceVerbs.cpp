@@ -84,12 +84,6 @@ void keepCurrent(std::vector<Trace>& traces) {
     }
 }
 
-// Of an ended process, when it marked last.
-int64_t nowOf(const Trace& trace) {
-    if (trace.isAlive) return monotonicNanos();
-    return trace.marks.empty() ? trace.startTime : trace.marks.back().time;
-}
-
 std::string wallClock(const Trace& trace, int64_t time) {
     const int64_t nanos = trace.startWallTime + (time - trace.startTime);
     const time_t seconds = nanos / 1'000'000'000;
@@ -217,10 +211,20 @@ int trace(const TraceOptions& options, std::ostream& out, std::ostream& err) {
     return OK;
 }
 
-int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err) {
+std::vector<Trace> daemonTraces(std::ostream& err) {
     auto traces = readOrExplain(false, DAEMON, err);
-    if (traces.empty()) return NO_SERVICE;
     keepCurrent(traces);
+    return traces;
+}
+
+int64_t nowOf(const Trace& trace) {
+    if (trace.isAlive) return monotonicNanos();
+    return trace.marks.empty() ? trace.startTime : trace.marks.back().time;
+}
+
+int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err) {
+    const auto traces = daemonTraces(err);
+    if (traces.empty()) return NO_SERVICE;
     for (const Trace& trace : traces) printRequests(trace, nowOf(trace), options, out);
     return OK;
 }

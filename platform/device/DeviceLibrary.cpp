@@ -56,8 +56,8 @@ bool holdsItsSegments(int fd, off_t size) {
     return true;
 }
 
-// What keeps the file from being handed to dlopen, or null. A file that can't be read is left to dlopen.
-const char* findUnloadable(const std::string& file) {
+// What in the file the loader would not survive, or null. What it only refuses is left to it.
+const char* findDangerous(const std::string& file) {
     const android::base::unique_fd fd(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (fd < 0) return nullptr;
     struct stat status = {};
@@ -87,8 +87,8 @@ bool isNew(const std::string& line) {
 }  // namespace
 
 void* openLibraryFile(const std::string& file, int flags, std::string& reason) {
-    if (const char* unloadable = findUnloadable(file)) {
-        reason = unloadable;
+    if (const char* danger = findDangerous(file)) {
+        reason = danger;
         return nullptr;
     }
     void* const handle = dlopen(file.c_str(), flags);

@@ -90,7 +90,8 @@ trace::File* create(int folder, const std::string& program) {
 }
 
 trace::File* start(const std::string& program) {
-    const unique_fd folder(openRuntimeFolder());
+    std::string trouble;
+    const unique_fd folder(makeRuntimeFolder(trouble));
     const std::string name = folder < 0 ? "" : takeName(folder, program);
     trace::File* file = name.empty() ? nullptr : create(folder, name);
     if (file != nullptr) writeHeader(*file, name);

@@ -1,83 +1,28 @@
-#include "tests/support/DeviceFolder.h"
-#include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
+#include "tests/e2e/System.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <signal.h>
-
-#include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
-// The whole system as an integrator runs it: the daemon on the simulated device, its clients, each a process.
+namespace test {
 namespace {
-
-using test::Process;
-using testing::ContainsRegex;
 
 constexpr int KILLED = 128 + SIGKILL;
 constexpr int NO_SERVICE = 69;
 constexpr int NO_ANSWER = 124;
 
-// The arguments have no blanks inside.
-std::vector<std::string> wordsOf(const std::string& program, const std::string& arguments) {
-    std::istringstream words(program + " " + arguments);
-    return {std::istream_iterator<std::string>(words), {}};
-}
-
-class Client : public Process {
-public:
-    explicit Client(const std::string& arguments) : Process(wordsOf(SUBSYSCTL, arguments)) {}
-};
-
-// A client that runs to its end: its exit code, and what its output holds.
-struct Command {
-    std::string arguments;
-    int code;
-    std::vector<std::string> patterns;
-};
-
-void expectPatterns(const Process& process, const std::vector<std::string>& patterns) {
-    for (const std::string& pattern : patterns) EXPECT_THAT(process.output(), ContainsRegex(pattern));
-}
-
-void expectRun(const Command& command) {
-    Client client(command.arguments);
-    EXPECT_EQ(client.wait(), command.code) << command.arguments << '\n' << client.output();
-    expectPatterns(client, command.patterns);
-}
-
-// The device is a copy of the built one, which a test may change before it starts the daemon.
-class System : public testing::Test {
-protected:
-    System() { std::filesystem::copy(DEVICE, mDevice.path(), std::filesystem::copy_options::recursive); }
-
-    void start() {
-        mDaemon.emplace(wordsOf(SUBSYSD, "--log-level debug --load " SIMVS " --load " SIMIMS));
-        ASSERT_TRUE(mDaemon->awaitOutput("subsysd: serving ")) << mDaemon->output();
-    }
-    void expectLog(const std::string& text) { EXPECT_TRUE(mDaemon->awaitOutput(text)) << mDaemon->output(); }
-    void TearDown() override {
-        mDaemon->signal(SIGTERM);
-        EXPECT_EQ(mDaemon->wait(), 0) << mDaemon->output();
-    }
-
-    const test::NamesFolder mNames;
-    const test::DeviceFolder mDevice;
-    std::optional<Process> mDaemon;
-};
-
 TEST_F(System, Request_WhenSent_ThenItsAnswer) {
     start();
     const Command commands[] = {
         {"status", 0, {"served [^\n]*version=5 [^\n]*pid=" + std::to_string(mDaemon->pid())}},
-        {"dump", 0, {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, "}},
+        {"dump",
+         0,
+         {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, ", "daemon.log-level: debug\n",
+          "looper.[0-9]: subsysd, thread " + std::to_string(mDaemon->pid()) +
+              ", [0-9]+ waiting, (idle|runs [^\n]* ms)\n",
+          "looper.[0-9]: IccProxy, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
+          "peer.[0-9]+: 0 calls waiting, [0-9]+ bytes unread, 0 undelivered\n"}},
         {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
+        {"log loud", 2, {"LEVEL: loud not in"}},
+        {"log error log debug", 0, {"daemon.log-level: error\ndaemon.log-level: debug\n"}},
         {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
         {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},
         {"--json --serial 7 get-lcd-info get-nvram-data --id 7 --size 16",
@@ -200,3 +145,4 @@ TEST_F(System, Icc_WhenItsPropertyIsOff_ThenItsRequestsAreNotSupported) {
 }
 
 }  // namespace
+}  // namespace test

@@ -115,6 +115,8 @@ TEST_F(Subsysd, Signal_WhenNoneOfItsOwn_ThenItServesOn) {
     Daemon daemon;
     for (const int number : {SIGHUP, SIGUSR2, SIGPIPE, SIGUSR1}) daemon.signal(number);
     EXPECT_TRUE(daemon.awaitOutput(" I subsysd: " + NAME + ", pid " + std::to_string(daemon.pid()) + "\n"));
+    EXPECT_TRUE(daemon.awaitOutput(" I subsysd: rf.response: none\n"));
+    EXPECT_TRUE(daemon.awaitOutput(" I subsysd: binder.threads: "));
     EXPECT_TRUE(service()->getSwtpStatus(1).isOk());
     daemon.expectEnd(SIGTERM, 0);
 }

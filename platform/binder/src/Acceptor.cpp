@@ -31,12 +31,16 @@ public:
     [[nodiscard]] int fd() const override { return mFd.get(); }
     // One piece for each event, so that a peer that never stops holds nobody up.
     void onReady(uint32_t) override { (void)read(); }
-    void onNoMemory() override { close(); }
+    void onNoMemory() override {
+        warn("a connection of process %d is lost: no memory", mPeer.pid);
+        close();
+    }
     [[nodiscard]] Clock::time_point since() const { return mSince; }
 
-    void refuse(const char* reason) {
+    // Always false, as all that ends the greeting.
+    bool refuse(const char* reason) {
         warn("process %d %s: such connections are closed", mPeer.pid, reason);
-        close();
+        return close();
     }
 
 private:
@@ -46,7 +50,7 @@ private:
         const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
         if (received < 0 && errno == EAGAIN) return false;
         if (received <= 0) return close();
-        if (mPassed.size() > 2) return refuseAll("passes more descriptors than a session has");
+        if (mPassed.size() > 2) return refuse("passes more descriptors than a session has");
         mReceived += static_cast<size_t>(received);
         if (mReceived < sizeof(mHello)) return true;
         mReceived = 0;
@@ -54,37 +58,37 @@ private:
     }
 
     bool answer() {
-        if (mHello.protocol != PROTOCOL) return refuseAll("speaks another protocol");
+        if (mHello.protocol != PROTOCOL) return refuse("speaks another protocol");
         switch (mHello.kind) {
             case HelloKind::Identify:
-                return reply(mFd, {PROTOCOL, 0, 0, processKey()}) || refuseAll(DEAF);
+                return reply(mFd, {PROTOCOL, 0, 0, processKey()}) || refuse(DEAF);
             case HelloKind::Open:
                 return open();
             case HelloKind::Root:
                 return sendRoot();
         }
-        return refuseAll("said a hello that makes no sense");
+        return refuse("said a hello that makes no sense");
     }
 
     bool open() {
         auto passed = std::exchange(mPassed, {});
         const auto isSound = [this](const UniqueFd& each) { return isStreamOf(each, mPeer.pid); };
         if (passed.size() != 2 || !std::all_of(passed.begin(), passed.end(), isSound))
-            return refuseAll("opens a session without channels");
-        if (Session::find(mHello.process, mPeer.pid) != nullptr) return refuseAll("has a session already");
+            return refuse("opens a session without channels");
+        if (Session::find(mHello.process, mPeer.pid) != nullptr) return refuse("has a session already");
         const Session::Peer peer{mHello.process, mPeer.pid, mPeer.uid};
         const auto keepsThis = shared_from_this();
         close();  // here; what was accepted becomes the control socket
         const auto session = Session::open(peer, std::move(mFd), std::move(passed[0]), std::move(passed[1]));
-        if (session == nullptr) return refuseAll(errno == EUSERS ? "has too many sessions" : strerror(errno));
+        if (session == nullptr) return refuse(errno == EUSERS ? "has too many sessions" : strerror(errno));
         if (!reply(session->control().socket(), rootIn(*session))) session->end(DEAF);
         return false;
     }
 
     bool sendRoot() {
         const auto session = Session::find(mHello.process, mPeer.pid);
-        if (session == nullptr) return refuseAll("has no session");
-        return reply(mFd, rootIn(*session)) || refuseAll(DEAF);
+        if (session == nullptr) return refuse("has no session");
+        return reply(mFd, rootIn(*session)) || refuse(DEAF);
     }
 
     [[nodiscard]] HelloReply rootIn(Session& session) const {
@@ -95,11 +99,6 @@ private:
     static bool reply(const UniqueFd& fd, const HelloReply& reply) {
         const Bytes bytes(reinterpret_cast<const uint8_t*>(&reply), sizeof(reply));
         return sendSome(fd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
-    }
-
-    bool refuseAll(const char* reason) {
-        refuse(reason);
-        return false;
     }
 
     bool close() {

@@ -29,12 +29,12 @@ binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t ta
 
 bool Calls::send(Stream& stream, Bytes frame) {
     if (frame.size() <= LARGE_CALL) return sendAll(stream.fd(), frame);
-    const Lock lock(mLargeLock);
+    const device::MutexLock lock(mLargeLock);
     return sendAll(stream.fd(), frame);
 }
 
 binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
-    Lock lock(mLock);
+    device::MutexLock lock(mLock);
     if (mIdle.empty() && mOpen < MAX_CALLS && !mEnded) {
         ++mOpen;
         lock.unlock();
@@ -65,7 +65,7 @@ std::unique_ptr<Stream> Calls::open(Session& session) {
 }
 
 void Calls::giveBack(std::unique_ptr<Stream> stream) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     std::erase(mUsed, stream.get());
     if (mEnded) return;
     mIdle.push_back(std::move(stream));
@@ -73,7 +73,7 @@ void Calls::giveBack(std::unique_ptr<Stream> stream) {
 }
 
 void Calls::drop(std::unique_ptr<Stream> stream) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     std::erase(mUsed, stream.get());
     --mOpen;
     mChanged.notify_all();
@@ -81,7 +81,7 @@ void Calls::drop(std::unique_ptr<Stream> stream) {
 
 void Calls::end() {
     std::vector<std::unique_ptr<Stream>> idle;  // destroyed without the lock
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     mEnded = true;
     idle.swap(mIdle);
     for (const Stream* each : mUsed) shutdown(each->fd().get(), SHUT_RDWR);

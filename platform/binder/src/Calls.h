@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Stream.h"
+
+#include <device/Mutex.h>
 
 #include <condition_variable>
 #include <memory>
@@ -28,14 +29,14 @@ private:
     void giveBack(std::unique_ptr<Stream> stream);
     void drop(std::unique_ptr<Stream> stream);
 
-    Mutex mLargeLock;  // held while a large call is written
+    device::Mutex mLargeLock;  // held while a large call is written
 
-    Mutex mLock;
+    device::Mutex mLock;
     std::condition_variable mChanged;
-    bool mEnded GUARDED_BY(mLock) = false;
-    size_t mOpen GUARDED_BY(mLock) = 0;
-    std::vector<Stream*> mUsed GUARDED_BY(mLock);
-    std::vector<std::unique_ptr<Stream>> mIdle GUARDED_BY(mLock);  // the last used one at the end
+    bool mEnded SUBSYS_GUARDED_BY(mLock) = false;
+    size_t mOpen SUBSYS_GUARDED_BY(mLock) = 0;
+    std::vector<Stream*> mUsed SUBSYS_GUARDED_BY(mLock);
+    std::vector<std::unique_ptr<Stream>> mIdle SUBSYS_GUARDED_BY(mLock);  // the last used one at the end
 };
 
 }  // namespace binder

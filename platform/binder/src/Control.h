@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Poller.h"
 
 namespace binder {

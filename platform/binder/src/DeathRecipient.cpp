@@ -1,46 +1,28 @@
 #include "DeathRecipient.h"
 
-#include "IBinder.h"
 #include "RemoteBinder.h"
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
+#include <new>
 #include <utility>
 
 using binder::DeathLink;
+using binder::Links;
 using binder::RemoteBinder;
-
-namespace binder {
-// Obituaries of one recipient that are running; outlives the recipient that one of them deletes.
-struct RunningObituaries {
-    int count = 0;
-};
-}  // namespace binder
+using binder::sLinksLock;
 
 struct AIBinder_DeathRecipient {
     explicit AIBinder_DeathRecipient(AIBinder_DeathRecipient_onBinderDied died) : onBinderDied(died) {}
 
     const AIBinder_DeathRecipient_onBinderDied onBinderDied;
     AIBinder_DeathRecipient_onBinderUnlinked onUnlinked = nullptr;
-    std::vector<std::shared_ptr<DeathLink>> links;
-    std::shared_ptr<binder::RunningObituaries> running = std::make_shared<binder::RunningObituaries>();
+    Links links SUBSYS_GUARDED_BY(sLinksLock);
+    // Obituaries that are running; the count outlives the recipient that one of them deletes.
+    const std::shared_ptr<std::atomic<int>> running = std::make_shared<std::atomic<int>>(0);
 };
 
 namespace {
-
-using Links = std::vector<std::shared_ptr<DeathLink>>;
-
-// Guards every list of links and every count of running obituaries: death is rare, one lock keeps it simple.
-struct Registry {
-    std::mutex lock;
-    std::condition_variable obituaryDone;
-};
-
-Registry& registry() {
-    static auto* const instance = new Registry;  // outlives the threads that still use it at exit
-    return *instance;
-}
 
 // Whether an obituary runs on this thread.
 thread_local bool sRunningHere = false;
@@ -49,8 +31,8 @@ void eraseFrom(Links& links, const DeathLink* link) {
     std::erase_if(links, [link](const auto& each) { return each.get() == link; });
 }
 
-// Takes a link out of both lists. With the lock held.
-std::shared_ptr<DeathLink> takeOut(std::shared_ptr<DeathLink> link) {
+// Takes a link out of both lists.
+std::shared_ptr<DeathLink> takeOut(std::shared_ptr<DeathLink> link) SUBSYS_REQUIRES(sLinksLock) {
     eraseFrom(link->binder->links, link.get());
     eraseFrom(link->recipient->links, link.get());
     return link;
@@ -65,38 +47,42 @@ struct Ended {
     }
 };
 
-// Ends all `links`, a list of an object or a recipient.
-void endAll(Links& links) {
-    std::vector<Ended> ended;
-    {
-        std::lock_guard lock(registry().lock);
-        while (!links.empty()) {
-            const auto link = takeOut(links.front());
-            ended.push_back({link->recipient->onUnlinked, link->cookie});
-        }
+// Ends all links of an object or a recipient.
+void endAll(auto& owner) {
+    device::MutexLock lock(sLinksLock);
+    while (!owner.links.empty()) {
+        const auto link = takeOut(owner.links.front());
+        const Ended ended{link->recipient->onUnlinked, link->cookie};
+        lock.unlock();
+        ended.tell();
+        lock.lock();
     }
-    for (const Ended& each : ended) each.tell();
 }
 
 // Adds the link unless the object is dead already.
-bool addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) {
-    std::lock_guard lock(registry().lock);
-    if (!binder.isAlive()) return false;
-    auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
-    binder.links.push_back(link);
-    recipient->links.push_back(std::move(link));
-    return true;
+binder_status_t addLink(RemoteBinder& binder, AIBinder_DeathRecipient* recipient, void* cookie) try {
+    const auto link = std::make_shared<DeathLink>(DeathLink{&binder, recipient, cookie});
+    // In both lists or in none, when there is no memory.
+    Links ofBinder{link};
+    Links ofRecipient{link};
+    const device::MutexLock lock(sLinksLock);
+    if (!binder.isAlive()) return STATUS_DEAD_OBJECT;
+    binder.links.splice(binder.links.end(), ofBinder);
+    recipient->links.splice(recipient->links.end(), ofRecipient);
+    return STATUS_OK;
+} catch (const std::bad_alloc&) {
+    return STATUS_NO_MEMORY;
 }
 
 // One obituary; false when no link is left.
 bool sendNext(RemoteBinder& binder) {
-    std::unique_lock lock(registry().lock);
+    device::MutexLock lock(sLinksLock);
     if (binder.links.empty()) return false;
     const auto link = takeOut(binder.links.front());
     const auto onBinderDied = link->recipient->onBinderDied;
     const Ended ended{link->recipient->onUnlinked, link->cookie};
     const auto running = link->recipient->running;
-    ++running->count;
+    ++*running;
     lock.unlock();
 
     const bool outer = std::exchange(sRunningHere, true);
@@ -104,16 +90,15 @@ bool sendNext(RemoteBinder& binder) {
     ended.tell();
     sRunningHere = outer;
 
-    lock.lock();
-    --running->count;
-    registry().obituaryDone.notify_all();
+    --*running;
+    running->notify_all();
     return true;
 }
 
 }  // namespace
 
 void binder::unlinkAll(RemoteBinder& binder) {
-    endAll(binder.links);
+    endAll(binder);
 }
 
 void binder::sendObituaries(RemoteBinder& binder) {
@@ -132,11 +117,10 @@ void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
 
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
     if (recipient == nullptr) return;
-    endAll(recipient->links);
+    endAll(*recipient);
     // An obituary waits neither for itself nor for another one, which may delete this one's recipient.
     if (!sRunningHere) {
-        std::unique_lock lock(registry().lock);
-        registry().obituaryDone.wait(lock, [&] { return recipient->running->count == 0; });
+        for (int count = *recipient->running; count != 0; count = *recipient->running) recipient->running->wait(count);
     }
     delete recipient;
 }
@@ -144,16 +128,16 @@ void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {
     if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
     RemoteBinder* remote = binder->remote();
-    if (remote != nullptr && addLink(*remote, recipient, cookie)) return STATUS_OK;
-    Ended{recipient->onUnlinked, cookie}.tell();
-    return remote == nullptr ? STATUS_INVALID_OPERATION : STATUS_DEAD_OBJECT;
+    const binder_status_t status = remote != nullptr ? addLink(*remote, recipient, cookie) : STATUS_INVALID_OPERATION;
+    if (status != STATUS_OK) Ended{recipient->onUnlinked, cookie}.tell();
+    return status;
 }
 
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie) {
     if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
     RemoteBinder* remote = binder->remote();
     if (remote == nullptr) return STATUS_INVALID_OPERATION;
-    std::unique_lock lock(registry().lock);
+    device::MutexLock lock(sLinksLock);
     if (!remote->isAlive()) return STATUS_DEAD_OBJECT;
     const auto found = std::find_if(remote->links.begin(), remote->links.end(), [&](const auto& link) {
         return link->recipient == recipient && link->cookie == cookie;

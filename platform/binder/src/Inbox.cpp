@@ -28,8 +28,8 @@ uint64_t costOf(size_t parcelSize) {
 struct Inbox::Work {
     const std::shared_ptr<Session>& session;
     std::vector<ndk::SpAIBinder> dropped;
-    ndk::SpAIBinder target;                  // whose oneway calls are this thread's to run
-    OnewayCall call{nullptr, 0, AParcel()};  // the first of them
+    ndk::SpAIBinder target;                     // whose oneway calls are this thread's to run
+    OnewayCall call{nullptr, 0, AParcel(), 0};  // the first of them
     const char* breach = nullptr;
     bool isClosed = false;
     bool isMore = false;  // than this thread may take with it
@@ -55,7 +55,7 @@ void Inbox::remove() {
     ThreadPool::instance().poller().remove(mKey);
 }
 
-void Inbox::shutdown() {
+void Inbox::end() {
     ::shutdown(mFd.get(), SHUT_RDWR);
 }
 
@@ -71,7 +71,7 @@ void Inbox::onReady(uint32_t events) {
     const auto session = mSession.shared_from_this();
     FrameBuffer::Scratch scratch;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mBuffer.wake((events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0);
     }
     for (int turn = 0; turn < MAX_TURNS; ++turn) {
@@ -82,7 +82,7 @@ void Inbox::onReady(uint32_t events) {
         if (work.isClosed || work.breach != nullptr) return session->bury();
         if (!work.isMore) return;
     }
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     handOn(true);
 }
 
@@ -91,7 +91,7 @@ void Inbox::onNoMemory() {
 }
 
 void Inbox::next(FrameBuffer::Scratch& scratch, Work& work) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     takeAll(scratch, work);
     mBuffer.keep();
 }
@@ -144,13 +144,14 @@ bool Inbox::takeOneway(Work& work) {
         handOn(true);
         return false;
     }
-    OnewayCall behind{nullptr, 0, AParcel()};
+    OnewayCall behind{nullptr, 0, AParcel(), 0};
     OnewayCall& call = isFirst ? work.call : behind;
     call.session = work.session;
     call.code = mBuffer.header().code;
     mBuffer.take(call.in);
     if (!mSession.objects().receive(call.in, work.session)) return work.refuse("sent an object it cannot mean");
     mTaken += costOf(call.in.transportSize());
+    call.place = mTaken;
     if (mTaken - mRun.load(std::memory_order_relaxed) > MAX_ONEWAY_WAITING)
         return work.refuse("sends too many oneway calls");
     if (target.get()->local()->enterOneway(call)) work.target = std::move(target);

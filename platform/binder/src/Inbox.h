@@ -1,8 +1,9 @@
 #pragma once
 
 #include "FrameBuffer.h"
-#include "Mutex.h"
 #include "Poller.h"
+
+#include <device/Mutex.h>
 
 #include <atomic>
 #include <cstdint>
@@ -22,7 +23,7 @@ public:
     [[nodiscard]] bool start();
     void remove();
     // Ends it for both sides; a binder thread notices. Thread: any.
-    void shutdown();
+    void end();
     // A oneway call whose parcel has this size has run.
     void onRun(size_t size);
 
@@ -34,20 +35,20 @@ private:
     struct Work;
 
     void next(FrameBuffer::Scratch& scratch, Work& work);
-    void takeAll(FrameBuffer::Scratch& scratch, Work& work) REQUIRES(mLock);
-    [[nodiscard]] bool take(Work& work) REQUIRES(mLock);
-    [[nodiscard]] bool takeOneway(Work& work) REQUIRES(mLock);
-    [[nodiscard]] bool takeRelease(Work& work) REQUIRES(mLock);
-    void handOn(bool isMore) REQUIRES(mLock);
+    void takeAll(FrameBuffer::Scratch& scratch, Work& work) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool take(Work& work) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool takeOneway(Work& work) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool takeRelease(Work& work) SUBSYS_REQUIRES(mLock);
+    void handOn(bool isMore) SUBSYS_REQUIRES(mLock);
 
     Session& mSession;
     const UniqueFd mFd;
     PollKey mKey = 0;
 
-    Mutex mLock;
-    FrameBuffer mBuffer GUARDED_BY(mLock);
-    bool mIsHandedOn GUARDED_BY(mLock) = false;
-    uint64_t mTaken GUARDED_BY(mLock) = 0;  // bytes of oneway calls, as the peer counts them
+    device::Mutex mLock;
+    FrameBuffer mBuffer SUBSYS_GUARDED_BY(mLock);
+    bool mIsHandedOn SUBSYS_GUARDED_BY(mLock) = false;
+    uint64_t mTaken SUBSYS_GUARDED_BY(mLock) = 0;  // bytes of oneway calls, as the peer counts them
     std::atomic<uint64_t> mRun{0};
 };
 

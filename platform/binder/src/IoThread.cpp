@@ -13,7 +13,7 @@
 namespace binder {
 namespace {
 
-constexpr size_t STACK = 512 * 1024;
+constexpr size_t STACK = size_t{512} * 1024;
 
 class Wake final : public Pollable {
 public:
@@ -53,7 +53,7 @@ IoThread& IoThread::instance() {
 }
 
 bool IoThread::start() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mStarted) return true;
     raiseDescriptorLimit();
     if (!mPoller.open()) return false;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Poller.h"
+
+#include <device/Mutex.h>
 
 #include <array>
 #include <atomic>
@@ -33,8 +34,8 @@ private:
 
     Poller mPoller;
     std::shared_ptr<Pollable> mWake;
-    Mutex mLock;
-    bool mStarted GUARDED_BY(mLock) = false;
+    device::Mutex mLock;
+    bool mStarted SUBSYS_GUARDED_BY(mLock) = false;
     std::array<std::atomic<Ticker>, 4> mTickers{};
 };
 

@@ -3,6 +3,7 @@
 #include "CallContext.h"
 #include "Dump.h"
 #include "Log.h"
+#include "Mark.h"
 #include "Session.h"
 
 #include <new>
@@ -55,7 +56,7 @@ binder_status_t LocalBinder::dispatchOwn(uint32_t code, const AParcel& in, AParc
 }
 
 bool LocalBinder::enterOneway(OnewayCall& call) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mIsOnewayRunning) {
         mOneways.push_back(std::move(call));
         return false;
@@ -70,7 +71,7 @@ void LocalBinder::runOneways(OnewayCall& call) {
 }
 
 std::optional<OnewayCall> LocalBinder::nextOneway() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mOneways.empty()) {
         mIsOnewayRunning = false;
         return std::nullopt;
@@ -84,6 +85,7 @@ void LocalBinder::runOneway(OnewayCall& call) {
     constexpr pid_t NOBODY = 0;
     const size_t size = call.in.transportSize();
     {
+        const CallSection section("oneway from ", call.session->peer().pid, call.code, size, call.place);
         const CallContext context(NOBODY, call.session->peer().uid, nullptr, nullptr);
         AParcel discarded;
         dispatch(call.code, call.in, discarded);
@@ -92,12 +94,12 @@ void LocalBinder::runOneway(OnewayCall& call) {
 }
 
 ndk::SpAIBinder LocalBinder::extension() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     return mExtension;
 }
 
 void LocalBinder::setExtension(ndk::SpAIBinder extension) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     std::swap(mExtension, extension);
 }
 

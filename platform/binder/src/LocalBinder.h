@@ -1,8 +1,9 @@
 #pragma once
 
 #include "IBinder.h"
-#include "Mutex.h"
 #include "Parcel.h"
+
+#include <device/Mutex.h>
 
 #include <cstdint>
 #include <deque>
@@ -17,6 +18,7 @@ struct OnewayCall {
     std::shared_ptr<Session> session;
     uint32_t code;
     AParcel in;
+    uint64_t place;  // where it ends in the channel
 };
 
 // An object that lives in this process.
@@ -55,10 +57,10 @@ private:
     const AIBinder_Class* const mClass;
     void* const mUserData;
 
-    Mutex mLock;
-    bool mIsOnewayRunning GUARDED_BY(mLock) = false;
-    std::deque<OnewayCall> mOneways GUARDED_BY(mLock);
-    ndk::SpAIBinder mExtension GUARDED_BY(mLock);
+    device::Mutex mLock;
+    bool mIsOnewayRunning SUBSYS_GUARDED_BY(mLock) = false;
+    std::deque<OnewayCall> mOneways SUBSYS_GUARDED_BY(mLock);
+    ndk::SpAIBinder mExtension SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace binder

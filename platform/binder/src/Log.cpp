@@ -1,8 +1,7 @@
 #include "Log.h"
 
-#include "Mutex.h"
-
 #include <android/log.h>
+#include <device/Mutex.h>
 
 #include <algorithm>
 #include <array>
@@ -23,14 +22,14 @@ struct Line {
     Clock::time_point when;
 };
 
-Mutex sLock;
-std::array<Line, 32> sRecent GUARDED_BY(sLock);
+device::Mutex sLock;
+std::array<Line, 32> sRecent SUBSYS_GUARDED_BY(sLock);
 
 // Whether the line was not written during the last second. A line more than there are places for is written.
 bool isNews(std::string_view text) {
     const size_t hash = std::hash<std::string_view>()(text);
     const auto now = Clock::now();
-    const Lock lock(sLock);
+    const device::MutexLock lock(sLock);
     for (Line& each : sRecent) {
         if (each.hash != hash) continue;
         if (now - each.when < QUIET) return false;

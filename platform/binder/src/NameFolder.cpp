@@ -3,8 +3,11 @@
 #include "Limits.h"
 #include "Log.h"
 
+#include <device/RuntimeFolder.h>
+
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -12,10 +15,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cctype>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace binder {
@@ -23,14 +24,6 @@ namespace {
 
 constexpr size_t MAX_NAME = 127;
 constexpr int BACKLOG = 128;
-
-std::string folderPath() {
-    const char* own = getenv("SUBSYS_BINDER_DIR");
-    if (own != nullptr && *own != '\0') return own;
-    const char* runtime = getenv("XDG_RUNTIME_DIR");
-    if (runtime != nullptr && *runtime != '\0') return std::string(runtime) + "/subsys-binder";
-    return "/tmp/subsys-binder-" + std::to_string(geteuid());
-}
 
 // A file name: '%' and '@' cannot be part of a name, so two names or a name and its lock never meet.
 std::string fileOf(std::string_view name, std::string_view kind) {
@@ -77,26 +70,14 @@ struct flock wholeFile() {
     return region;
 }
 
-// Why a folder is not this user's alone, or null.
-const char* troubleWith(const struct stat& status) {
-    if (S_ISLNK(status.st_mode)) return "is a link";
-    if (!S_ISDIR(status.st_mode)) return "is no folder";
-    if (status.st_uid != geteuid()) return "belongs to another user";
-    return (status.st_mode & (S_IRWXG | S_IRWXO)) != 0 ? "is open to other users" : nullptr;
-}
-
-UniqueFd openAt(const std::string& path) {
-    struct stat status {};
-    UniqueFd folder(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder.isValid() || fstat(folder.get(), &status) != 0) {
-        if (errno != ENOENT) warn("the folder of names %s cannot be opened: %s", path.c_str(), strerror(errno));
-        return UniqueFd();
+// The descriptor, or why there is none.
+UniqueFd foundOrLogged(int folder, const std::string& trouble) {
+    const int reason = errno;
+    if (folder < 0 && reason != ENOENT) {
+        warn("the folder of names %s %s", device::runtimeFolder().c_str(), trouble.c_str());
     }
-    const char* const trouble = troubleWith(status);
-    if (trouble == nullptr) return folder;
-    warn("the folder of names %s %s", path.c_str(), trouble);
-    errno = EPERM;
-    return UniqueFd();
+    errno = reason;
+    return UniqueFd(folder);
 }
 
 bool isSameFile(const struct stat& a, const struct stat& b) {
@@ -115,16 +96,19 @@ bool NameFolder::isName(const char* name) {
 }
 
 UniqueFd NameFolder::open() {
-    const std::string path = folderPath();
-    if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        warn("the folder of names %s cannot be made: %s", path.c_str(), strerror(errno));
-        return UniqueFd();
-    }
-    return openAt(path);
+    std::string trouble;
+    const int folder = device::makeRuntimeFolder(trouble);
+    return foundOrLogged(folder, trouble);
 }
 
 UniqueFd NameFolder::openExisting() {
-    return openAt(folderPath());
+    std::string trouble;
+    const int folder = device::openRuntimeFolder(trouble);
+    return foundOrLogged(folder, trouble);
+}
+
+bool NameFolder::watch(const UniqueFd& folder, const UniqueFd& inotify, uint32_t events) {
+    return inotify_add_watch(inotify.get(), addressOf(folder.get(), "").sun_path, events) >= 0;
 }
 
 UniqueFd NameFolder::lock(const UniqueFd& folder, std::string_view name) {

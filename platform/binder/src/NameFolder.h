@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ public:
     [[nodiscard]] static UniqueFd open();
     // The same, without creating it or logging that it is missing.
     [[nodiscard]] static UniqueFd openExisting();
+    // Adds the folder to an inotify, for these of its events. False, with errno, when the system refuses.
+    [[nodiscard]] static bool watch(const UniqueFd& folder, const UniqueFd& inotify, uint32_t events);
     // Makes this process the owner as long as the descriptor is open; invalid, with errno EAGAIN, while another is.
     [[nodiscard]] static UniqueFd lock(const UniqueFd& folder, std::string_view name);
     [[nodiscard]] static bool isLocked(std::string_view name);

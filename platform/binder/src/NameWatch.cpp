@@ -2,12 +2,12 @@
 
 #include "IoThread.h"
 #include "Limits.h"
+#include "NameFolder.h"
 
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <array>
-#include <string>
 
 namespace binder {
 namespace {
@@ -24,9 +24,8 @@ NameWatch& NameWatch::instance() {
 NameWatch::NameWatch() : mInotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {}
 
 bool NameWatch::start(const UniqueFd& folder, OnChange onChange) {
-    const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
     constexpr uint32_t EVENTS = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
-    if (inotify_add_watch(mInotify.get(), path.c_str(), EVENTS) < 0) return false;
+    if (!NameFolder::watch(folder, mInotify, EVENTS)) return false;
     if (mKey != 0) return true;
     mOnChange = onChange;
     IoThread::instance().addTicker([] { return NameWatch::instance().tick(); });
@@ -47,7 +46,7 @@ int NameWatch::tick() {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDue - Clock::now());
     if (left.count() > 0) return static_cast<int>(left.count());
     mHasChanged = false;
-    mOnChange.load()();
+    mOnChange();
     return -1;
 }
 

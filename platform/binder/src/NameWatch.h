@@ -2,7 +2,6 @@
 
 #include "Poller.h"
 
-#include <atomic>
 #include <chrono>
 
 namespace binder {
@@ -29,7 +28,7 @@ private:
 
     const UniqueFd mInotify;
     PollKey mKey = 0;
-    std::atomic<OnChange> mOnChange{nullptr};
+    OnChange mOnChange = nullptr;
     bool mHasChanged = false;
     std::chrono::steady_clock::time_point mDue;
 };

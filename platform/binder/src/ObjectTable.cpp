@@ -17,7 +17,7 @@ binder_status_t ObjectTable::pack(AParcel& parcel, const Session& session) {
         RemoteBinder* remote = object.binder.get()->remote();
         if (remote != nullptr && remote->session() != &session) return STATUS_INVALID_OPERATION;
     }
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mClosed) return STATUS_DEAD_OBJECT;
     for (const auto& object : objects) {
         AIBinder* binder = object.binder.get();
@@ -33,7 +33,7 @@ void ObjectTable::unpack(AParcel& parcel) {
     for (const auto& object : parcel.objects()) {
         uint32_t id = 0;
         {
-            const Lock lock(mLock);
+            const device::MutexLock lock(mLock);
             const auto found = mIds.find(object.binder.get());
             if (found != mIds.end()) id = found->second;
         }
@@ -66,7 +66,7 @@ ndk::SpAIBinder ObjectTable::resolve(FlatObject flat, const std::shared_ptr<Sess
 }
 
 uint32_t ObjectTable::send(AIBinder* binder) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     return mClosed ? 0 : sendLocked(binder);
 }
 
@@ -82,7 +82,7 @@ uint32_t ObjectTable::sendLocked(AIBinder* binder) {
 }
 
 ndk::SpAIBinder ObjectTable::import(uint32_t id, uint64_t descriptorHash, const std::shared_ptr<Session>& session) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     RemoteBinder*& proxy = mImports[id];
     // One whose last reference is just gone gives back what it received, not this.
     if (proxy == nullptr || !proxy->tryIncStrong()) proxy = new RemoteBinder(session, id, descriptorHash);
@@ -91,13 +91,13 @@ ndk::SpAIBinder ObjectTable::import(uint32_t id, uint64_t descriptorHash, const 
 }
 
 ndk::SpAIBinder ObjectTable::exported(uint32_t id) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     const auto found = mExports.find(id);
     return found == mExports.end() ? nullptr : found->second.binder;
 }
 
 bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     const auto found = mExports.find(id);
     if (found == mExports.end()) return mClosed;
     if (count == 0 || count > found->second.sent) return false;
@@ -111,7 +111,7 @@ bool ObjectTable::release(uint32_t id, uint64_t count, ndk::SpAIBinder& dropped)
 }
 
 uint64_t ObjectTable::forget(RemoteBinder& proxy) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     const auto found = mImports.find(proxy.id());
     if (found != mImports.end() && found->second == &proxy) mImports.erase(found);
     return proxy.received;
@@ -120,7 +120,7 @@ uint64_t ObjectTable::forget(RemoteBinder& proxy) {
 std::vector<ndk::SpAIBinder> ObjectTable::close() {
     std::unordered_map<uint32_t, Export> dropped;  // without the lock: their owners' code may run
     std::vector<ndk::SpAIBinder> living;
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     mClosed = true;
     dropped.swap(mExports);
     mIds.clear();

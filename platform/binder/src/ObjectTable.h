@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Parcel.h"
 
 #include <android/binder_auto_utils.h>
+#include <device/Mutex.h>
 
 #include <cstdint>
 #include <memory>
@@ -49,15 +49,15 @@ private:
         uint64_t sent = 0;
     };
 
-    [[nodiscard]] uint32_t sendLocked(AIBinder* binder) REQUIRES(mLock);
+    [[nodiscard]] uint32_t sendLocked(AIBinder* binder) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] ndk::SpAIBinder resolve(FlatObject flat, const std::shared_ptr<Session>& session);
 
-    Mutex mLock;
-    bool mClosed GUARDED_BY(mLock) = false;
-    uint32_t mLastId GUARDED_BY(mLock) = 0;
-    std::unordered_map<uint32_t, Export> mExports GUARDED_BY(mLock);
-    std::unordered_map<const AIBinder*, uint32_t> mIds GUARDED_BY(mLock);
-    std::unordered_map<uint32_t, RemoteBinder*> mImports GUARDED_BY(mLock);
+    device::Mutex mLock;
+    bool mClosed SUBSYS_GUARDED_BY(mLock) = false;
+    uint32_t mLastId SUBSYS_GUARDED_BY(mLock) = 0;
+    std::unordered_map<uint32_t, Export> mExports SUBSYS_GUARDED_BY(mLock);
+    std::unordered_map<const AIBinder*, uint32_t> mIds SUBSYS_GUARDED_BY(mLock);
+    std::unordered_map<uint32_t, RemoteBinder*> mImports SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace binder

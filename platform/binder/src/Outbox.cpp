@@ -4,8 +4,11 @@
 #include "IoThread.h"
 #include "Limits.h"
 #include "Log.h"
+#include "Mark.h"
 
+#include <linux/sockios.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 
 #include <algorithm>
 #include <array>
@@ -31,7 +34,7 @@ uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
 
 binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     const size_t cost = frame.size() + ONEWAY_OVERHEAD;
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     // What waits first is not written now, which would tell of a dead peer.
     const bool mustLook = mayWait && mQueue.empty();
     if (mustLook || mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
@@ -44,13 +47,16 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
         return STATUS_FAILED_TRANSACTION;
     }
     if (mLost != 0) reportLost();
+    FrameHeader header{};
+    memcpy(&header, frame.data(), sizeof(header));
+    markSent(mPid, header.code, frame.size() - sizeof(header), mPosted + cost);
     if (!(mayWait ? defer(frame) : write(frame))) return STATUS_DEAD_OBJECT;
     mPosted += cost;
     return STATUS_OK;
 }
 
 bool Outbox::send(Bytes frame) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mEnded) return false;
     if (mQueue.size() <= MAX_UNREAD) return write(frame);
     warn("process %d does not read what is given back to it", mPid);
@@ -79,7 +85,7 @@ void Outbox::flushDeferred() {
     if (!mIsDeferred.load(std::memory_order_acquire)) return;
     bool isBroken = false;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         isBroken = !mEnded && !mIsStalled && !flush();
     }
     if (isBroken) end();
@@ -94,7 +100,7 @@ bool Outbox::watch() {
 void Outbox::onReady(uint32_t) {
     bool isBroken = false;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mIsStalled = false;
         isBroken = !mEnded && !flush();
     }
@@ -139,13 +145,25 @@ bool Outbox::isPeerGone(std::chrono::milliseconds within) const {
 
 void Outbox::reportLost() {
     info("%llu oneway calls to process %d were not delivered", static_cast<unsigned long long>(mLost), mPid);
-    mLost = 0;
+    mReported += std::exchange(mLost, 0);
+}
+
+uint64_t Outbox::unreadBytes() {
+    int inKernel = 0;
+    const device::MutexLock lock(mLock);
+    if (ioctl(mFd.get(), SIOCOUTQ, &inKernel) != 0) inKernel = 0;
+    return static_cast<uint64_t>(inKernel) + mQueue.size() - mWritten;
+}
+
+uint64_t Outbox::undelivered() {
+    const device::MutexLock lock(mLock);
+    return mReported + mLost;
 }
 
 void Outbox::end() {
     PollKey key = 0;
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         mEnded = true;
         key = std::exchange(mKey, 0);
         mLost += callsIn(mQueue, mWritten);

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Frame.h"
-#include "Mutex.h"
 #include "Poller.h"
 #include "Socket.h"
 
 #include <android/binder_status.h>
+#include <device/Mutex.h>
 
 #include <atomic>
 #include <chrono>
@@ -30,6 +30,10 @@ public:
     // Writes the calls that wait for more, so that what is sent on another socket now does not overtake them.
     void flushDeferred();
 
+    // What the peer has not read yet, and how many oneway calls to it failed because it was too slow.
+    [[nodiscard]] uint64_t unreadBytes();
+    [[nodiscard]] uint64_t undelivered();
+
     // Whether the peer's process ends within this time.
     [[nodiscard]] bool isPeerGone(std::chrono::milliseconds within) const;
     // Closes it for both sides, and says what was not delivered.
@@ -40,27 +44,28 @@ public:
     void onNoMemory() override { end(); }
 
 private:
-    [[nodiscard]] bool write(Bytes frame) REQUIRES(mLock);
-    [[nodiscard]] bool defer(Bytes frame) REQUIRES(mLock);
-    [[nodiscard]] bool flush() REQUIRES(mLock);
-    [[nodiscard]] bool watch() REQUIRES(mLock);
-    void readAcks() REQUIRES(mLock);
-    void reportLost() REQUIRES(mLock);
+    [[nodiscard]] bool write(Bytes frame) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool defer(Bytes frame) SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool flush() SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool watch() SUBSYS_REQUIRES(mLock);
+    void readAcks() SUBSYS_REQUIRES(mLock);
+    void reportLost() SUBSYS_REQUIRES(mLock);
 
     const UniqueFd mFd;
     const pid_t mPid;
 
-    Mutex mLock;
-    bool mEnded GUARDED_BY(mLock) = false;
-    PollKey mKey GUARDED_BY(mLock) = 0;
-    std::vector<uint8_t> mQueue GUARDED_BY(mLock);  // frames of which the last is not written whole
-    bool mIsStalled GUARDED_BY(mLock) = false;      // the socket has no room
-    std::atomic<bool> mIsDeferred{false};           // calls wait for more, not for room
-    size_t mWritten GUARDED_BY(mLock) = 0;          // of the queue
-    uint64_t mPosted GUARDED_BY(mLock) = 0;         // bytes of oneway calls
-    Ack mAcked GUARDED_BY(mLock) = 0;
-    std::vector<uint8_t> mAckBytes GUARDED_BY(mLock);
-    uint64_t mLost GUARDED_BY(mLock) = 0;  // oneway calls
+    device::Mutex mLock;
+    bool mEnded SUBSYS_GUARDED_BY(mLock) = false;
+    PollKey mKey SUBSYS_GUARDED_BY(mLock) = 0;
+    std::vector<uint8_t> mQueue SUBSYS_GUARDED_BY(mLock);  // frames of which the last is not written whole
+    bool mIsStalled SUBSYS_GUARDED_BY(mLock) = false;      // the socket has no room
+    std::atomic<bool> mIsDeferred{false};                  // calls wait for more, not for room
+    size_t mWritten SUBSYS_GUARDED_BY(mLock) = 0;          // of the queue
+    uint64_t mPosted SUBSYS_GUARDED_BY(mLock) = 0;         // bytes of oneway calls
+    Ack mAcked SUBSYS_GUARDED_BY(mLock) = 0;
+    std::vector<uint8_t> mAckBytes SUBSYS_GUARDED_BY(mLock);
+    uint64_t mLost SUBSYS_GUARDED_BY(mLock) = 0;      // oneway calls that no line was written about
+    uint64_t mReported SUBSYS_GUARDED_BY(mLock) = 0;  // those that one was
 };
 
 }  // namespace binder

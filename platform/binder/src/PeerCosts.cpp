@@ -2,7 +2,8 @@
 
 #include "Limits.h"
 #include "Log.h"
-#include "Mutex.h"
+
+#include <device/Mutex.h>
 
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -24,10 +25,10 @@ struct Half {
 };
 
 struct Costs {
-    Mutex lock;
-    std::unordered_map<pid_t, std::array<int, MOST.size()>> units GUARDED_BY(lock);
-    uint64_t lastSince GUARDED_BY(lock) = 0;
-    std::map<uint64_t, Half> halves GUARDED_BY(lock);  // the oldest first
+    device::Mutex lock;
+    std::unordered_map<pid_t, std::array<int, MOST.size()>> units SUBSYS_GUARDED_BY(lock);
+    uint64_t lastSince SUBSYS_GUARDED_BY(lock) = 0;
+    std::map<uint64_t, Half> halves SUBSYS_GUARDED_BY(lock);  // the oldest first
 };
 
 Costs& costs() {
@@ -59,7 +60,7 @@ void shrink(std::map<uint64_t, Half>& halves, pid_t pid, size_t most) {
 }  // namespace
 
 std::optional<Charge> Charge::take(pid_t pid, Cost cost) {
-    const Lock lock(costs().lock);
+    const device::MutexLock lock(costs().lock);
     int& count = costs().units[pid][static_cast<size_t>(cost)];
     if (count == MOST[static_cast<size_t>(cost)]) return std::nullopt;
     ++count;
@@ -68,7 +69,7 @@ std::optional<Charge> Charge::take(pid_t pid, Cost cost) {
 
 Charge::~Charge() {
     if (mPid < 0) return;
-    const Lock lock(costs().lock);
+    const device::MutexLock lock(costs().lock);
     const auto found = costs().units.find(mPid);
     --found->second[static_cast<size_t>(mCost)];
     if (found->second == std::array<int, MOST.size()>{}) costs().units.erase(found);
@@ -81,7 +82,7 @@ void HalfSent::set(size_t bytes) {
         mSince = 0;
         return;
     }
-    const Lock lock(costs().lock);
+    const device::MutexLock lock(costs().lock);
     if (mSince == 0) mSince = ++costs().lastSince;
     costs().halves[mSince] = {mFd, mPid, bytes};
     shrink(costs().halves, mPid, MAX_HALF_SENT);
@@ -90,7 +91,7 @@ void HalfSent::set(size_t bytes) {
 
 void HalfSent::pause() {
     if (mSince == 0) return;
-    const Lock lock(costs().lock);
+    const device::MutexLock lock(costs().lock);
     costs().halves.erase(mSince);
 }
 

@@ -35,7 +35,7 @@ bool Poller::hasReady() const {
 bool Poller::add(const std::shared_ptr<Pollable>& pollable, uint32_t events, PollKey& key) {
     const auto fd = static_cast<size_t>(pollable->fd());
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         if (mSlots.size() <= fd) mSlots.resize(fd + 1);
         key = PollKey{++mSlots[fd].generation} << 32 | fd;
         mSlots[fd].pollable = pollable;
@@ -54,7 +54,7 @@ bool Poller::arm(PollKey key, uint32_t events) {
 void Poller::remove(PollKey key) {
     if (key == 0) return;
     std::shared_ptr<Pollable> kept;  // destroyed without the lock
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
     if (slot.generation != key >> 32 || slot.pollable == nullptr) return;
     kept = std::exchange(slot.pollable, nullptr);
@@ -74,7 +74,7 @@ Poller::Ready Poller::wait(int timeout) {
     epoll_event event{};
     if (epoll_wait(mEpoll.get(), &event, 1, timeout) <= 0) return {};
     const PollKey key = event.data.u64;
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     const Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
     return slot.generation == key >> 32 ? Ready{slot.pollable, event.events} : Ready{};
 }

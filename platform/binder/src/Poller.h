@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Mutex.h"
 #include "UniqueFd.h"
+
+#include <device/Mutex.h>
 
 #include <sys/epoll.h>
 
@@ -57,8 +58,8 @@ private:
     };
 
     UniqueFd mEpoll;
-    Mutex mLock;
-    std::vector<Slot> mSlots GUARDED_BY(mLock);  // by descriptor
+    device::Mutex mLock;
+    std::vector<Slot> mSlots SUBSYS_GUARDED_BY(mLock);  // by descriptor
 };
 
 }  // namespace binder

@@ -2,7 +2,7 @@
 
 #include <android/log.h>
 
-#include <sys/random.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -12,11 +12,7 @@ namespace {
 
 Key randomKey() {
     Key key{};
-    ssize_t size = -1;
-    do {
-        size = getrandom(key.data(), key.size(), 0);
-    } while (size < 0 && errno == EINTR);
-    if (size != static_cast<ssize_t>(key.size())) {
+    if (getentropy(key.data(), key.size()) != 0) {
         __android_log_assert(nullptr, "Binder", "no random numbers: %s", strerror(errno));
     }
     return key;

@@ -1,6 +1,5 @@
 #include "RemoteBinder.h"
 
-#include "DeathRecipient.h"
 #include "Log.h"
 #include "Session.h"
 

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "DeathRecipient.h"
 #include "IBinder.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace binder {
 
 class Session;
-struct DeathLink;
 
 // A proxy of an object that lives in the peer of a session. The session's table knows it, weakly; it shares the
 // session.
@@ -28,8 +27,8 @@ public:
     [[nodiscard]] const Session* session() const { return mSession.get(); }
     [[nodiscard]] uint32_t id() const { return mId; }
 
-    uint64_t received = 0;                          // times it came in; guarded by the session's table
-    std::vector<std::shared_ptr<DeathLink>> links;  // guarded by DeathRecipient.cpp's lock
+    uint64_t received = 0;  // times it came in; guarded by the session's table
+    Links links SUBSYS_GUARDED_BY(sLinksLock);
 
 protected:
     ~RemoteBinder() override = default;

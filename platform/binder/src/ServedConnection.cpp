@@ -30,7 +30,7 @@ bool ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd f
     return false;
 }
 
-void ServedConnection::shutdown() {
+void ServedConnection::end() {
     ::shutdown(fd(), SHUT_RDWR);
 }
 
@@ -58,7 +58,7 @@ void ServedConnection::answer(Bytes reply) {
     // The peer may send its next call as soon as it has the reply, and another thread take it.
     mIsOwned.store(false, std::memory_order_release);
     mSession->flush();
-    const Lock lock(mReplyLock);
+    const device::MutexLock lock(mReplyLock);
     if (!mReply.empty()) return mSession->end("calls before it has read its reply");
     const ssize_t sent = sendSome(mStream.fd(), reply, MSG_DONTWAIT);
     if (sent == static_cast<ssize_t>(reply.size())) return;
@@ -69,7 +69,7 @@ void ServedConnection::answer(Bytes reply) {
 }
 
 void ServedConnection::flush() {
-    const Lock lock(mReplyLock);
+    const device::MutexLock lock(mReplyLock);
     const ssize_t sent = sendSome(mStream.fd(), Bytes(mReply.data(), mReply.size()).substr(mWritten), MSG_DONTWAIT);
     if (sent >= 0) mWritten += static_cast<size_t>(sent);
     if (sent >= 0 && mWritten < mReply.size() && awaitRoom()) return;
@@ -105,7 +105,7 @@ void ServedConnection::onNoMemory() {
 
 void ServedConnection::close() {
     mSession->removeServed(*this);
-    shutdown();  // which the flusher notices
+    end();  // which the flusher notices
     ThreadPool::instance().poller().remove(mKey);
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "Mutex.h"
 #include "PeerCosts.h"
 #include "Poller.h"
 #include "Stream.h"
+
+#include <device/Mutex.h>
 
 #include <atomic>
 #include <cstddef>
@@ -21,7 +22,7 @@ public:
     ServedConnection(std::shared_ptr<Session> session, UniqueFd fd, Charge charge);
 
     // Ends it for both sides; its owner notices. Thread: any.
-    void shutdown();
+    void end();
 
     [[nodiscard]] int fd() const override { return mStream.fd().get(); }
     void onReady(uint32_t events) override;
@@ -39,7 +40,7 @@ private:
 
     void answer(Bytes reply);
     void flush();
-    [[nodiscard]] bool awaitRoom() REQUIRES(mReplyLock);
+    [[nodiscard]] bool awaitRoom() SUBSYS_REQUIRES(mReplyLock);
     // Leaves it to whoever is woken next.
     void release();
     void lose(const char* what);
@@ -52,11 +53,11 @@ private:
 
     Stream mStream;  // the owner's
 
-    Mutex mReplyLock;
+    device::Mutex mReplyLock;
     Flusher mFlusher{*this};
-    PollKey mFlushKey GUARDED_BY(mReplyLock) = 0;
-    std::vector<uint8_t> mReply GUARDED_BY(mReplyLock);  // what the peer has not read yet
-    size_t mWritten GUARDED_BY(mReplyLock) = 0;
+    PollKey mFlushKey SUBSYS_GUARDED_BY(mReplyLock) = 0;
+    std::vector<uint8_t> mReply SUBSYS_GUARDED_BY(mReplyLock);  // what the peer has not read yet
+    size_t mWritten SUBSYS_GUARDED_BY(mReplyLock) = 0;
 };
 
 }  // namespace binder

@@ -3,7 +3,6 @@
 #include "Acceptor.h"
 #include "IBinder.h"
 #include "Log.h"
-#include "Mutex.h"
 #include "NameFolder.h"
 #include "NameWatch.h"
 #include "Process.h"
@@ -12,6 +11,7 @@
 #include "ThreadPool.h"
 
 #include <android/binder_manager.h>
+#include <device/Mutex.h>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -47,10 +47,10 @@ struct Service {
 };
 
 struct Registry {
-    Mutex addLock;   // one registration at a time
-    Mutex openLock;  // one new session at a time, so that there is one for each process
-    Mutex lock;
-    std::map<std::string, Service> services GUARDED_BY(lock);
+    device::Mutex addLock;   // one registration at a time
+    device::Mutex openLock;  // one new session at a time, so that there is one for each process
+    device::Mutex lock;
+    std::map<std::string, Service> services SUBSYS_GUARDED_BY(lock);
 };
 
 Registry& registry() {
@@ -68,22 +68,22 @@ bool isOpen() {
 // False when the name is not held yet.
 bool replace(const std::string& name, const ndk::SpAIBinder& service) {
     ndk::SpAIBinder replaced;  // without the lock
-    const Lock lock(registry().lock);
+    const device::MutexLock lock(registry().lock);
     const auto found = registry().services.find(name);
     if (found == registry().services.end()) return false;
     replaced = std::exchange(found->second.object, service);
     return true;
 }
 
-void hold(const std::string& name, const ndk::SpAIBinder& service) {
-    const Lock lock(registry().lock);
-    registry().services[name].object = service;
+void hold(const std::string& name, Service service) {
+    const device::MutexLock lock(registry().lock);
+    registry().services[name] = std::move(service);
 }
 
 void unhold(const std::string& name) {
-    ndk::SpAIBinder dropped;  // without the lock
-    const Lock lock(registry().lock);
-    dropped = std::move(registry().services[name].object);
+    Service dropped;  // without the lock
+    const device::MutexLock lock(registry().lock);
+    dropped = std::move(registry().services[name]);
     registry().services.erase(name);
 }
 
@@ -91,7 +91,7 @@ void unhold(const std::string& name) {
 bool listen(const UniqueFd& folder, const std::string& name) {
     UniqueFd listener = NameFolder::listen(folder, name);
     if (!listener.isValid() || !Acceptor::instance().listen(std::move(listener), name)) return false;
-    const Lock lock(registry().lock);
+    const device::MutexLock lock(registry().lock);
     registry().services[name].socket = NameFolder::socketIn(folder, name);
     return true;
 }
@@ -105,7 +105,7 @@ bool mendLock(const UniqueFd& folder, const std::string& name) {
         return false;
     }
     warn("the lock file of %s was deleted: made again", name.c_str());
-    const Lock lock(registry().lock);
+    const device::MutexLock lock(registry().lock);
     std::swap(registry().services[name].lock, fresh);
     return true;
 }
@@ -120,11 +120,11 @@ void mendNames() {
     const UniqueFd folder = NameFolder::openExisting();
     if (!folder.isValid()) return warn("the folder of names was deleted: no service of this process is found any more");
     (void)NameWatch::instance().start(folder, mendNames);
-    const Lock adding(registry().addLock);
+    const device::MutexLock adding(registry().addLock);
     std::vector<std::string> lostLocks;
     std::vector<std::string> lostSockets;
     {
-        const Lock lock(registry().lock);
+        const device::MutexLock lock(registry().lock);
         for (const auto& [name, service] : registry().services) {
             if (!NameFolder::isLockIn(folder, name, service.lock)) lostLocks.push_back(name);
             if (NameFolder::socketIn(folder, name) != service.socket) lostSockets.push_back(name);
@@ -146,18 +146,15 @@ binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& servi
         warn("%s is not registered: %s", name.c_str(), isHeld ? "another process holds the name" : strerror(errno));
         return isHeld ? EX_ILLEGAL_STATE : EX_UNSUPPORTED_OPERATION;
     }
-    hold(name, service);
-    if (listen(folder, name)) {
-        const Lock lock(registry().lock);
-        registry().services[name].lock = std::move(owned);
-        if (!NameWatch::instance().start(folder, mendNames)) {
-            warn("the folder of names is not watched: %s", strerror(errno));
-        }
-        return EX_NONE;
+    hold(name, {service, std::move(owned)});
+    if (!listen(folder, name)) {
+        warn("%s is not registered: %s", name.c_str(), strerror(errno));
+        unhold(name);
+        return EX_UNSUPPORTED_OPERATION;
     }
-    warn("%s is not registered: %s", name.c_str(), strerror(errno));
-    unhold(name);
-    return EX_UNSUPPORTED_OPERATION;
+    if (!NameWatch::instance().start(folder, mendNames))
+        warn("the folder of names is not watched: %s", strerror(errno));
+    return EX_NONE;
 }
 
 // What a server answers to a hello, if it does in time.
@@ -191,7 +188,7 @@ Root openSession(UniqueFd fd, const Session::Peer& peer) {
 }
 
 Root findRoot(UniqueFd fd, const Session::Peer& peer) {
-    const Lock lock(registry().openLock);
+    const device::MutexLock lock(registry().openLock);
     const auto known = Session::find(peer.process, peer.pid);
     return known != nullptr ? Root{known, ask(fd, HelloKind::Root)} : openSession(std::move(fd), peer);
 }
@@ -220,10 +217,7 @@ void awaitChange(const UniqueFd& changes, Clock::duration time) {
 UniqueFd watchFolder() {
     const UniqueFd folder = NameFolder::open();
     UniqueFd changes(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    if (folder.isValid() && changes.isValid()) {
-        const std::string path = "/proc/self/fd/" + std::to_string(folder.get());
-        inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO);
-    }
+    if (folder.isValid() && changes.isValid()) (void)NameFolder::watch(folder, changes, IN_MOVED_TO);
     return changes;
 }
 
@@ -246,7 +240,7 @@ AIBinder* release(const ndk::SpAIBinder& binder) {
 }  // namespace
 
 ndk::SpAIBinder registeredHere(const std::string& name) {
-    const Lock lock(registry().lock);
+    const device::MutexLock lock(registry().lock);
     const auto found = registry().services.find(name);
     return found == registry().services.end() ? nullptr : found->second.object;
 }
@@ -262,7 +256,7 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
     }
     AIBinder_incStrong(binder);
     const ndk::SpAIBinder service(binder);
-    const Lock lock(registry().addLock);
+    const device::MutexLock lock(registry().addLock);
     return replace(instance, service) ? EX_NONE : publish(instance, service);
 }
 

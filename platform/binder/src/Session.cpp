@@ -4,8 +4,11 @@
 #include "Deferral.h"
 #include "IBinder.h"
 #include "Log.h"
+#include "Mark.h"
 #include "RemoteBinder.h"
 #include "ServedConnection.h"
+
+#include <device/Mutex.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -16,8 +19,8 @@ namespace binder {
 namespace {
 
 struct Sessions {
-    Mutex lock;
-    std::vector<std::shared_ptr<Session>> all GUARDED_BY(lock);
+    device::Mutex lock;
+    std::vector<std::shared_ptr<Session>> all SUBSYS_GUARDED_BY(lock);
 };
 
 Sessions& sessions() {
@@ -47,7 +50,7 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
     auto session =
         std::make_shared<Session>(peer, std::move(control), std::move(in), std::move(out), std::move(*charge));
     {
-        const Lock lock(sessions().lock);
+        const device::MutexLock lock(sessions().lock);
         sessions().all.push_back(session);
     }
     if (session->mControl.start() && session->mIn.start()) return session;
@@ -57,9 +60,14 @@ std::shared_ptr<Session> Session::open(const Peer& peer, UniqueFd control, Uniqu
     return nullptr;
 }
 
+std::vector<std::shared_ptr<Session>> Session::all() {
+    const device::MutexLock lock(sessions().lock);
+    return sessions().all;
+}
+
 std::shared_ptr<Session> Session::find(const Key& process, pid_t pid) {
     Sessions& known = sessions();
-    const Lock lock(known.lock);
+    const device::MutexLock lock(known.lock);
     for (const auto& each : known.all) {
         if (each->mPeer.process == process && each->mPeer.pid == pid) return each;
     }
@@ -72,6 +80,7 @@ binder_status_t Session::call(uint32_t target, uint32_t code, AParcel& parcel) {
     const binder_status_t packed = mObjects.pack(parcel, *this);
     if (packed != STATUS_OK) return packed;
     flush();
+    const CallSection section("call to ", mPeer.pid, code, parcel.transportSize());
     return mCalls.call(shared_from_this(), target, code, parcel);
 }
 
@@ -88,12 +97,7 @@ binder_status_t Session::post(uint32_t target, uint32_t code, AParcel& parcel) {
 }
 
 void Session::flushAll() {
-    std::vector<std::shared_ptr<Session>> all;
-    {
-        const Lock lock(sessions().lock);
-        all = sessions().all;
-    }
-    for (const auto& each : all) each->flush();
+    for (const auto& each : all()) each->flush();
 }
 
 void Session::release(uint32_t target, uint64_t count) {
@@ -112,18 +116,28 @@ binder_status_t Session::onLost() {
 }
 
 bool Session::addServed(const std::shared_ptr<ServedConnection>& connection) {
-    const Lock lock(mServedLock);
+    const device::MutexLock lock(mServedLock);
     if (!isAlive()) return false;
     mServed.push_back(connection);
     return true;
 }
 
 void Session::removeServed(const ServedConnection& connection) {
-    const Lock lock(mServedLock);
+    const device::MutexLock lock(mServedLock);
     std::erase_if(mServed, [&](const auto& each) {
         const auto held = each.lock();
         return held == nullptr || held.get() == &connection;
     });
+}
+
+uint32_t Session::waitingCalls() {
+    const device::MutexLock lock(mServedLock);
+    const auto waits = [](const auto& each) {
+        const auto connection = each.lock();
+        return connection != nullptr && hasUnread(connection->fd());
+    };
+    const auto calls = std::count_if(mServed.begin(), mServed.end(), waits);
+    return static_cast<uint32_t>(calls) + (hasUnread(mIn.fd()) ? 1 : 0);
 }
 
 void Session::end(const char* breach) {
@@ -135,20 +149,20 @@ void Session::end(const char* breach) {
     }
     {
         const auto self = shared_from_this();
-        const Lock lock(sessions().lock);
+        const device::MutexLock lock(sessions().lock);
         std::erase(sessions().all, self);
     }
     mControl.end();
     mOut->end();
-    mIn.shutdown();
+    mIn.end();
     mCalls.end();
     std::vector<std::weak_ptr<ServedConnection>> served;
     {
-        const Lock lock(mServedLock);
+        const device::MutexLock lock(mServedLock);
         served = mServed;
     }
     for (const auto& each : served) {
-        if (const auto connection = each.lock()) connection->shutdown();
+        if (const auto connection = each.lock()) connection->end();
     }
 }
 

@@ -7,6 +7,8 @@
 #include "Outbox.h"
 #include "PeerCosts.h"
 
+#include <device/Mutex.h>
+
 #include <sys/types.h>
 
 #include <atomic>
@@ -36,6 +38,8 @@ public:
     // Makes the session known and begins to read. Null, with errno, when the peer has too many (EUSERS) or the system
     // refuses.
     [[nodiscard]] static std::shared_ptr<Session> open(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out);
+    // The living sessions.
+    [[nodiscard]] static std::vector<std::shared_ptr<Session>> all();
     // The living session with this process, or null.
     [[nodiscard]] static std::shared_ptr<Session> find(const Key& process, pid_t pid);
     Session(const Peer& peer, UniqueFd control, UniqueFd in, UniqueFd out, Charge charge);
@@ -43,6 +47,7 @@ public:
     [[nodiscard]] const Peer& peer() const { return mPeer; }
     [[nodiscard]] ObjectTable& objects() { return mObjects; }
     [[nodiscard]] Inbox& inbox() { return mIn; }
+    [[nodiscard]] Outbox& outbox() { return *mOut; }
     [[nodiscard]] Control& control() { return mControl; }
     [[nodiscard]] bool isAlive() const { return mAlive.load(std::memory_order_acquire); }
 
@@ -62,6 +67,9 @@ public:
     // A connection on which the peer calls; false when the session has ended.
     [[nodiscard]] bool addServed(const std::shared_ptr<ServedConnection>& connection);
     void removeServed(const ServedConnection& connection);
+
+    // Of the peer's calls, those that no thread has taken yet; all its oneway calls together count as one.
+    [[nodiscard]] uint32_t waitingCalls();
 
     // Nothing works from here on. `breach`: what rule the peer broke, for the log; null when it died. The first call
     // counts.
@@ -83,8 +91,8 @@ private:
     std::atomic<bool> mFailed{false};
     std::atomic<bool> mBuried{false};
 
-    Mutex mServedLock;
-    std::vector<std::weak_ptr<ServedConnection>> mServed GUARDED_BY(mServedLock);
+    device::Mutex mServedLock;
+    std::vector<std::weak_ptr<ServedConnection>> mServed SUBSYS_GUARDED_BY(mServedLock);
 };
 
 }  // namespace binder

@@ -1,5 +1,7 @@
 #include "Socket.h"
 
+#include <sys/ioctl.h>
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -95,6 +97,11 @@ ssize_t receiveWith(const UniqueFd& fd, uint8_t* bytes, size_t size, std::vector
     } while (received < 0 && errno == EINTR);
     if (received >= 0 && message.msg_controllen != 0) takeDescriptors(message, passed);
     return received;
+}
+
+bool hasUnread(int fd) {
+    int bytes = 0;
+    return ioctl(fd, FIONREAD, &bytes) == 0 && bytes > 0;
 }
 
 std::pair<UniqueFd, UniqueFd> socketPair() {

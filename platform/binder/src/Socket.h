@@ -28,6 +28,9 @@ using Bytes = std::basic_string_view<uint8_t>;
 // The same; descriptors that came along are added to `passed`. A read ends behind the bytes that brought some.
 [[nodiscard]] ssize_t receiveWith(const UniqueFd& fd, uint8_t* bytes, size_t size, std::vector<UniqueFd>& passed);
 
+// Whether something has arrived that nobody has read.
+[[nodiscard]] bool hasUnread(int fd);
+
 // Two ends that are connected; invalid with errno when the system refuses.
 [[nodiscard]] std::pair<UniqueFd, UniqueFd> socketPair();
 // The process that made the other end; pid -1 when there is none.

@@ -2,6 +2,7 @@
 
 #include "CallContext.h"
 #include "LocalBinder.h"
+#include "Mark.h"
 #include "RemoteBinder.h"
 #include "Session.h"
 
@@ -41,6 +42,7 @@ Bytes Stream::run(const std::shared_ptr<Session>& session, const FrameHeader& he
     if (!session->objects().receive(in, session)) return refuse("sent an object it cannot mean");
     const ndk::SpAIBinder target = session->objects().exported(header.target);
     if (target.get() == nullptr) return refuse("called an object it does not have");
+    const CallSection section("call from ", session->peer().pid, header.code, in.transportSize());
     const CallContext context(session->peer().pid, session->peer().uid, session.get(), this);
     binder_status_t status = target.get()->local()->dispatch(header.code, in, out);
     if (status == STATUS_OK && out.transportSize() > MAX_CALL) status = STATUS_FAILED_TRANSACTION;

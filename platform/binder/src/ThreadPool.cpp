@@ -33,7 +33,7 @@ ThreadPool& ThreadPool::instance() {
 }
 
 bool ThreadPool::open() {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mIsOpen) return true;
     if (!mPoller.open() || !IoThread::instance().start()) return false;
     IoThread::instance().addTicker([] { return ThreadPool::instance().tick(); });
@@ -42,28 +42,36 @@ bool ThreadPool::open() {
 }
 
 bool ThreadPool::setMaxThreads(uint32_t count) {
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (mStarted) return false;
     mMax = count;
     return true;
 }
 
-// Who asks for threads can be told of nothing.
-void ThreadPool::mustOpen() {
-    if (!open()) __android_log_assert(nullptr, "Binder", "no binder threads: %s", strerror(errno));
-}
-
 void ThreadPool::start() {
-    mustOpen();
     if (mStarted.exchange(true)) return;
     mMayGrow = true;
-    spawn();
+    if (open()) return spawn();
+    warn("no binder threads for now: %s", strerror(errno));
+    mStartFailed = true;
+    mIsWatched = true;  // by the I/O thread, as soon as open() can start it
 }
 
 void ThreadPool::join() {
-    mustOpen();
+    if (!open()) __android_log_assert(nullptr, "Binder", "no binder threads: %s", strerror(errno));
     ++mThreads;
     run();
+}
+
+uint32_t ThreadPool::idle() {
+    const device::MutexLock lock(mLock);
+    return mIdle + mParked;
+}
+
+uint32_t ThreadPool::limit() {
+    const device::MutexLock lock(mLock);
+    const uint32_t own = mStarted ? mMax + 1 : 0;
+    return own + mThreads - mSpawned;
 }
 
 void ThreadPool::run() {
@@ -79,7 +87,7 @@ void ThreadPool::run() {
 
 // Sleeps until it is needed to wait.
 void ThreadPool::park() {
-    Lock lock(mLock);
+    device::MutexLock lock(mLock);
     if (mIdle.fetch_sub(1) > 1) {
         ++mParked;
         while (mPromoted == 0) lock.wait(mPromotion);
@@ -90,7 +98,7 @@ void ThreadPool::park() {
 
 void ThreadPool::promote() {
     {
-        const Lock lock(mLock);
+        const device::MutexLock lock(mLock);
         if (mParked != 0) {
             --mParked;
             ++mPromoted;
@@ -102,7 +110,7 @@ void ThreadPool::promote() {
 
 void ThreadPool::spawn() {
     const auto body = [](void* pool) -> void* { static_cast<ThreadPool*>(pool)->run(); };
-    const Lock lock(mLock);
+    const device::MutexLock lock(mLock);
     if (!mMayGrow) return;
     const int error = startThread("binder", body, this);
     mStartFailed = error != 0;
@@ -153,7 +161,8 @@ void ABinderProcess_joinThreadPool() {
     binder::ThreadPool::instance().join();
 }
 
-void ABinderProcess_getThreadUsage(uint32_t* threads, uint32_t* idle) {
+void ABinderProcess_getThreadUsage(uint32_t* threads, uint32_t* idle, uint32_t* limit) {
     *threads = binder::ThreadPool::instance().threads();
     *idle = binder::ThreadPool::instance().idle();
+    *limit = binder::ThreadPool::instance().limit();
 }

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "Mutex.h"
 #include "Poller.h"
+
+#include <device/Mutex.h>
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 
 namespace binder {
@@ -26,11 +28,13 @@ public:
     [[noreturn]] void join();
 
     [[nodiscard]] uint32_t threads() const { return mThreads; }
-    [[nodiscard]] uint32_t idle() const { return mIdle; }
+    // Those that run no call.
+    [[nodiscard]] uint32_t idle();
+    // How many there may be.
+    [[nodiscard]] uint32_t limit();
 
 private:
     ThreadPool() = default;
-    void mustOpen();
     [[noreturn]] void run();
     void park();
     void promote();
@@ -40,18 +44,18 @@ private:
     [[nodiscard]] int tick();
 
     Poller mPoller;
-    Mutex mLock;
-    uint32_t mMax GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
-    uint32_t mSpawned GUARDED_BY(mLock) = 0;  // the first one counted
-    uint32_t mParked GUARDED_BY(mLock) = 0;
-    uint32_t mPromoted GUARDED_BY(mLock) = 0;  // that have not noticed yet
+    device::Mutex mLock;
+    uint32_t mMax SUBSYS_GUARDED_BY(mLock) = 15;     // threads started on demand, the first one not counted
+    uint32_t mSpawned SUBSYS_GUARDED_BY(mLock) = 0;  // the first one counted
+    uint32_t mParked SUBSYS_GUARDED_BY(mLock) = 0;
+    uint32_t mPromoted SUBSYS_GUARDED_BY(mLock) = 0;  // that have not noticed yet
     std::condition_variable mPromotion;
-    bool mIsOpen GUARDED_BY(mLock) = false;
+    bool mIsOpen SUBSYS_GUARDED_BY(mLock) = false;
     std::atomic<bool> mMayGrow{false};  // started, and not all threads are there
     std::atomic<bool> mStarted{false};
     std::atomic<uint32_t> mThreads{0};  // that run, joined ones counted
-    std::atomic<uint32_t> mIdle{0};
-    std::atomic<uint32_t> mTurns{0};  // times that a thread was woken
+    std::atomic<uint32_t> mIdle{0};     // that wait on the poller
+    std::atomic<uint32_t> mTurns{0};    // times that a thread was woken
     std::atomic<bool> mIsWatched{false};
     std::atomic<bool> mStartFailed{false};
     uint32_t mSeenTurns = 0;  // the I/O thread's

@@ -3,6 +3,7 @@
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 
+#include <array>
 #include <thread>
 
 namespace {
@@ -162,10 +163,8 @@ TEST_F(DeathTest, Transact_WhenTheProcessDiesMeanwhile_ThenDeadObjectAndNotAlive
     ASSERT_EQ(STATUS_OK, echo(mService, 1));
     mServer.stop();
     Recorder<binder_status_t> statuses;
-    std::vector<std::thread> callers;
-    for (int i = 0; i < 3; ++i) {
-        callers.emplace_back([&] { statuses.add(echo(mService, 1)); });
-    }
+    std::array<std::thread, 3> callers;
+    for (auto& caller : callers) caller = std::thread([&] { statuses.add(echo(mService, 1)); });
     mServer.end();
     for (auto& caller : callers) caller.join();
     EXPECT_EQ(std::vector<binder_status_t>(3, STATUS_DEAD_OBJECT), statuses.all());

@@ -9,6 +9,7 @@
 #include <mindroid/Message.h>
 
 #include <pthread.h>
+#include <unistd.h>
 
 namespace mindroid {
 
@@ -58,10 +59,12 @@ void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
     device::LoopThread thread;
+    self->mQueue->state.thread = gettid();
     while (const sp<Message> message = self->mQueue->next(thread)) {
         Message::dispatch(message);
         message->letGo();
     }
+    self->mQueue->state.thread = 0;
 }
 
 sp<Looper> Looper::myLooper() {

@@ -11,6 +11,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -35,6 +36,13 @@ void futexWake(std::atomic<uint32_t>& word) {
     syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
 
+// What tells the classes of objects apart where they are built without type information: the object's first word.
+const void* virtualTableOf(const Handler& handler) {
+    const void* table = nullptr;
+    memcpy(&table, static_cast<const void*>(&handler), sizeof(table));
+    return table;
+}
+
 }  // namespace
 
 bool MessageQueue::enqueue(Message& message, uint64_t dueTime) {
@@ -47,6 +55,7 @@ bool MessageQueue::enqueue(Message& message, uint64_t dueTime) {
         } else {
             mTimed.emplace(dueTime, &message);
         }
+        countWaiting();
         if (!rouse()) return true;
     }
     futexWake(mAsleep);
@@ -57,9 +66,7 @@ sp<Message> MessageQueue::next(device::LoopThread& thread) {
     const device::MutexLock lock(mLock);
     while (!mClosed) {
         if (mReady.empty() && !mTimed.empty()) moveDueToReady();
-        if (!mReady.empty()) {
-            sp<Message> message = std::move(mReady.front());
-            mReady.pop_front();
+        if (sp<Message> message = takeReady()) {
             thread.hasMore = !mReady.empty();
             return message;
         }
@@ -79,6 +86,7 @@ void MessageQueue::remove(const Predicate& matches) {
         const device::MutexLock lock(mLock);
         std::erase_if(mReady, take);
         std::erase_if(mTimed, [&](const auto& timed) { return take(timed.second); });
+        countWaiting();
     }
     // Without the lock, since what the messages hold may call back when it dies.
     for (const sp<Message>& message : removed) message->letGo();
@@ -103,6 +111,20 @@ void MessageQueue::moveDueToReady() {
     }
 }
 
+sp<Message> MessageQueue::takeReady() {
+    if (mReady.empty()) return nullptr;
+    sp<Message> message = std::move(mReady.front());
+    mReady.pop_front();
+    countWaiting();
+    state.since.store(device::coarseNanos(), std::memory_order_relaxed);
+    state.handler.store(virtualTableOf(*message->mTarget), std::memory_order_relaxed);
+    return message;
+}
+
+void MessageQueue::countWaiting() {
+    state.waiting.store(static_cast<uint32_t>(mReady.size()), std::memory_order_relaxed);
+}
+
 uint64_t MessageQueue::nextDue() const {
     return mTimed.empty() ? NEVER : mTimed.begin()->first;
 }
@@ -114,6 +136,7 @@ void MessageQueue::flush(device::LoopThread& thread) {
 }
 
 void MessageQueue::sleep() {
+    state.handler.store(nullptr, std::memory_order_relaxed);
     mAsleepUntil = nextDue();
     mAsleep.store(1, std::memory_order_relaxed);
     const uint64_t deadline = mAsleepUntil == NEVER ? NEVER : clock::timeToLook(mAsleepUntil);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <device/LoopState.h>
 #include <device/LoopThread.h>
 #include <device/Mutex.h>
 #include <mindroid/Message.h>
@@ -23,7 +24,10 @@ public:
     static constexpr uint64_t NOW = 0;
 
     MessageQueue() = default;
-    ~MessageQueue() { close(); }
+    ~MessageQueue() {
+        close();
+        device::giveBack(state);
+    }
     MessageQueue(const MessageQueue&) = delete;
     MessageQueue& operator=(const MessageQueue&) = delete;
 
@@ -40,8 +44,14 @@ public:
     // Drops all messages, for ever. When it returns, what they held is gone, and this queue may be. Any thread.
     void close();
 
+    // The queue keeps all but the thread up to date.
+    device::LoopState& state = device::takeLoopState();
+
 private:
     void moveDueToReady() SUBSYS_REQUIRES(mLock);
+    // The next message that is due, which runs from now on; null when there is none.
+    [[nodiscard]] sp<Message> takeReady() SUBSYS_REQUIRES(mLock);
+    void countWaiting() SUBSYS_REQUIRES(mLock);
     // When the looper has to look again by itself.
     [[nodiscard]] uint64_t nextDue() const SUBSYS_REQUIRES(mLock);
     void flush(device::LoopThread& thread) SUBSYS_REQUIRES(mLock);

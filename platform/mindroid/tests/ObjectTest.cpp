@@ -37,7 +37,7 @@ TEST(Sp, References_WhenTheyAreCopiedMovedAndConverted_ThenFirstAndLastAreToldOn
         sp<Witness> first = new Witness(story);
         const sp<Witness> second = first;
         const sp<Object> base = std::move(first);
-        EXPECT_TRUE(first == nullptr && base == second);
+        EXPECT_TRUE(first == nullptr && base == second);  // NOLINT(bugprone-use-after-move): it is null, by contract
         EXPECT_TRUE(base->equals(second));
         EXPECT_FALSE(base->equals(nullptr) || base->equals(new Integer(1)));
         sp<Object> last = second;

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "stubs/Text.h"
-
 #include <android/binder_parcel.h>
 #include <android/binder_parcel_utils.h>
+#include <android/binder_to_string.h>
 
 #include <cstdint>
-#include <sstream>
 #include <string>
 
 // How a record stands in a parcel and in a text. Reading is safe on any input.
@@ -46,21 +44,17 @@ binder_status_t readRecord(const AParcel* parcel, Fields&... fields) {
 // `Name{first: 1, second: [2, 3]}`
 class RecordText {
 public:
-    explicit RecordText(const char* name) { mText << name << '{'; }
+    explicit RecordText(const char* name) : mText(name) { mText += '{'; }
 
     template <class T>
     void add(const char* field, const T& value) {
-        mText << mSeparator << field << ": ";
+        mText += mSeparator + (field + (": " + android::internal::ToString(value)));
         mSeparator = ", ";
-        print(mText, value);
     }
-    [[nodiscard]] std::string end() {
-        mText << '}';
-        return mText.str();
-    }
+    [[nodiscard]] std::string end() { return mText + '}'; }
 
 private:
-    std::ostringstream mText;
+    std::string mText;
     const char* mSeparator = "";
 };
 

@@ -20,29 +20,29 @@ ndk::ScopedAStatus ask(AIBinder* server, transaction_code_t code, T* result) {
     return status == STATUS_OK ? std::move(outcome) : ndk::ScopedAStatus::fromStatus(status);
 }
 
+}  // namespace
+
 // The value that is kept, or the server's, which is then kept. No lock is held while the server is asked.
 template <class T>
-ndk::ScopedAStatus known(std::mutex& mutex, T& kept, const T& unknown, const ndk::SpAIBinder& server,
-                         transaction_code_t code, T* result) {
+ndk::ScopedAStatus VersionCache::get(Known<T>& known, const T& unknown, const ndk::SpAIBinder& server,
+                                     transaction_code_t code, T* result) {
     {
-        const std::lock_guard lock(mutex);
-        *result = kept;
+        const device::MutexLock lock(known.lock);
+        *result = known.value;
     }
     if (*result != unknown) return ndk::ScopedAStatus::ok();
     ndk::ScopedAStatus status = ask(server.get(), code, result);
-    const std::lock_guard lock(mutex);
-    if (status.isOk()) kept = *result;
+    const device::MutexLock lock(known.lock);
+    if (status.isOk()) known.value = *result;
     return status;
 }
 
-}  // namespace
-
 ndk::ScopedAStatus VersionCache::version(const ndk::SpAIBinder& server, int32_t* result) {
-    return known(mMutex, mVersion, -1, server, GET_INTERFACE_VERSION, result);
+    return get(mVersion, -1, server, GET_INTERFACE_VERSION, result);
 }
 
 ndk::ScopedAStatus VersionCache::hash(const ndk::SpAIBinder& server, std::string* result) {
-    return known(mMutex, mHash, std::string(), server, GET_INTERFACE_HASH, result);
+    return get(mHash, std::string(), server, GET_INTERFACE_HASH, result);
 }
 
 }  // namespace subsys_stubs

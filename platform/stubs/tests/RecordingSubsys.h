@@ -1,10 +1,9 @@
 #pragma once
 
+#include <android/binder_to_string.h>
 #include <stubs/Sinks.h>
-#include <stubs/Text.h>
 
 #include <functional>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,18 +20,18 @@ public:
 
     template <class Method, class... Args>
     ndk::ScopedAStatus onCall(const Method& method, const Args&... arguments) {
-        std::ostringstream text;
+        std::string text = method.name;
         const char* separator = "(";
         const auto print = [&](const auto& argument) {
-            text << std::exchange(separator, ", ");
+            text += std::exchange(separator, ", ");
             if constexpr (requires { argument->asBinder(); }) {
-                text << (argument ? "object" : "null");
+                text += argument ? "object" : "null";
             } else {
-                subsys_stubs::print(text, argument);
+                text += android::internal::ToString(argument);
             }
         };
         (print(arguments), ...);
-        calls.push_back(method.name + text.str() + ")");
+        calls.push_back(text + ")");
         return answer();
     }
 };

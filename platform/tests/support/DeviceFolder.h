@@ -26,7 +26,7 @@ public:
 
     // Where the device's file is on this machine; its folder exists.
     [[nodiscard]] std::filesystem::path place(std::string_view file) const {
-        const std::filesystem::path placed = path() / std::filesystem::path(file).relative_path();
+        std::filesystem::path placed = path() / std::filesystem::path(file).relative_path();
         std::filesystem::create_directories(placed.parent_path());
         return placed;
     }

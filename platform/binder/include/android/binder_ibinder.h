@@ -123,7 +123,7 @@ void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient);
 
 // `onBinderDied(cookie)` comes once when the object's process dies. STATUS_INVALID_OPERATION for a local object,
-// STATUS_DEAD_OBJECT for a dead one, both after `onUnlinked(cookie)`. The same link may be made several times. The
+// STATUS_DEAD_OBJECT for a dead one, STATUS_NO_MEMORY, all after `onUnlinked(cookie)`. The same link may be made several times. The
 // caller keeps a reference of the object: dropping the last one ends its links without an obituary.
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient, void* cookie);
 // STATUS_NAME_NOT_FOUND without such a link; STATUS_DEAD_OBJECT when the object has died.

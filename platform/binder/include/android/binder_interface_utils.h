@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -28,7 +29,8 @@ public:
     SharedRefBase(const SharedRefBase&) = delete;
     SharedRefBase& operator=(const SharedRefBase&) = delete;
     virtual ~SharedRefBase() {
-        if (!mIsOwned) fail("an object that make() did not make");
+        // Nobody owns it yet where a constructor, or making the shared pointer, throws.
+        if (!mIsOwned && std::uncaught_exceptions() == 0) fail("an object that make() did not make");
         if (mThis.lock() != nullptr) fail("an object with two owners was destroyed by one of them");
     }
 

@@ -73,26 +73,43 @@ concept PackedByte = sizeof(T) == 1 && !std::same_as<T, bool> && (std::integral<
 template <typename T>
 constexpr bool alwaysFalse = false;
 
-// Gives a reader room in a std::vector, or a std::optional of one, of which only the latter may be null.
-template <typename Vector, typename Element>
-bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
-    auto* vector = static_cast<Vector*>(vectorData);
-    if constexpr (isFixedArray<Vector>) {
-        *outBuffer = reinterpret_cast<Element*>(vector->data());
-        return length >= 0 && static_cast<size_t>(length) == vector->size();
-    } else if constexpr (isVector<Vector>) {
-        if (length < 0) return false;
-        vector->resize(static_cast<size_t>(length));
-        *outBuffer = reinterpret_cast<Element*>(vector->data());
-    } else {
-        vector->reset();
-        if (length < 0) return true;
-        vector->emplace(static_cast<size_t>(length));
-        *outBuffer = reinterpret_cast<Element*>((*vector)->data());
-    }
-    return true;
-}
+// The functions of a number's type, alone and in an array.
+template <typename T>
+struct NumberCalls {
+    binder_status_t (*write)(AParcel* parcel, T value);
+    binder_status_t (*read)(const AParcel* parcel, T* value);
+    binder_status_t (*writeArray)(AParcel* parcel, const T* values, int32_t length);
+    binder_status_t (*readArray)(const AParcel* parcel, void* data, bool (*allocate)(void*, int32_t, T**));
+};
+template <typename T>
+constexpr std::nullptr_t calls = nullptr;
+template <>
+inline constexpr NumberCalls<char16_t> calls<char16_t>{::AParcel_writeChar, ::AParcel_readChar,
+                                                       ::AParcel_writeCharArray, ::AParcel_readCharArray};
+template <>
+inline constexpr NumberCalls<int32_t> calls<int32_t>{::AParcel_writeInt32, ::AParcel_readInt32,
+                                                     ::AParcel_writeInt32Array, ::AParcel_readInt32Array};
+template <>
+inline constexpr NumberCalls<int64_t> calls<int64_t>{::AParcel_writeInt64, ::AParcel_readInt64,
+                                                     ::AParcel_writeInt64Array, ::AParcel_readInt64Array};
+template <>
+inline constexpr NumberCalls<uint32_t> calls<uint32_t>{::AParcel_writeUint32, ::AParcel_readUint32,
+                                                       ::AParcel_writeUint32Array, ::AParcel_readUint32Array};
+template <>
+inline constexpr NumberCalls<uint64_t> calls<uint64_t>{::AParcel_writeUint64, ::AParcel_readUint64,
+                                                       ::AParcel_writeUint64Array, ::AParcel_readUint64Array};
+template <>
+inline constexpr NumberCalls<float> calls<float>{::AParcel_writeFloat, ::AParcel_readFloat, ::AParcel_writeFloatArray,
+                                                 ::AParcel_readFloatArray};
+template <>
+inline constexpr NumberCalls<double> calls<double>{::AParcel_writeDouble, ::AParcel_readDouble,
+                                                   ::AParcel_writeDoubleArray, ::AParcel_readDoubleArray};
 
+template <typename T>
+concept Number = !std::same_as<decltype(calls<T>), const std::nullptr_t>;
+
+// Gives a reader room in a std::vector, a std::array, or a std::optional of a vector, of which only the last may be
+// null.
 template <typename Vector>
 bool allocateElements(void* vectorData, int32_t length) {
     auto* vector = static_cast<Vector*>(vectorData);
@@ -115,6 +132,13 @@ auto& elementsOf(Vector& vector) {
     } else {
         return *vector;
     }
+}
+
+template <typename Vector, typename Element>
+bool allocateVector(void* vectorData, int32_t length, Element** outBuffer) {
+    if (!allocateElements<Vector>(vectorData, length)) return false;
+    if (length >= 0) *outBuffer = reinterpret_cast<Element*>(elementsOf(*static_cast<Vector*>(vectorData)).data());
+    return true;
 }
 
 template <typename Vector>
@@ -143,20 +167,8 @@ binder_status_t writeVector(AParcel* parcel, const Vector& vector, const Element
         return AParcel_writeBoolArray(parcel, &vector, length, getBool<Vector>);
     } else if constexpr (PackedByte<Element>) {
         return AParcel_writeByteArray(parcel, reinterpret_cast<const int8_t*>(elements), length);
-    } else if constexpr (std::same_as<Element, int32_t>) {
-        return AParcel_writeInt32Array(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, int64_t>) {
-        return AParcel_writeInt64Array(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, uint32_t>) {
-        return AParcel_writeUint32Array(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, uint64_t>) {
-        return AParcel_writeUint64Array(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, float>) {
-        return AParcel_writeFloatArray(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, double>) {
-        return AParcel_writeDoubleArray(parcel, elements, length);
-    } else if constexpr (std::same_as<Element, char16_t>) {
-        return AParcel_writeCharArray(parcel, elements, length);
+    } else if constexpr (Number<Element>) {
+        return calls<Element>.writeArray(parcel, elements, length);
     } else {
         return AParcel_writeParcelableArray(parcel, &vector, length, writeElement<Vector>);
     }
@@ -168,20 +180,8 @@ binder_status_t readVector(const AParcel* parcel, Vector* vector) {
         return AParcel_readBoolArray(parcel, vector, allocateElements<Vector>, setBool<Vector>);
     } else if constexpr (PackedByte<Element>) {
         return AParcel_readByteArray(parcel, vector, allocateVector<Vector, int8_t>);
-    } else if constexpr (std::same_as<Element, int32_t>) {
-        return AParcel_readInt32Array(parcel, vector, allocateVector<Vector, int32_t>);
-    } else if constexpr (std::same_as<Element, int64_t>) {
-        return AParcel_readInt64Array(parcel, vector, allocateVector<Vector, int64_t>);
-    } else if constexpr (std::same_as<Element, uint32_t>) {
-        return AParcel_readUint32Array(parcel, vector, allocateVector<Vector, uint32_t>);
-    } else if constexpr (std::same_as<Element, uint64_t>) {
-        return AParcel_readUint64Array(parcel, vector, allocateVector<Vector, uint64_t>);
-    } else if constexpr (std::same_as<Element, float>) {
-        return AParcel_readFloatArray(parcel, vector, allocateVector<Vector, float>);
-    } else if constexpr (std::same_as<Element, double>) {
-        return AParcel_readDoubleArray(parcel, vector, allocateVector<Vector, double>);
-    } else if constexpr (std::same_as<Element, char16_t>) {
-        return AParcel_readCharArray(parcel, vector, allocateVector<Vector, char16_t>);
+    } else if constexpr (Number<Element>) {
+        return calls<Element>.readArray(parcel, vector, allocateVector<Vector, Element>);
     } else {
         return AParcel_readParcelableArray(parcel, vector, allocateElements<Vector>, readElement<Vector>);
     }
@@ -298,20 +298,8 @@ binder_status_t AParcel_writeData(AParcel* parcel, const T& value) {
         return AParcel_writeBool(parcel, value);
     } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
         return AParcel_writeByte(parcel, static_cast<int8_t>(value));
-    } else if constexpr (std::same_as<T, char16_t>) {
-        return AParcel_writeChar(parcel, value);
-    } else if constexpr (std::same_as<T, int32_t>) {
-        return AParcel_writeInt32(parcel, value);
-    } else if constexpr (std::same_as<T, int64_t>) {
-        return AParcel_writeInt64(parcel, value);
-    } else if constexpr (std::same_as<T, uint32_t>) {
-        return AParcel_writeUint32(parcel, value);
-    } else if constexpr (std::same_as<T, uint64_t>) {
-        return AParcel_writeUint64(parcel, value);
-    } else if constexpr (std::same_as<T, float>) {
-        return AParcel_writeFloat(parcel, value);
-    } else if constexpr (std::same_as<T, double>) {
-        return AParcel_writeDouble(parcel, value);
+    } else if constexpr (internal::Number<T>) {
+        return internal::calls<T>.write(parcel, value);
     } else if constexpr (internal::isOptional<T>) {
         return AParcel_writeNullableData(parcel, value);
     } else if constexpr (internal::isFixedArray<T>) {
@@ -343,20 +331,8 @@ binder_status_t AParcel_readData(const AParcel* parcel, T* value) {
         return AParcel_readBool(parcel, value);
     } else if constexpr (std::same_as<T, int8_t> || std::same_as<T, uint8_t>) {
         return AParcel_readByte(parcel, reinterpret_cast<int8_t*>(value));
-    } else if constexpr (std::same_as<T, char16_t>) {
-        return AParcel_readChar(parcel, value);
-    } else if constexpr (std::same_as<T, int32_t>) {
-        return AParcel_readInt32(parcel, value);
-    } else if constexpr (std::same_as<T, int64_t>) {
-        return AParcel_readInt64(parcel, value);
-    } else if constexpr (std::same_as<T, uint32_t>) {
-        return AParcel_readUint32(parcel, value);
-    } else if constexpr (std::same_as<T, uint64_t>) {
-        return AParcel_readUint64(parcel, value);
-    } else if constexpr (std::same_as<T, float>) {
-        return AParcel_readFloat(parcel, value);
-    } else if constexpr (std::same_as<T, double>) {
-        return AParcel_readDouble(parcel, value);
+    } else if constexpr (internal::Number<T>) {
+        return internal::calls<T>.read(parcel, value);
     } else if constexpr (internal::isOptional<T>) {
         return AParcel_readNullableData(parcel, value);
     } else if constexpr (internal::isFixedArray<T>) {

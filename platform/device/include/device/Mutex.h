@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <mutex>
 
 // A mutex that clang's thread-safety analysis knows. Data stands beside the mutex that guards it:
@@ -23,7 +24,6 @@
 
 namespace device {
 
-// Also serves std::condition_variable_any. Any thread.
 class SUBSYS_THREAD_ANNOTATION(capability("mutex")) Mutex final {
 public:
     constexpr Mutex() = default;
@@ -34,21 +34,30 @@ public:
     void unlock() SUBSYS_THREAD_ANNOTATION(release_capability()) { mMutex.unlock(); }
 
 private:
+    friend class MutexLock;
     std::mutex mMutex;
 };
 
-// Holds the mutex from here to the end of the scope.
+// Holds the mutex to the end of the scope, but between unlock() and lock().
 class SUBSYS_THREAD_ANNOTATION(scoped_lockable) MutexLock final {
 public:
-    explicit MutexLock(Mutex& mutex) SUBSYS_THREAD_ANNOTATION(acquire_capability(mutex)) : mMutex(mutex) {
-        mMutex.lock();
-    }
-    ~MutexLock() SUBSYS_THREAD_ANNOTATION(release_capability()) { mMutex.unlock(); }
+    explicit MutexLock(Mutex& mutex) SUBSYS_THREAD_ANNOTATION(acquire_capability(mutex)) : mLock(mutex.mMutex) {}
+    ~MutexLock() SUBSYS_THREAD_ANNOTATION(release_capability()) = default;
     MutexLock(const MutexLock&) = delete;
     MutexLock& operator=(const MutexLock&) = delete;
 
+    void unlock() SUBSYS_THREAD_ANNOTATION(release_capability()) { mLock.unlock(); }
+    void lock() SUBSYS_THREAD_ANNOTATION(acquire_capability()) { mLock.lock(); }
+
+    // To be called in a loop that tests what is waited for.
+    void wait(std::condition_variable& changed) { changed.wait(mLock); }
+    template <class TimePoint>
+    void waitUntil(std::condition_variable& changed, TimePoint until) {
+        changed.wait_until(mLock, until);
+    }
+
 private:
-    Mutex& mMutex;
+    std::unique_lock<std::mutex> mLock;
 };
 
 }  // namespace device

@@ -8,8 +8,10 @@ namespace device {
 // $XDG_RUNTIME_DIR, else one for the user under /tmp. Any thread.
 [[nodiscard]] std::string runtimeFolder();
 
-// A descriptor of it, which the caller owns; the folder is created when missing. -1 with errno when it can't be opened;
-// EPERM when it is not this user's alone. Any thread.
-[[nodiscard]] int openRuntimeFolder();
+// A descriptor of it (O_PATH), which the caller owns. -1 with errno when it can't be opened; EPERM when it is not this
+// user's alone. `trouble` then says why: "is open to other users". Any thread.
+[[nodiscard]] int openRuntimeFolder(std::string& trouble);
+// The same; the folder is created when missing.
+[[nodiscard]] int makeRuntimeFolder(std::string& trouble);
 
 }  // namespace device

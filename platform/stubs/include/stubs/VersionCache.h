@@ -1,9 +1,9 @@
 #pragma once
 
 #include <android/binder_auto_utils.h>
+#include <device/Mutex.h>
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 namespace subsys_stubs {
@@ -16,9 +16,17 @@ public:
     ndk::ScopedAStatus hash(const ndk::SpAIBinder& server, std::string* result);
 
 private:
-    std::mutex mMutex;
-    int32_t mVersion = -1;  // guarded by mMutex, as is mHash
-    std::string mHash;
+    template <class T>
+    struct Known {
+        device::Mutex lock;
+        T value SUBSYS_GUARDED_BY(lock);
+    };
+    template <class T>
+    static ndk::ScopedAStatus get(Known<T>& known, const T& unknown, const ndk::SpAIBinder& server,
+                                  transaction_code_t code, T* result);
+
+    Known<int32_t> mVersion{{}, -1};
+    Known<std::string> mHash{};
 };
 
 }  // namespace subsys_stubs

@@ -1,0 +1,85 @@
+#include "tests/e2e/System.h"
+
+#include <sys/wait.h>
+
+#include <fstream>
+
+// A fault is prepared, and the doctor's first line names it.
+namespace test {
+namespace {
+
+constexpr int FAULT = 1;
+constexpr int NO_ANSWER = 124;
+
+class Doctor : public System {
+protected:
+    void script(const std::string& line) const {
+        std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app) << "\n" << line << "\n";
+    }
+    // It is the first line that counts.
+    static void expectFault(const std::string& arguments, const std::string& pattern) {
+        expectRun({"doctor" + arguments, FAULT, {"^fault: " + pattern}});
+    }
+    [[nodiscard]] std::string daemon() const { return "subsysd, pid " + std::to_string(mDaemon->pid()) + ", "; }
+};
+
+TEST_F(Doctor, Look_WhenAllIsWell_ThenZero) {
+    start();
+    expectRun({"get-icc-state", 0, {}});
+    expectRun({"doctor", 0, {"\nnothing is wrong: " + daemon() + "serves .* in " + mNames.path().string() + "\n"}});
+    expectRun({"--json doctor 1", 0, {R"("finding":"answered","level":"note","text":"getIccState #1 was answered )"}});
+    expectFault(" 7", "there is no request #7 in the recording; ");
+}
+
+TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFile) {
+    mDevice.remove("/vendor/lib64/libiccapis.so");
+    start();
+    expectFault("", "plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing; ");
+}
+
+TEST_F(Doctor, Look_WhenAComponentIsSilent_ThenItsRequest) {
+    script("ims on setCallInfo silent");
+    start();
+    expectRun({"--timeout 1.1 set-call-info set-call-info", NO_ANSWER, {}});
+    expectFault("", "setCallInfo #1 waits for [0-9.]+ s, and 1 more of its kind do: its component has not replied; ");
+    expectFault(" 2", "setCallInfo #2 waits for [0-9.]+ s: its component has not replied; ");
+}
+
+TEST_F(Doctor, Look_WhenThePluginHangs_ThenItsFunctionAndThread) {
+    script("icc on iccSendReqSync delay 60000");
+    start();
+    expectRun({"--timeout 1.1 send-icc-cmd --req-id 5", NO_ANSWER, {}});
+    expectFault("", "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, IccProxy[)]; ");
+}
+
+TEST_F(Doctor, Look_WhenTheClientIsKilled_ThenItsAnswerReachedNobody) {
+    script("icc on iccSendReqSync delay 1000");
+    start();
+    Client client("--serial 9 send-icc-cmd --req-id 5");
+    expectLog("iccapis: iccSendReqSync");
+    client.end();
+    expectLog("Client died. Cleaning up callbacks");
+    expectLog("sendIccCmd respCb");
+    expectFault("", "sendIccCmd #9 was answered [0-9.]+ .?s ago, but the RF client died [0-9.]+ .?s ago; ");
+}
+
+TEST_F(Doctor, Look_WhenTheDaemonIsStopped_ThenItsProcess) {
+    start();
+    mDaemon->signal(SIGSTOP);
+    waitpid(mDaemon->pid(), nullptr, WUNTRACED);
+    expectFault("", daemon() + "is stopped by a signal; let it go on: kill -CONT " + std::to_string(mDaemon->pid()));
+    mDaemon->signal(SIGCONT);
+}
+
+TEST_F(Doctor, Look_WhenTheDaemonIsGone_ThenWhatItLeft) {
+    script("ims on setCallInfo silent");
+    start();
+    expectRun({"--timeout 0.1 set-call-info", NO_ANSWER, {}});
+    const std::string gone = daemon();
+    mDaemon->end();
+    expectFault("", "nobody serves .*: " + gone + "has ended, with 1 requests unanswered; ");
+    start();
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,128 @@
+#include "tools/Doctor.h"
+
+#include "tools/Diagnosis.h"
+#include "tools/Dump.h"
+#include "tools/Json.h"
+#include "tools/Session.h"
+#include "tools/TraceVerbs.h"
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <device/RuntimeFolder.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <future>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace subsysctl {
+
+namespace {
+
+// A daemon that is well answers in a few milliseconds.
+constexpr std::chrono::seconds PATIENCE{3};
+
+DumpLines linesOf(const std::string& text) {
+    DumpLines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        const size_t colon = line.find(": ");
+        if (colon != std::string::npos) lines[line.substr(0, colon)] = line.substr(colon + 2);
+    }
+    return lines;
+}
+
+std::optional<DumpLines> dump(const std::string& service) {
+    const ndk::SpAIBinder binder(AServiceManager_checkService(service.c_str()));
+    std::string text;
+    if (binder.get() == nullptr || dumpOf(binder.get(), {}, text) != STATUS_OK) return std::nullopt;
+    return linesOf(text);
+}
+
+// A daemon that hangs holds the thread that asks it, which ends with this process.
+std::optional<DumpLines> dumpInTime(const std::string& service) {
+    std::promise<std::optional<DumpLines>> promise;
+    auto answer = promise.get_future();
+    std::thread([service, promise = std::move(promise)]() mutable { promise.set_value(dump(service)); }).detach();
+    return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
+}
+
+// The daemon's own where it said which one it is.
+void takeTrace(Evidence& evidence, const std::vector<device::Trace>& traces) {
+    const int32_t pid = evidence.dump ? std::atoi((*evidence.dump)["daemon.pid"].c_str()) : 0;
+    if (pid != 0) evidence.daemon = processState(pid);
+    const auto own = std::find_if(traces.begin(), traces.end(), [pid](const auto& each) { return each.pid == pid; });
+    if (own != traces.end()) evidence.trace = *own;
+}
+
+void takePeers(Evidence& evidence) {
+    constexpr std::string_view PREFIX = "peer.";
+    if (!evidence.dump) return;
+    for (const auto& [key, value] : *evidence.dump) {
+        if (!key.starts_with(PREFIX)) continue;
+        const int32_t pid = std::atoi(key.c_str() + PREFIX.size());
+        if (auto peer = processState(pid)) evidence.peers.emplace(pid, std::move(*peer));
+    }
+}
+
+Evidence gather(const DoctorOptions& options, std::ostream& err) {
+    Evidence evidence;
+    evidence.serial = options.serial;
+    evidence.service = std::string(Request::Service::descriptor) + "/default";
+    evidence.folder = device::runtimeFolder();
+    evidence.isServed = AServiceManager_isDeclared(evidence.service.c_str());
+    const auto traces = daemonTraces(err);
+    if (!traces.empty()) evidence.trace = traces.front();
+    if (evidence.trace && evidence.trace->isAlive) evidence.daemon = processState(evidence.trace->pid);
+    const bool isStopped = evidence.daemon && evidence.daemon->isStopped();
+    if (evidence.isServed && !isStopped) evidence.dump = dumpInTime(evidence.service);
+    if (!evidence.isServed) evidence.otherDaemons = environmentsOf("subsysd", "SUBSYS_BINDER_DIR");
+    takeTrace(evidence, traces);
+    takePeers(evidence);
+    if (evidence.trace) evidence.now = nowOf(*evidence.trace);
+    return evidence;
+}
+
+bool isFault(const Finding& finding) {
+    return finding.level == Finding::Level::FAULT;
+}
+
+void print(const Finding& finding, bool json, std::ostream& out) {
+    const char* level = isFault(finding) ? "fault" : "note";
+    if (json) {
+        out << dump(Json{
+                   {"finding", finding.cause}, {"level", level}, {"text", finding.text}, {"advice", finding.advice}})
+            << std::endl;
+    } else {
+        out << level << ": " << finding.text << "; " << finding.advice << std::endl;
+    }
+}
+
+void printWell(const Evidence& evidence, bool json, std::ostream& out) {
+    const std::string text = "subsysd, pid " + std::to_string(evidence.daemon ? evidence.daemon->pid : 0) +
+                             ", serves " + evidence.service + " in " + evidence.folder;
+    out << (json ? dump(Json{{"finding", "none"}, {"level", "ok"}, {"text", text}}) : "nothing is wrong: " + text)
+        << std::endl;
+}
+
+}  // namespace
+
+int doctor(const DoctorOptions& options, std::ostream& out, std::ostream& err) {
+    const Evidence evidence = gather(options, err);
+    const auto findings = diagnose(evidence);
+    for (const Finding& finding : findings) print(finding, options.json, out);
+    if (std::any_of(findings.begin(), findings.end(), isFault)) return ANSWERED_WITH_ERROR;
+    printWell(evidence, options.json, out);
+    return OK;
+}
+
+}  // namespace subsysctl
