@@ -4,7 +4,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
-#include <string_view>
+#include <utility>
 
 namespace subsysctl {
 
@@ -12,11 +12,11 @@ namespace {
 
 constexpr int NO_ANSWER = 124;
 
+Output::Line sLine;
+
 // Only what is allowed in a signal handler.
 void onAlarm(int) {
-    constexpr std::string_view TEXT =
-        "subsysctl: the service did not take the call in time; is its process stopped or busy?\n";
-    const ssize_t written = write(STDERR_FILENO, TEXT.data(), TEXT.size());
+    const ssize_t written = write(sLine.descriptor, sLine.text.data(), sLine.text.size());
     static_cast<void>(written);
     _exit(NO_ANSWER);
 }
@@ -31,7 +31,8 @@ void setTimer(std::chrono::microseconds time) {
 
 }  // namespace
 
-CallTimer::CallTimer(std::chrono::milliseconds timeout) {
+CallTimer::CallTimer(std::chrono::milliseconds timeout, Output::Line line) {
+    sLine = std::move(line);
     struct sigaction action {};
     action.sa_handler = onAlarm;
     sigaction(SIGALRM, &action, nullptr);

@@ -1,15 +1,21 @@
 #include "tools/CommandLine.h"
 
 #include "tools/Doctor.h"
+#include "tools/Help.h"
+#include "tools/Manual.h"
+#include "tools/ManualFormats.h"
 #include "tools/NewProject.h"
 #include "tools/Requests.h"
+#include "tools/Run.h"
 #include "tools/TraceVerbs.h"
+#include "tools/Values.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <limits>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 namespace subsysctl {
@@ -18,72 +24,65 @@ namespace {
 
 constexpr char CLIENT[] = "The client itself";
 constexpr char INSIDE[] = "What happens inside; needs no service";
+constexpr char HELP[] = "Help";
 constexpr double MAX_SECONDS = 1e6;
+constexpr int32_t MAX_COUNT = std::numeric_limits<int32_t>::max();
+const std::string COUNT_RANGE = "1 to " + std::to_string(MAX_COUNT);
 
-constexpr char DESCRIPTION[] =
-    "Sends requests to the subsys service and shows what comes back.\n"
-    "Several verbs may follow each other; they run in turn over one connection, each until its answer is there:\n"
-    "  subsysctl get-swtp-status get-lcd-info --type 1";
+// Stores the value of a text, or returns what is wrong with it.
+using Store = std::function<std::string(const std::string& text)>;
 
-constexpr char FOOTER[] =
-    "An integer that is not given is 0, a text or a byte vector empty; integers are decimal or 0x hexadecimal, byte\n"
-    "vectors pairs of hexadecimal digits. Without --data-len that is the number of bytes of --data.\n"
-    "The service has one RF client and two IMS ORTC clients. A call with an RF verb becomes the RF client in place of\n"
-    "another one, whose watch then stays silent; a third IMS client is ignored. Both IMS clients get every IMS "
-    "answer:\n"
-    "give them different serials (--serial) when both send the same request.\n"
-    "\n"
-    "Exit codes: 0 answered with error 0; 1 answered with another error, or the call failed; 2 wrong usage;\n"
-    "69 no such service, or it died; 71 out of memory or threads; 124 no answer in time. Of several verbs the first that\n"
-    "fails decides; the others still run, unless the service is gone.\n"
-    "SUBSYS_BINDER_DIR names the folder of the service names; NO_COLOR turns colours off.";
-
-// CLI::Range lets "nan" pass.
-std::string refuseNan(const std::string& text) {
-    double value = 0;
-    return CLI::detail::lexical_cast(text, value) && std::isnan(value) ? "not a number: " + text : "";
+CLI::Option* addOption(CLI::App& app, const std::string& name, const char* type, const std::string& help, Store store) {
+    const auto take = [name, store = std::move(store)](const std::string& text) {
+        if (const std::string problem = store(text); !problem.empty()) throw CLI::ValidationError(name, problem);
+    };
+    return app.add_option_function<std::string>(name, take, help)->type_name(type)->take_last();
 }
 
-void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
-    app.add_flag("--json", commandLine.json, "One JSON object a line");
-    app.add_option_function<double>(
-           "--timeout",
-           [&](double seconds) { commandLine.timeout = std::chrono::milliseconds(std::llround(seconds * 1000)); },
-           "How long to wait for each answer (default 5)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, MAX_SECONDS))
-        ->check(refuseNan);
-    app.add_option("--serial", commandLine.serial, "The first request's serial, counting on from there (default 1)")
-        ->type_name("N");
+Store storeSeconds(double& seconds, double min) {
+    return [&seconds, min](const std::string& text) -> std::string {
+        const bool isNumber = CLI::detail::lexical_cast(text, seconds) && !std::isnan(seconds);
+        if (isNumber && seconds >= min && seconds <= MAX_SECONDS) return "";
+        std::ostringstream problem;
+        problem << "expected seconds, " << min << " to 1000000, not '" << text << "'";
+        return problem.str();
+    };
+}
+
+Store storeCount(size_t& count) {
+    return [&count](const std::string& text) -> std::string {
+        const auto number = parseNumber(text, 1, MAX_COUNT);
+        count = static_cast<size_t>(number.value_or(0));
+        return number ? "" : "expected an integer, " + COUNT_RANGE + ", not '" + text + "'";
+    };
+}
+
+CLI::App* addVerb(CLI::App& app, const std::string& name, const char* group, const std::string& text,
+                  const std::string& example) {
+    return app.add_subcommand(name, text + "\n" + example)->group(group)->immediate_callback();
 }
 
 void addStatus(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand("status", "Is it served? Version, hash, pid, round-trip time\n  status");
-    verb->group(CLIENT)->immediate_callback();
-    verb->callback([&steps] {
-        steps.push_back({false, false, {}, [](Session& session) { return session.status(); }, {}});
+    addVerb(app, "status", CLIENT, "Is it served? Version, hash, pid, round-trip time.", "status")->callback([&steps] {
+        steps.push_back({.verb = "status", .run = [](Session& session) { return session.status(); }});
     });
 }
 
 void addDump(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand(
-        "dump", "The service's state: clients, components, plugins; takes no client's place\n  dump");
-    verb->group(INSIDE)->immediate_callback();
-    verb->callback([&steps] {
-        steps.push_back({false, false, {}, [](Session& session) { return session.dump(); }, {}});
-    });
+    addVerb(app, "dump", INSIDE, "The service's state: clients, components, plugins. Takes no client's place.", "dump")
+        ->callback(
+            [&steps] { steps.push_back({.verb = "dump", .run = [](Session& session) { return session.dump(); }}); });
 }
 
 void addLog(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand("log", "Change from which level on the daemon logs\n  log debug");
+    CLI::App* verb = addVerb(app, "log", INSIDE, "Change from which level on the daemon logs.", "log debug");
     const auto level = std::make_shared<std::string>();
-    verb->group(INSIDE)->immediate_callback();
-    verb->add_option("LEVEL", *level, "debug, info, warn or error")
+    verb->add_option("LEVEL", *level, "The lowest level that is written.")
         ->required()
         ->check(CLI::IsMember({"debug", "info", "warn", "error"}));
     verb->callback([&steps, level] {
-        const auto setLevel = [level = *level](Session& session) { return session.dump({"log", level.c_str()}); };
-        steps.push_back({false, false, {}, setLevel, {}});
+        const auto setLevel = [given = *level](Session& session) { return session.dump({"log", given.c_str()}); };
+        steps.push_back({.verb = "log", .run = setLevel});
     });
 }
 
@@ -103,132 +102,155 @@ WatchOptions watchOptions(const CLI::App& verb, const WatchArguments& arguments)
 }
 
 void addWatch(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand(
-        "watch", "Show RF indications, also those that came during earlier verbs\n  watch --for 10 --count 3");
+    CLI::App* verb = addVerb(app, "watch", CLIENT, "Show RF indications, also those that came during earlier verbs.",
+                             "watch --for 10 --count 3");
     const auto arguments = std::make_shared<WatchArguments>();
-    verb->group(CLIENT)->immediate_callback();
-    verb->add_flag("--ims", arguments->ims, "IMS ORTC indications too");
-    verb->add_flag("--no-rf", arguments->noRf, "With --ims: not those of RF, whose client stays another one")
+    verb->add_flag("--ims", arguments->ims, "IMS ORTC indications too.");
+    verb->add_flag("--no-rf", arguments->noRf, "With --ims: not those of RF, whose client stays another one.")
         ->needs("--ims");
-    verb->add_option("--for", arguments->seconds, "End after so long (default: never)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, MAX_SECONDS))
-        ->check(refuseNan);
-    verb->add_option("--count", arguments->count, "End after so many; 124 when --for ends it before")
-        ->type_name("N")
-        ->check(CLI::PositiveNumber);
+    addOption(*verb, "--for", "SECONDS", "End after so long, 0 to 1000000; without it never.",
+              storeSeconds(arguments->seconds, 0));
+    addOption(*verb, "--count", "N",
+              "End after so many indications, " + COUNT_RANGE + "; 124 when --for ends it before.",
+              storeCount(arguments->count));
     verb->callback([&steps, verb, arguments] {
-        const WatchOptions options = watchOptions(*verb, *arguments);
-        *arguments = {};
-        steps.push_back(
-            {options.rf, options.ims, {}, [options](Session& session) { return session.watch(options); }, {}});
+        const WatchOptions options = watchOptions(*verb, std::exchange(*arguments, {}));
+        steps.push_back({.verb = "watch", .rf = options.rf, .ims = options.ims, .run = [options](Session& session) {
+                             return session.watch(options);
+                         }});
     });
 }
 
 // They only become the client: a watch or a request that follows in the same call does that by itself.
 void addRegistrations(CLI::App& app, std::vector<Step>& steps) {
-    const auto add = [&](const char* name, const char* help, bool rf) {
-        CLI::App* verb = app.add_subcommand(name, std::string(help) + "\n  " + name);
-        verb->group(CLIENT)->immediate_callback();
-        verb->callback([&steps, rf] {
-            steps.push_back({rf, !rf, {}, [](Session&) { return static_cast<int>(OK); }, {}});
+    const auto add = [&](const char* name, const char* help, const char* client, bool rf) {
+        addVerb(app, name, CLIENT, help, name)->callback([=, &steps] {
+            steps.push_back({.verb = name, .rf = rf, .ims = !rf, .run = [client](Session& session) {
+                                 return session.showRegistered(client);
+                             }});
         });
     };
-    add("set-callback", "Become the RF client until the end of this call", true);
-    add("set-ims-ortc-callback", "Become an IMS ORTC client until the end of this call", false);
+    add("set-callback", "Become the RF client until the end of this call.", "rf", true);
+    add("set-ims-ortc-callback", "Become an IMS ORTC client until the end of this call.", "ims", false);
 }
 
 void addTrace(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand(
-        "trace",
-        "Write what the daemon and traced clients (SUBSYS_TRACE=1) did, as trace-event JSON\n  trace --for 2 "
-        "--output trace.json");
+    CLI::App* verb = addVerb(app, "trace", INSIDE,
+                             "Write what the daemon and traced clients (SUBSYS_TRACE=1) did, as trace-event JSON.",
+                             "trace --for 2 --output trace.json");
     const auto options = std::make_shared<TraceOptions>();
-    verb->group(INSIDE)->immediate_callback();
-    verb->add_option("--for", options->seconds, "Only what happens in so long from now (default: all that is recorded)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.0, MAX_SECONDS))
-        ->check(refuseNan);
-    verb->add_flag("--last", options->last, "Of the last run of each program, before the present one");
-    verb->add_option("--output", options->output, "Into this file")->type_name("FILE");
-    verb->callback([&steps, options] {
-        const auto look = [given = std::exchange(*options, {})] { return trace(given, std::cout, std::cerr); };
-        steps.push_back({false, false, {}, {}, look});
+    const auto seconds = std::make_shared<double>();
+    addOption(*verb, "--for", "SECONDS",
+              "Only what happens in so long from now, 0 to 1000000; without it all that is recorded.",
+              storeSeconds(*seconds, 0));
+    verb->add_flag("--last", options->last, "Of the last run of each program, before the present one.");
+    verb->add_option("--output", options->output, "Into this file.")->type_name("FILE");
+    verb->callback([&steps, verb, options, seconds] {
+        TraceOptions given = std::exchange(*options, {});
+        if (verb->count("--for") > 0) given.seconds = *seconds;
+        steps.push_back({.verb = "trace", .look = [given](Output& output) { return trace(given, output); }});
     });
 }
 
-void addRequests(CLI::App& app, CommandLine& commandLine) {
-    CLI::App* verb = app.add_subcommand("requests", "List the requests that wait, oldest first\n  requests --all");
+void addRequests(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = addVerb(app, "requests", INSIDE, "List the requests that wait, oldest first.", "requests --all");
     const auto all = std::make_shared<bool>(false);
-    verb->group(INSIDE)->immediate_callback();
-    verb->add_flag("--all", *all, "Those that were answered lately, too");
-    verb->callback([&commandLine, all] {
-        const auto look = [&commandLine, given = std::exchange(*all, false)] {
-            return requests({given, commandLine.json}, std::cout, std::cerr);
-        };
-        commandLine.steps.push_back({false, false, {}, {}, look});
+    verb->add_flag("--all", *all, "Those that were answered lately, too.");
+    verb->callback([&steps, all] {
+        const bool given = std::exchange(*all, false);
+        steps.push_back({.verb = "requests", .look = [given](Output& output) { return requests(given, output); }});
     });
 }
 
-void addDoctor(CLI::App& app, CommandLine& commandLine) {
-    CLI::App* verb = app.add_subcommand(
-        "doctor", "Say what is wrong, the worst first, and what to do; 0 only when nothing is\n  doctor 7");
+void addDoctor(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = addVerb(app, "doctor", INSIDE,
+                             "Say what is wrong, the worst first, and what to do; 0 only when nothing is.", "doctor 7");
     const auto serial = std::make_shared<std::optional<int32_t>>();
-    verb->group(INSIDE)->immediate_callback();
-    verb->add_option("SERIAL", *serial, "Why the request with this serial or token is not answered")->type_name("N");
-    verb->callback([&commandLine, serial] {
-        const auto look = [&commandLine, given = std::exchange(*serial, {})] {
-            return doctor({given, commandLine.json}, std::cout, std::cerr);
-        };
-        commandLine.steps.push_back({false, false, {}, {}, look});
+    verb->add_option("SERIAL", *serial, "Why the request with this serial or token is not answered.")->type_name("N");
+    verb->callback([&steps, serial] {
+        const auto look = [given = std::exchange(*serial, {})](Output& output) { return doctor(given, output); };
+        steps.push_back({.verb = "doctor", .look = look});
     });
 }
 
 void addNew(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = app.add_subcommand("new", "Write a project to start from into the folder NAME\n  new plugin mine");
+    CLI::App* verb =
+        addVerb(app, "new", "For authors", "Write a project to start from into the folder NAME.", "new plugin mine");
     const auto project = std::make_shared<std::pair<std::string, std::string>>();
-    verb->group("For authors")->immediate_callback();
-    verb->add_option("KIND", project->first, "plugin, component or client")
+    verb->add_option("KIND", project->first, "What it is.")
         ->required()
         ->check(CLI::IsMember({"plugin", "component", "client"}));
-    verb->add_option("NAME", project->second, "Of the project")->required()->check(refuseProjectName);
+    verb->add_option("NAME", project->second, "Of the project: a letter, then letters, digits, '_' and '-'.")
+        ->required()
+        ->check(refuseProjectName);
     verb->callback([&steps, project] {
-        const auto look = [given = *project] { return static_cast<int>(newProject(given.first, given.second)); };
-        steps.push_back({false, false, {}, {}, look});
+        const auto look = [given = *project](Output& output) { return newProject(given.first, given.second, output); };
+        steps.push_back({.verb = "new", .look = look});
     });
 }
 
-Step requestStep(Request request) {
-    const bool rf = request.needs == Needs::RF;
-    const bool ims = request.needs == Needs::IMS;
-    return {rf, ims, std::move(request), {}, {}};
-}
-
 void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& request) {
-    CLI::App* verb = app.add_subcommand(request.name, request.help);
-    verb->group(request.group)->immediate_callback();
+    CLI::App* verb = addVerb(app, request.name, request.group, request.help, request.example);
     for (const RequestOption& option : request.options) {
-        const auto store = [option](const std::string& text) {
-            if (!option.store(text)) throw CLI::ValidationError(option.name, "not a value: " + text);
-        };
-        verb->add_option_function<std::string>(option.name, store, option.help)
-            ->type_name(option.type)
-            ->required(option.required)
-            ->take_last();
+        addOption(*verb, option.name, option.type, option.help, option.store)->required(option.required);
     }
     verb->callback([&steps, verb, take = request.take] {
-        steps.push_back(requestStep(take([verb](const char* option) { return verb->count(option) > 0; })));
+        Request taken = take([verb](const char* option) { return verb->count(option) > 0; });
+        const Needs needs = taken.needs;
+        steps.push_back({verb->get_name(), needs == Needs::RF, needs == Needs::IMS, std::move(taken), {}, {}});
+    });
+}
+
+void addBatch(CLI::App& app, std::vector<Step>& steps) {
+    addVerb(app, "batch", CLIENT, "Run the verbs of each line of the input, in order; '-' is short for it.",
+            "batch < verbs")
+        ->callback([&steps] {
+            const auto run = [](Session& session) { return runLines(std::cin, session); };
+            steps.push_back({.verb = "batch", .run = run});
+        });
+}
+
+void addHelp(CLI::App& app, std::vector<Step>& steps) {
+    CLI::App* verb = addVerb(app, "help", HELP, "Show all verbs, or the options of one.", "help watch");
+    const auto format = std::make_shared<std::string>();
+    verb->add_option("VERB", "The verb.");
+    verb->add_option("--as", *format, "As a manual page, or as a shell's completions.")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
+    verb->callback([&app, &steps, format] {
+        const auto look = [manual = manualOf(app), name = *format](Output& output) {
+            for (const ManualFormat& each : MANUAL_FORMATS) {
+                if (each.name == name) each.print(manual, output.stream());
+            }
+            if (name.empty()) printHelp(manual, output.style().textWidth, output.stream());
+            return static_cast<int>(OK);
+        };
+        steps.push_back({.verb = "help", .look = look});
     });
 }
 
 }  // namespace
 
-std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine& commandLine) {
-    CLI::App app(DESCRIPTION, "subsysctl");
-    app.footer(FOOTER);
-    app.fallthrough();
-    app.require_subcommand(1, 0);
-    addGlobalOptions(app, commandLine);
+void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
+    // Looked for before, so that errors of usage are objects, too.
+    app.add_flag_callback(
+        "--json", [] {}, "Each outcome as one JSON object on a line, errors and notes too.");
+    const auto seconds = std::make_shared<double>();
+    const auto storeTimeout = [&commandLine, seconds](const std::string& text) {
+        const std::string problem = storeSeconds(*seconds, 0.001)(text);
+        if (problem.empty()) commandLine.timeout = std::chrono::milliseconds(std::llround(*seconds * 1000));
+        return problem;
+    };
+    addOption(app, "--timeout", "SECONDS", "How long to wait for each answer, 0.001 to 1000000 (default 5).",
+              storeTimeout);
+    const auto storeSerial = [&commandLine](const std::string& text) { return store(text, commandLine.serial); };
+    addOption(app, "--serial", "N",
+              "The first request's serial, counting on from there, " + rangeOf<int32_t>() + " (default 1).",
+              storeSerial);
+    app.add_flag("--take-over", commandLine.takeOver, "Become the RF client also in place of another process.");
+}
+
+void addVerbs(CLI::App& app, CommandLine& commandLine) {
     for (const RequestVerb& verb : requestVerbs()) addRequest(app, commandLine.steps, verb);
     addWatch(app, commandLine.steps);
     addStatus(app, commandLine.steps);
@@ -236,40 +258,14 @@ std::optional<int> parse(const std::vector<std::string>& arguments, CommandLine&
     addDump(app, commandLine.steps);
     addLog(app, commandLine.steps);
     addTrace(app, commandLine.steps);
-    addRequests(app, commandLine);
-    addDoctor(app, commandLine);
-    addNew(app, commandLine.steps);
-    try {
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError& error) {
-        if (const auto rest = app.remaining(); !rest.empty()) {
-            std::cerr << "subsysctl: no such verb or option: " << rest.front() << std::endl;
-            return USAGE;
-        }
-        return app.exit(error) == 0 ? OK : USAGE;
-    }
-    return std::nullopt;
+    addRequests(app, commandLine.steps);
+    addDoctor(app, commandLine.steps);
 }
 
-int run(const CommandLine& commandLine, Output& output) {
-    Session session(output, commandLine.timeout, commandLine.serial);
-    const auto& steps = commandLine.steps;
-    const bool needsService =
-        std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.look == nullptr; });
-    int result = needsService ? session.connect() : static_cast<int>(OK);
-    if (result == OK && std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.rf; })) {
-        result = session.registerRf();
-    }
-    if (result == OK && std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.ims; })) {
-        result = session.registerIms();
-    }
-    if (result != OK) return result;
-    for (const Step& step : steps) {
-        const int code = step.look ? step.look() : step.request ? session.request(*step.request) : step.run(session);
-        if (result == OK) result = code;
-        if (code == NO_SERVICE) break;
-    }
-    return result;
+void addOuterVerbs(CLI::App& app, CommandLine& commandLine) {
+    addBatch(app, commandLine.steps);
+    addNew(app, commandLine.steps);
+    addHelp(app, commandLine.steps);
 }
 
 }  // namespace subsysctl

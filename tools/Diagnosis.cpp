@@ -6,8 +6,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <iterator>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace subsysctl {
@@ -24,9 +27,17 @@ constexpr int64_t SLOW = SECOND;
 // How long ago an answer may have been lost to be told without its serial.
 constexpr int64_t LATELY = 60 * SECOND;
 
+// Marks of the service.
 constexpr std::string_view PLUGIN_CALL = "plugin ";
+constexpr std::string_view CLIENT_SET = "RF client set";
+constexpr std::string_view CLIENT_DIED = "RF client died";
 
-std::string number(int64_t value) {
+// Of the components.
+constexpr int TYPE_VS = 0;
+constexpr int TYPE_IMS_ORTC = 21;
+
+template <typename Number>
+std::string number(Number value) {
     return std::to_string(value);
 }
 
@@ -51,7 +62,7 @@ bool needsRfClient(const TracedRequest& request) {
 class Doctor {
 public:
     explicit Doctor(const Evidence& evidence) : mEvidence(evidence) {
-        if (evidence.trace) mRequests = tracedSections(*evidence.trace).requests;
+        if (evidence.trace) takeTrace(*evidence.trace);
         if (evidence.serial) {
             std::erase_if(mRequests, [&](const auto& each) { return each.number != *evidence.serial; });
         }
@@ -75,6 +86,12 @@ public:
     }
 
 private:
+    void takeTrace(const device::Trace& trace) {
+        mRequests = tracedSections(trace).requests;
+        std::copy_if(trace.marks.begin(), trace.marks.end(), std::back_inserter(mClientMarks),
+                     [](const TraceMark& mark) { return mark.name == CLIENT_SET || mark.name == CLIENT_DIED; });
+    }
+
     void fault(const char* cause, std::string text, std::string advice) {
         mFindings.push_back({Level::FAULT, cause, std::move(text), std::move(advice)});
     }
@@ -123,8 +140,8 @@ private:
         std::string text = "nobody serves " + where;
         if (mEvidence.trace) {
             const auto isOpen = [](const TracedRequest& each) { return !each.section.end; };
-            text += ": " + daemonName() + ", has ended, with " +
-                    number(std::count_if(mRequests.begin(), mRequests.end(), isOpen)) + " requests unanswered";
+            text += ": " + daemonName() + ", has ended; requests unanswered: " +
+                    number(std::count_if(mRequests.begin(), mRequests.end(), isOpen));
         }
         std::string advice = "start subsysd";
         for (const auto& [pid, environment] : mEvidence.otherDaemons) {
@@ -206,12 +223,10 @@ private:
             const auto peer = mEvidence.peers.find(std::atoi(pid.c_str()));
             const bool isStopped = peer != mEvidence.peers.end() && peer->second.isStopped();
             if (isStopped) {
-                fault("clientStopped",
-                      "client process " + pid + " is stopped, " + number(static_cast<int64_t>(bytes)) + " bytes unread",
+                fault("clientStopped", "client process " + pid + " is stopped, " + number(bytes) + " bytes unread",
                       "let it go on: kill -CONT " + pid);
             } else if (lost > 0) {
-                fault("undelivered",
-                      "client process " + pid + " missed " + number(static_cast<int64_t>(lost)) + " calls",
+                fault("undelivered", "client process " + pid + " missed " + number(lost) + " calls",
                       "it is too slow: its callbacks must return at once");
             }
         }
@@ -235,8 +250,8 @@ private:
             fault("componentMissing", "there is no component of type " + number(type) + ": " + what,
                   "give subsysd its library with --load; its log says when it can't load one");
         };
-        expect(21, "no IMS request is answered");
-        expect(0, "the ICC plugin is not initialised");
+        expect(TYPE_IMS_ORTC, "no IMS request is answered");
+        expect(TYPE_VS, "the ICC plugin is not initialised");
     }
 
     // One line for all that wait in the same place.
@@ -258,7 +273,7 @@ private:
 
     void addWaiting(const TracedRequest& oldest, const std::string& stage, size_t count) {
         std::string text = name(oldest) + " waits for " + ago(oldest.section.begin.time);
-        if (count > 1) text += ", and " + number(static_cast<int64_t>(count) - 1) + " more of its kind do";
+        if (count > 1) text += ", and " + number(count - 1) + " more of its kind do";
         if (const auto died = clientLoss(oldest)) text += "; " + *died;
         if (stage == "plugin") {
             fault("waitsForPlugin", text + ": it is inside the plugin",
@@ -277,39 +292,38 @@ private:
     std::optional<std::string> clientLoss(const TracedRequest& request) const {
         if (!needsRfClient(request)) return std::nullopt;
         std::optional<std::string> loss;
-        for (const TraceMark& mark : mEvidence.trace->marks) {
-            const bool isWhile = mark.time >= request.section.begin.time &&
-                                 (!request.section.end || mark.time <= request.section.end->time);
-            if (!isWhile || mark.kind != MarkKind::INSTANT) continue;
-            if (mark.name == "RF client set") loss = "another process became the RF client " + ago(mark.time) + " ago";
-            if (mark.name == "RF client died" && !hasSuccessor(mark.time))
-                loss = "the RF client died " + ago(mark.time) + " ago";
+        const auto& [begin, end] = std::tie(request.section.begin, request.section.end);
+        for (const TraceMark& mark : mClientMarks) {
+            if (mark.time < begin.time || (end && mark.time > end->time)) continue;
+            if (mark.name == CLIENT_SET) loss = "the RF client was replaced " + ago(mark.time) + " ago";
+            if (mark.name == CLIENT_DIED && !hasSuccessor(mark)) loss = "the RF client died " + ago(mark.time) + " ago";
         }
         return loss;
     }
 
     // Whether the RF client of now registered before the death of an earlier one was noticed.
-    bool hasSuccessor(int64_t died) const {
-        const auto& marks = mEvidence.trace->marks;
+    bool hasSuccessor(const TraceMark& death) const {
         return line("rf.response").ends_with("alive") &&
-               std::none_of(marks.begin(), marks.end(),
-                            [&](const auto& mark) { return mark.name == "RF client set" && mark.time > died; });
+               std::none_of(mClientMarks.begin(), mClientMarks.end(),
+                            [&](const TraceMark& mark) { return mark.name == CLIENT_SET && mark.time > death.time; });
     }
 
     void checkAnswered() {
+        std::vector<std::string> lost;
         for (const TracedRequest& request : mRequests) {
             const auto& end = request.section.end;
             if (!end || (!mEvidence.serial && mEvidence.now - end->time > LATELY)) continue;
+            const std::string text = name(request) + " was answered " + ago(end->time) + " ago";
             if (const auto loss = clientLoss(request)) {
-                fault("clientLost", name(request) + " was answered " + ago(end->time) + " ago, but " + *loss,
-                      "a client has to live, and stay registered, until the answer comes");
+                lost.push_back(text + ", but " + *loss);
             } else if (mEvidence.serial) {
-                note("answered",
-                     name(request) + " was answered " + ago(end->time) + " ago, after " +
-                         durationText(end->time - request.section.begin.time),
+                note("answered", text + ", after " + durationText(end->time - request.section.begin.time),
                      "look at the client");
             }
         }
+        if (lost.empty()) return;
+        const std::string more = lost.size() == 1 ? "" : ", and so for " + number(lost.size() - 1) + " more";
+        fault("clientLost", lost.back() + more, "a client has to live, and stay registered, until the answer comes");
     }
 
     void checkSerial() {
@@ -326,17 +340,14 @@ private:
                       "the main looper has not come to forget it: " + backtrace());
             }
         }
-        if (!mEvidence.trace || line("rf.response") != "none") return;
-        const auto& marks = mEvidence.trace->marks;
-        const auto died = std::find_if(marks.rbegin(), marks.rend(),
-                                       [](const TraceMark& mark) { return mark.name == "RF client died"; });
-        if (died == marks.rend()) return;
-        note("noClient", "the RF client died " + ago(died->time) + " ago, and none has registered since",
+        if (line("rf.response") != "none" || mClientMarks.empty() || mClientMarks.back().name != CLIENT_DIED) return;
+        note("noClient", "the RF client died " + ago(mClientMarks.back().time) + " ago, and none has registered since",
              "events reach nobody until a client registers");
     }
 
     const Evidence& mEvidence;
     std::vector<TracedRequest> mRequests;
+    std::vector<TraceMark> mClientMarks;  // of the RF client
     std::vector<Finding> mFindings;
     int32_t mPluginThread = 0;
 };

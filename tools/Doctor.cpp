@@ -2,8 +2,9 @@
 
 #include "tools/Diagnosis.h"
 #include "tools/Dump.h"
+#include "tools/ExitCode.h"
 #include "tools/Json.h"
-#include "tools/Session.h"
+#include "tools/Request.h"
 #include "tools/TraceVerbs.h"
 
 #include <android/binder_auto_utils.h>
@@ -41,7 +42,7 @@ DumpLines linesOf(const std::string& text) {
     return lines;
 }
 
-std::optional<DumpLines> dump(const std::string& service) {
+std::optional<DumpLines> askForDump(const std::string& service) {
     const ndk::SpAIBinder binder(AServiceManager_checkService(service.c_str()));
     std::string text;
     if (binder.get() == nullptr || dumpOf(binder.get(), {}, text) != STATUS_OK) return std::nullopt;
@@ -52,7 +53,7 @@ std::optional<DumpLines> dump(const std::string& service) {
 std::optional<DumpLines> dumpInTime(const std::string& service) {
     std::promise<std::optional<DumpLines>> promise;
     auto answer = promise.get_future();
-    std::thread([service, promise = std::move(promise)]() mutable { promise.set_value(dump(service)); }).detach();
+    std::thread([service, promise = std::move(promise)]() mutable { promise.set_value(askForDump(service)); }).detach();
     return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
@@ -74,13 +75,13 @@ void takePeers(Evidence& evidence) {
     }
 }
 
-Evidence gather(const DoctorOptions& options, std::ostream& err) {
+Evidence gather(std::optional<int32_t> serial, Output& output) {
     Evidence evidence;
-    evidence.serial = options.serial;
+    evidence.serial = serial;
     evidence.service = std::string(Request::Service::descriptor) + "/default";
     evidence.folder = device::runtimeFolder();
     evidence.isServed = AServiceManager_isDeclared(evidence.service.c_str());
-    const auto traces = daemonTraces(err);
+    const auto traces = daemonTraces("doctor", output);
     if (!traces.empty()) evidence.trace = traces.front();
     if (evidence.trace && evidence.trace->isAlive) evidence.daemon = processState(evidence.trace->pid);
     const bool isStopped = evidence.daemon && evidence.daemon->isStopped();
@@ -116,12 +117,13 @@ void printWell(const Evidence& evidence, bool json, std::ostream& out) {
 
 }  // namespace
 
-int doctor(const DoctorOptions& options, std::ostream& out, std::ostream& err) {
-    const Evidence evidence = gather(options, err);
+int doctor(std::optional<int32_t> serial, Output& output) {
+    const Evidence evidence = gather(serial, output);
+    const bool json = output.style().json;
     const auto findings = diagnose(evidence);
-    for (const Finding& finding : findings) print(finding, options.json, out);
+    for (const Finding& finding : findings) print(finding, json, output.stream());
     if (std::any_of(findings.begin(), findings.end(), isFault)) return ANSWERED_WITH_ERROR;
-    printWell(evidence, options.json, out);
+    printWell(evidence, json, output.stream());
     return OK;
 }
 

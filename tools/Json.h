@@ -18,13 +18,16 @@ using Json = nlohmann::ordered_json;
 template <class T>
 Json toJson(const std::vector<T>& values);
 
-// Any value of the interface: records as objects, enumerations as numbers, byte vectors in hex.
+// Any value of the interface: records as objects, byte vectors in hex, enumerations as numbers. In a record the name of
+// an enumeration's value stands beside it: `"error":1,"errorName":"NOT_SUPPORTED"`.
 template <class T>
 Json toJson(const T& value) {
     if constexpr (subsys_stubs::Record<T>) {
         Json object = Json::object();
-        subsys_stubs::forEachField(value,
-                                   [&](const auto& field, const auto& member) { object[field.name] = toJson(member); });
+        subsys_stubs::forEachField(value, [&]<class Member>(const auto& field, const Member& member) {
+            object[field.name] = toJson(member);
+            if constexpr (std::is_enum_v<Member>) object[std::string(field.name) + "Name"] = toString(member);
+        });
         return object;
     } else if constexpr (std::is_enum_v<T>) {
         return static_cast<std::underlying_type_t<T>>(value);

@@ -4,7 +4,6 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <iterator>
 #include <system_error>
 
@@ -52,13 +51,14 @@ std::string refuseProjectName(const std::string& name) {
     return isName ? "" : "a name is a letter, then letters, digits, '_' and '-': " + name;
 }
 
-ExitCode newProject(const std::string& kind, const std::string& name) try {
+ExitCode newProject(const std::string& kind, const std::string& name, Output& output) try {
     writeProject(kind, name);
-    std::cout << "wrote " << name << "; " << name << "/README.md says how to build and run it" << std::endl;
+    output.report(
+        {{"wrote", name}, {"message", "wrote " + name}, {"hint", name + "/README.md says how to build and run it"}});
     return OK;
 } catch (const fs::filesystem_error& error) {
-    std::cerr << "subsysctl: can't write the project: " << error.path1().string() << ": " << error.code().message()
-              << std::endl;
+    const std::string why = error.path1().string() + ": " + error.code().message();
+    output.report(errorJson("notWritten", "new", "can't write the project: " + why));
     return ANSWERED_WITH_ERROR;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "tools/Session.h"
+#include "tools/ExitCode.h"
+#include "tools/Output.h"
 
 #include <string>
 
@@ -10,7 +11,7 @@ namespace subsysctl {
 [[nodiscard]] std::string refuseProjectName(const std::string& name);
 
 // Writes the project of an author of a "plugin", a "component" or a "client" into the folder `name`, which must not
-// exist: the installed example under that name. Prints what was written, or to stderr why nothing was.
-[[nodiscard]] ExitCode newProject(const std::string& kind, const std::string& name);
+// exist: the installed example under that name. Prints what was written, or reports why nothing was.
+[[nodiscard]] ExitCode newProject(const std::string& kind, const std::string& name, Output& output);
 
 }  // namespace subsysctl

@@ -2,6 +2,11 @@
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
 #include <sstream>
 
 namespace subsysctl {
@@ -27,11 +32,46 @@ Json detailsOf(const Json& event) {
     Json details = event;
     details.erase(event.begin().key());
     if (event.contains("response")) details.erase("info");
+    if (event.contains("indication")) details.erase("time");
     const bool oneRecord = details.size() == 1 && details.front().is_object();
     return oneRecord ? details.front() : details;
 }
 
+constexpr size_t MIN_WIDTH = 40;
+constexpr size_t MAX_TEXT_WIDTH = 100;
+
+// Of a terminal; 0 where there is none.
+size_t columns(int descriptor) {
+    if (!isatty(descriptor)) return 0;
+    const char* const given = std::getenv("COLUMNS");
+    const size_t wanted = given == nullptr ? 0 : std::strtoul(given, nullptr, 10);
+    winsize size{};
+    if (wanted == 0) ioctl(descriptor, TIOCGWINSZ, &size);
+    return std::max(MIN_WIDTH, wanted != 0 ? wanted : size.ws_col != 0 ? size.ws_col : Style().textWidth);
+}
+
+std::string part(const Json& problem, const char* key) {
+    return problem.value(key, std::string());
+}
+
 }  // namespace
+
+Json errorJson(const char* kind, const std::string& verb, const std::string& message) {
+    Json error = {{"error", kind}};
+    if (!verb.empty()) error["verb"] = verb;
+    error["message"] = message;
+    return error;
+}
+
+Style terminalStyle(bool json) {
+    const char* const noColour = std::getenv("NO_COLOR");
+    Style style{json, isatty(STDOUT_FILENO) && !(noColour && *noColour), isatty(STDERR_FILENO) != 0};
+    if (const size_t width = columns(STDOUT_FILENO)) {
+        style.width = width;
+        style.textWidth = std::min(width, MAX_TEXT_WIDTH);
+    }
+    return style;
+}
 
 std::string describe(const Json& object) {
     std::string text;
@@ -42,7 +82,8 @@ std::string describe(const Json& object) {
 }
 
 void Output::printState(const std::string& lines) {
-    if (!mJson) {
+    clearProgress();
+    if (!mStyle.json) {
         mOut << lines << std::flush;
         return;
     }
@@ -56,10 +97,41 @@ void Output::printState(const std::string& lines) {
 }
 
 void Output::print(const Json& event) {
-    mOut << (mJson ? dump(event) : lineFor(event)) << std::endl;
+    clearProgress();
+    mOut << (mStyle.json ? dump(event) : textFor(event)) << std::endl;
 }
 
-std::string Output::lineFor(const Json& event) const {
+void Output::report(const Json& problem) {
+    clearProgress();
+    (mStyle.json ? mOut : mErr) << lineFor(problem).text << std::flush;
+}
+
+Output::Line Output::lineFor(const Json& problem) const {
+    if (mStyle.json) return {STDOUT_FILENO, dump(problem) + "\n"};
+    const std::string verb = part(problem, "verb");
+    const std::string hint = part(problem, "hint");
+    return {STDERR_FILENO, "subsysctl: " + verb + (verb.empty() ? "" : ": ") + part(problem, "message") +
+                               (hint.empty() ? "" : "; ") + hint + "\n"};
+}
+
+void Output::progress(const std::string& text) {
+    if (!mStyle.progress) return;
+    mErr << "\r\033[K" << text.substr(0, mStyle.textWidth - 1) << std::flush;
+    mShowsProgress = true;
+}
+
+void Output::clearProgress() {
+    if (!mShowsProgress) return;
+    mErr << "\r\033[K" << std::flush;
+    mShowsProgress = false;
+}
+
+std::ostream& Output::stream() {
+    clearProgress();
+    return mOut;
+}
+
+std::string Output::textFor(const Json& event) const {
     const std::string kind = event.begin().key();
     const std::string name = event.front().get<std::string>();
     const std::string details = describe(detailsOf(event));
@@ -82,7 +154,7 @@ std::string Output::outcome(const Json& event) const {
 }
 
 std::string Output::paint(std::string_view text, std::string_view code) const {
-    if (!mColour) return std::string(text);
+    if (!mStyle.colour) return std::string(text);
     return "\033[" + std::string(code) + "m" + std::string(text) + "\033[0m";
 }
 

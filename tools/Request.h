@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace subsysctl {
 
@@ -20,6 +21,8 @@ struct Request {
     using Service = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 
     std::string method;
+    // What becomes of values that don't fit into their fields.
+    std::vector<std::string> warnings;
     Needs needs = Needs::NOTHING;
     // A callback object of the request's own reports to the mailbox.
     std::function<ndk::ScopedAStatus(Service&, int32_t serial, const std::shared_ptr<Mailbox>&)> send;

@@ -2,13 +2,14 @@
 
 #include "tools/Callbacks.h"
 #include "tools/Text.h"
+#include "tools/Values.h"
 
 #include <stubs/Table.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -65,54 +66,22 @@ Note noteOn(uint32_t code) {
     return note != std::end(NOTES) ? *note : Note{code, "Other requests", ""};
 }
 
-template <class T>
-constexpr const char* typeName() {
-    if constexpr (std::is_same_v<T, std::vector<uint8_t>>) {
-        return "HEX";
-    } else if constexpr (std::is_same_v<T, std::string>) {
-        return "TEXT";
-    } else {
-        return "N";
-    }
-}
-
 // `--timeout` is an option of the program itself.
 std::string optionName(const char* name) {
     const std::string option = kebabCase(name);
     return "--" + (option == "timeout" ? "timeout-ms" : option);
 }
 
-template <class T>
-std::optional<T> parseValue(const std::string& text) {
-    if constexpr (std::is_same_v<T, std::string>) {
-        return text;
-    } else if constexpr (std::is_same_v<T, std::vector<uint8_t>>) {
-        return parseHex(text);
-    } else if constexpr (std::is_enum_v<T>) {
-        const auto number = parseNumber<std::underlying_type_t<T>>(text);
-        return number ? std::optional(static_cast<T>(*number)) : std::nullopt;
-    } else {
-        static_assert(std::is_integral_v<T>, "say here how such a value is written on the command line");
-        return parseNumber<T>(text);
-    }
-}
-
-template <class T>
-bool store(const std::string& text, T& value) {
-    auto parsed = parseValue<T>(text);
-    if (parsed) value = *std::move(parsed);
-    return parsed.has_value();
-}
-
 using Options = std::vector<RequestOption>;
 
 // The serial and the callbacks are the session's; a record is its fields. `owner` keeps the value alive.
 template <class T>
-void addOptions(Options& options, const std::shared_ptr<void>& owner, const char* name, const char* help, T& value,
-                bool required) {
+void addOptions(Options& options, const std::shared_ptr<void>& owner, const char* name, const std::string& help,
+                T& value, bool required) {
     if constexpr (subsys_stubs::Record<T>) {
-        subsys_stubs::forEachField(value, [&](const auto& field, auto& member) {
-            addOptions(options, owner, field.name, field.doc, member, required);
+        subsys_stubs::forEachField(value, [&]<class Member>(const auto& field, Member& member) {
+            const FieldLimit* const limit = limitOf(subsys_stubs::RecordTraits<T>::name, field.name);
+            addOptions(options, owner, field.name, helpOn<Member>(field.doc, limit), member, required);
         });
     } else if constexpr (!subsys_stubs::isInterfacePointer<T>) {
         if (name == std::string_view("serial")) return;
@@ -192,20 +161,42 @@ void complete(T& argument, const IsGiven& isGiven) {
     }
 }
 
+template <class T>
+void warn(const T& argument, std::vector<std::string>& warnings) {
+    if constexpr (subsys_stubs::Record<T>) {
+        subsys_stubs::forEachField(argument, [&](const auto& field, const auto& member) {
+            const FieldLimit* const limit = limitOf(subsys_stubs::RecordTraits<T>::name, field.name);
+            if constexpr (requires { member.size(); }) {
+                if (limit == nullptr || member.size() <= limit->bytes) return;
+                warnings.push_back(optionName(field.name) + " has " + std::to_string(member.size()) +
+                                   " bytes, more than " + std::to_string(limit->bytes) + ": " + limit->beyond);
+            }
+        });
+    }
+}
+
+template <class Arguments>
+std::vector<std::string> warningsOn(const Arguments& arguments) {
+    std::vector<std::string> warnings;
+    std::apply([&](const auto&... each) { (warn(each, warnings), ...); }, arguments);
+    return warnings;
+}
+
 template <class Method>
 RequestVerb requestVerb(const Method& method) {
     using Arguments = typename Method::Arguments;
     const Note note = noteOn(method.code);
     const auto arguments = std::make_shared<Arguments>();
-    RequestVerb verb{kebabCase(method.name), note.group, method.doc, {}, {}};
-    verb.help += "\n  " + verb.name + (*note.example != '\0' ? " " : "") + note.example;
-    forEachArgument(method, *arguments, [&](const char* name, auto& value) {
-        addOptions(verb.options, arguments, name, "", value, note.allRequired);
+    RequestVerb verb{kebabCase(method.name), note.group, method.doc, "", {}, {}};
+    verb.example = verb.name + (*note.example != '\0' ? " " : "") + note.example;
+    forEachArgument(method, *arguments, [&]<class T>(const char* name, T& value) {
+        addOptions(verb.options, arguments, name, helpOn<T>("", nullptr), value, note.allRequired);
     });
     verb.take = [method, arguments](const IsGiven& isGiven) {
         Arguments given = std::exchange(*arguments, Arguments());
         std::apply([&](auto&... each) { (complete(each, isGiven), ...); }, given);
-        return Request{method.name, needsOf(method.name), sender(method, given), answerTo(method, given)};
+        return Request{method.name, warningsOn(given), needsOf(method.name), sender(method, given),
+                       answerTo(method, given)};
     };
     return verb;
 }

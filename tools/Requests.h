@@ -12,10 +12,10 @@ namespace subsysctl {
 struct RequestOption {
     std::string name;  // `--freq-clk`
     const char* type;  // N, TEXT or HEX
-    const char* help;
+    std::string help;  // with the value's range
     bool required;
-    // Keeps the value for the next take(). False when the text can't be one.
-    std::function<bool(const std::string& text)> store;
+    // Keeps the value for the next take(). What is wrong with the text, or nothing.
+    std::function<std::string(const std::string& text)> store;
 };
 
 // Whether the command line has the option.
@@ -26,6 +26,7 @@ struct RequestVerb {
     std::string name;
     const char* group;
     std::string help;
+    std::string example;
     std::vector<RequestOption> options;
     // The request with the stored values, which are then forgotten.
     std::function<Request(const IsGiven&)> take;

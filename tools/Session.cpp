@@ -1,26 +1,22 @@
 #include "tools/Session.h"
 
+#include "tools/CallTimer.h"
+#include "tools/Callbacks.h"
+#include "tools/Dump.h"
+
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #if !defined(__ANDROID__)
 #include <binder/peer.h>
+#include <device/RuntimeFolder.h>
 #endif
 #include <cutils/trace.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <iostream>
 #include <memory>
 #include <utility>
-
-#include "tools/CallTimer.h"
-#include "tools/Callbacks.h"
-#include "tools/Dump.h"
 
 namespace subsysctl {
 
@@ -29,11 +25,6 @@ namespace {
 namespace interface = ::aidl::vendor::nuvex::hardware::subsys_interface::subsys;
 
 using Clock = Mailbox::Clock;
-
-template <class I>
-std::shared_ptr<I> report(const char* kind, const std::shared_ptr<Mailbox>& mailbox) {
-    return ndk::SharedRefBase::make<Reporter<I>>(kind, mailbox);
-}
 
 // The cookie of a death link: a share of the mailbox, freed when the link ends.
 using Cookie = std::shared_ptr<Mailbox>;
@@ -48,10 +39,13 @@ std::string serviceName() {
     return std::string(Session::Service::descriptor) + "/default";
 }
 
-std::string inSeconds(Clock::duration time) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.1f s", std::chrono::duration<double>(time).count());
-    return text.data();
+// Where services are looked up.
+std::string searched() {
+#if defined(__ANDROID__)
+    return "";
+#else
+    return " in " + device::runtimeFolder();
+#endif
 }
 
 const char* whyUnanswered(Needs needs) {
@@ -64,30 +58,6 @@ const char* whyUnanswered(Needs needs) {
             return "is the component missing or silent?";
     }
 }
-
-// While it lives, SIGINT and SIGTERM end the watch and not the process.
-class Interrupt {
-public:
-    explicit Interrupt(Mailbox& mailbox) {
-        sMailbox = &mailbox;
-        struct sigaction action {};
-        action.sa_handler = [](int) { sMailbox->interrupt(); };
-        action.sa_flags = SA_RESTART;
-        sigaction(SIGINT, &action, &mOldInt);
-        sigaction(SIGTERM, &action, &mOldTerm);
-    }
-    ~Interrupt() {
-        sigaction(SIGINT, &mOldInt, nullptr);
-        sigaction(SIGTERM, &mOldTerm, nullptr);
-    }
-    Interrupt(const Interrupt&) = delete;
-    Interrupt& operator=(const Interrupt&) = delete;
-
-private:
-    static inline Mailbox* sMailbox = nullptr;
-    struct sigaction mOldInt {};
-    struct sigaction mOldTerm {};
-};
 
 // The median, since one slow wake-up says nothing about the service.
 std::optional<std::chrono::microseconds> roundTrip(AIBinder* binder) {
@@ -103,33 +73,53 @@ std::optional<std::chrono::microseconds> roundTrip(AIBinder* binder) {
 
 }  // namespace
 
-Session::Session(Output& output, std::chrono::milliseconds timeout, int32_t firstSerial)
-    : mOutput(output), mTimeout(timeout), mNextSerial(firstSerial), mMailbox(std::make_shared<Mailbox>()) {}
+Session::Session(Output& output, std::chrono::milliseconds timeout, int32_t firstSerial, bool takeOver)
+    : mOutput(output),
+      mTimeout(timeout),
+      mNextSerial(firstSerial),
+      mTakeOver(takeOver),
+      mMailbox(std::make_shared<Mailbox>()) {}
 
 Session::~Session() = default;
 
-int Session::fail(ExitCode code, const std::string& message) const {
-    std::cerr << "subsysctl: " << message << std::endl;
+Json Session::error(const char* kind, const std::string& message) const {
+    Json problem = errorJson(kind, mVerb, message);
+    if (mSerial) problem["serial"] = *mSerial;
+    return problem;
+}
+
+int Session::fail(ExitCode code, const Json& problem) {
+    mOutput.report(problem);
     return code;
 }
 
-int Session::failCall(const std::string& what, const ndk::ScopedAStatus& status) const {
-    if (status.getStatus() == STATUS_DEAD_OBJECT) return fail(NO_SERVICE, what + ": the service has died");
-    return fail(ANSWERED_WITH_ERROR, what + ": the call failed: " + status.getDescription());
+int Session::failCall(const ndk::ScopedAStatus& status) {
+    if (status.getStatus() == STATUS_DEAD_OBJECT) return fail(NO_SERVICE, error("died", "the service has died"));
+    return fail(ANSWERED_WITH_ERROR, error("callFailed", "the call failed: " + status.getDescription()));
+}
+
+Output::Line Session::lateCall() const {
+    Json problem = error("noAnswer", "the service did not take the call in time");
+    problem["hint"] = "is its process stopped or busy?";
+    return mOutput.lineFor(problem);
+}
+
+int Session::failLookup(const std::string& name, bool isDeclared) {
+    if (!isDeclared) return fail(NO_SERVICE, error("noService", "no such service: " + name + searched()));
+    Json problem = error("noAnswer", "no answer from " + name);
+    problem["hint"] = "is its process stopped or busy?";
+    return fail(NO_ANSWER, problem);
 }
 
 int Session::connect() {
     ABinderProcess_setThreadPoolMaxThreadCount(1);
     ABinderProcess_startThreadPool();
-    const CallTimer timer(mTimeout);
+    const CallTimer timer(mTimeout, lateCall());
     const std::string name = serviceName();
     const ndk::SpAIBinder binder(AServiceManager_checkService(name.c_str()));
-    if (!binder.get() && AServiceManager_isDeclared(name.c_str())) {
-        return fail(NO_ANSWER, "no answer from " + name + "; is its process stopped or busy?");
-    }
-    if (!binder.get()) return fail(NO_SERVICE, "no such service: " + name);
+    if (!binder.get()) return failLookup(name, AServiceManager_isDeclared(name.c_str()));
     mService = Service::fromBinder(binder);
-    if (!mService) return fail(NO_SERVICE, "not an ISubsys: " + name);
+    if (!mService) return fail(NO_SERVICE, error("noService", "not an ISubsys: " + name + searched()));
     watchServer();
     return OK;
 }
@@ -144,29 +134,68 @@ void Session::watchServer() {
 }
 
 int Session::registerRf() {
-    const CallTimer timer(mTimeout);
-    const auto status = mService->setCallback(report<interface::ISubsysResponse>("response", mMailbox),
-                                              report<interface::ISubsysIndication>("indication", mMailbox));
-    return status.isOk() ? OK : failCall("setCallback", status);
+    if (mIsRfClient) return OK;
+    const CallTimer timer(mTimeout, lateCall());
+    std::string state;
+    if (const auto status = dumpOf(mService->asBinder().get(), {}, state))
+        return failCall(ndk::ScopedAStatus::fromStatus(status));
+    const RfClient client = rfClientIn(state);
+    const bool isThere = client.kind == RfClient::OTHER;
+    if (isThere && !mTakeOver) return refuseRf(client);
+    if (const auto status = becomeRfClient(*mService, mMailbox); !status.isOk()) return failCall(status);
+    if (isThere) noteTakeOver(client);
+    mIsRfClient = true;
+    return OK;
+}
+
+int Session::refuseRf(const RfClient& client) {
+    Json problem = error("otherClient", describe(client) + " is the RF client");
+    problem["pid"] = client.pid;
+    problem["name"] = client.name;
+    problem["hint"] = "--take-over takes its place";
+    return fail(OTHER_CLIENT, problem);
+}
+
+void Session::noteTakeOver(const RfClient& client) {
+    mOutput.report({{"note", "tookOver"},
+                    {"verb", mVerb},
+                    {"pid", client.pid},
+                    {"name", client.name},
+                    {"message", "took the RF client's place of " + describe(client)},
+                    {"hint", client.name == "subsysctl" ? "its watch comes back when this call ends"
+                                                        : "it has to register again itself"}});
 }
 
 int Session::registerIms() {
-    const CallTimer timer(mTimeout);
-    const auto status = mService->setImsOrtcCallback(report<interface::IImsOrtcResponse>("response", mMailbox),
-                                                     report<interface::IImsOrtcIndication>("indication", mMailbox));
-    return status.isOk() ? OK : failCall("setImsOrtcCallback", status);
+    if (mIsImsClient) return OK;
+    const CallTimer timer(mTimeout, lateCall());
+    const auto status =
+        mService->setImsOrtcCallback(newReporter<interface::IImsOrtcResponse>("response", mMailbox),
+                                     newReporter<interface::IImsOrtcIndication>("indication", mMailbox));
+    if (!status.isOk()) return failCall(status);
+    mIsImsClient = true;
+    return OK;
+}
+
+int Session::showRegistered(const char* client) {
+    mOutput.print({{"client", "registered"}, {"kind", client}});
+    return OK;
 }
 
 int Session::request(const Request& request) {
     const auto until = Clock::now() + mTimeout;
     const int32_t serial = mNextSerial;
     mNextSerial = static_cast<int32_t>(static_cast<uint32_t>(serial) + 1);  // wraps
+    mSerial = serial;
+    for (const std::string& warning : request.warnings) {
+        mOutput.report({{"note", "tooLong"}, {"verb", mVerb}, {"serial", serial}, {"message", warning}});
+    }
     const std::string mark = request.method + " #" + std::to_string(serial);
     atrace_async_begin(ATRACE_TAG_APP, mark.c_str(), serial);
     {
-        const CallTimer timer(mTimeout);
+        const CallTimer timer(mTimeout, lateCall());
         const auto status = request.send(*mService, serial, mMailbox);
-        if (!status.isOk()) return failCall(request.method, status);
+        if (!status.isOk()) return failCall(status);
     }
     if (!request.isAnswer) return OK;
     const auto answer = mMailbox->takeAnswer([&](const Json& json) { return request.isAnswer(json, serial); }, until);
@@ -178,47 +207,30 @@ int Session::request(const Request& request) {
     return succeeded ? OK : ANSWERED_WITH_ERROR;
 }
 
-int Session::failAnswer(const Request& request) const {
-    if (mMailbox->serverDied()) return fail(NO_SERVICE, request.method + ": the service died before it answered");
-    return fail(NO_ANSWER,
-                request.method + ": no answer in " + inSeconds(mTimeout) + "; " + whyUnanswered(request.needs));
+int Session::failAnswer(const Request& request) {
+    const bool died = mMailbox->serverDied();
+    Json problem = died ? error("died", "the service died before it answered")
+                        : error("noAnswer", "no answer in " + durationText(std::chrono::nanoseconds(mTimeout).count()));
+    if (!died) problem["hint"] = whyUnanswered(request.needs);
+    return fail(died ? NO_SERVICE : NO_ANSWER, problem);
 }
 
 int Session::watch(const WatchOptions& options) {
-    const Interrupt interrupt(*mMailbox);
-    const auto start = Clock::now();
-    const auto length = std::chrono::duration<double>(options.seconds.value_or(0));
-    const auto until =
-        options.seconds ? start + std::chrono::duration_cast<Clock::duration>(length) : Clock::time_point::max();
-    size_t printed = 0;
-    while (printed < options.count.value_or(SIZE_MAX) && mOutput.isOpen()) {
-        const auto indication = mMailbox->takeIndication(until);
-        if (!indication) break;
-        mOutput.print(*indication);
-        ++printed;
-    }
-    return summarize(printed, Clock::now() - start, options);
-}
-
-int Session::summarize(size_t printed, Clock::duration took, const WatchOptions& options) const {
-    const size_t lost = mMailbox->lost();
-    std::cerr << "subsysctl: " << printed << (printed == 1 ? " indication in " : " indications in ") << inSeconds(took)
-              << (lost == 0 ? "" : ", " + std::to_string(lost) + " lost") << std::endl;
-    if (mMailbox->interrupted() || printed == options.count) return OK;
-    if (mMailbox->serverDied()) return fail(NO_SERVICE, "watch: the service has died");
-    return options.count ? NO_ANSWER : OK;
+    std::optional<RfKeeper> keeper;
+    if (options.rf) keeper.emplace(mService, mMailbox);
+    return watchIndications(options, *mMailbox, mOutput);
 }
 
 int Session::status() {
-    const CallTimer timer(mTimeout);
+    const CallTimer timer(mTimeout, lateCall());
     Json status = {{"status", "served"}, {"service", serviceName()}};
     int32_t version = 0;
     std::string hash;
     auto asked = mService->getInterfaceVersion(&version);
     if (asked.isOk()) asked = mService->getInterfaceHash(&hash);
-    if (!asked.isOk()) return failCall("status", asked);
+    if (!asked.isOk()) return failCall(asked);
     const auto time = roundTrip(mService->asBinder().get());
-    if (!time) return fail(NO_SERVICE, "status: the service does not answer a ping");
+    if (!time) return fail(NO_SERVICE, error("died", "the service does not answer a ping"));
     status["version"] = version;
     status["hash"] = hash;
 #if !defined(__ANDROID__)  // where no call of the NDK tells it
@@ -230,10 +242,10 @@ int Session::status() {
 }
 
 int Session::dump(const std::vector<const char*>& arguments) {
-    const CallTimer timer(mTimeout);
+    const CallTimer timer(mTimeout, lateCall());
     std::string text;
     const binder_status_t status = dumpOf(mService->asBinder().get(), arguments, text);
-    if (status != STATUS_OK) return failCall("dump", ndk::ScopedAStatus::fromStatus(status));
+    if (status != STATUS_OK) return failCall(ndk::ScopedAStatus::fromStatus(status));
     mOutput.printState(text);
     return OK;
 }

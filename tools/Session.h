@@ -1,45 +1,46 @@
 #pragma once
 
+#include "tools/ExitCode.h"
 #include "tools/Mailbox.h"
 #include "tools/Output.h"
 #include "tools/Request.h"
+#include "tools/RfClient.h"
+#include "tools/Watch.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
 #include <android/binder_auto_utils.h>
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace subsysctl {
 
-// Exit codes. Of several verbs the first that fails decides.
-enum ExitCode : int { OK = 0, ANSWERED_WITH_ERROR = 1, USAGE = 2, NO_SERVICE = 69, EXHAUSTED = 71, NO_ANSWER = 124 };
-
-struct WatchOptions {
-    bool rf = true;
-    bool ims = false;
-    std::optional<double> seconds;  // without it until the end of the server, `count` or SIGINT
-    std::optional<size_t> count;
-};
-
-// One connection to the service. Each operation reports to the output, errors to stderr, and returns an exit code.
-// Used by one thread.
+// One connection to the service. Each operation reports to the output and returns an exit code. Used by one thread.
 class Session {
 public:
     using Service = Request::Service;
 
-    Session(Output& output, std::chrono::milliseconds timeout, int32_t firstSerial);
+    // With `takeOver` it becomes the RF client also in place of one that is alive.
+    Session(Output& output, std::chrono::milliseconds timeout, int32_t firstSerial, bool takeOver);
     ~Session();
 
+    [[nodiscard]] Output& output() { return mOutput; }
+    // What is reported from now on concerns this verb.
+    void begin(std::string verb) {
+        mVerb = std::move(verb);
+        mSerial.reset();
+    }
     int connect();
-    // Each replaces the service's client of its kind; called before the requests that need it.
+    // Called before what needs it; does it once.
     int registerRf();
     int registerIms();
+    // What a verb says that only registers: "rf" or "ims".
+    int showRegistered(const char* client);
 
     int request(const Request& request);
     int watch(const WatchOptions& options);
@@ -48,15 +49,25 @@ public:
     int dump(const std::vector<const char*>& arguments = {});
 
 private:
-    int fail(ExitCode code, const std::string& message) const;
-    int failCall(const std::string& what, const ndk::ScopedAStatus& status) const;
-    int failAnswer(const Request& request) const;
+    // {"error":"noAnswer","verb":...,"message":...,"serial":...}
+    [[nodiscard]] Json error(const char* kind, const std::string& message) const;
+    int fail(ExitCode code, const Json& problem);
+    int failCall(const ndk::ScopedAStatus& status);
+    int failAnswer(const Request& request);
+    int failLookup(const std::string& name, bool isDeclared);
+    [[nodiscard]] Output::Line lateCall() const;
     void watchServer();
-    int summarize(size_t printed, Mailbox::Clock::duration took, const WatchOptions& options) const;
+    int refuseRf(const RfClient& client);
+    void noteTakeOver(const RfClient& client);
 
     Output& mOutput;
     const std::chrono::milliseconds mTimeout;
     int32_t mNextSerial;
+    const bool mTakeOver;
+    bool mIsRfClient = false;
+    bool mIsImsClient = false;
+    std::string mVerb;
+    std::optional<int32_t> mSerial;  // of its request
     const std::shared_ptr<Mailbox> mMailbox;
     std::shared_ptr<Service> mService;
     ndk::ScopedAIBinder_DeathRecipient mDeath;

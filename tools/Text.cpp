@@ -1,6 +1,14 @@
 #include "tools/Text.h"
 
+#include <time.h>
+
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdio>
+#include <numeric>
+#include <sstream>
+#include <utility>
 
 namespace subsysctl {
 
@@ -8,6 +16,21 @@ namespace {
 
 bool isUpper(char c) {
     return c >= 'A' && c <= 'Z';
+}
+
+// How many letters must be put in, left out or replaced to make one word the other.
+size_t distance(std::string_view from, std::string_view to) {
+    std::vector<size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (size_t i = 0; i < from.size(); ++i) {
+        size_t diagonal = std::exchange(row[0], i + 1);
+        for (size_t j = 0; j < to.size(); ++j) {
+            const size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+        }
+    }
+    return row.back();
 }
 
 }  // namespace
@@ -55,6 +78,59 @@ std::optional<int64_t> parseNumber(std::string_view text, int64_t min, int64_t m
     const auto result = std::from_chars(digits.data(), end, number, isHex ? 16 : 10);
     if (result.ec != std::errc() || result.ptr != end || number < min || number > max) return std::nullopt;
     return number;
+}
+
+std::vector<std::string> wrap(std::string_view text, size_t width) {
+    std::vector<std::string> lines(1);
+    std::istringstream words{std::string(text)};
+    for (std::string word; words >> word;) {
+        if (!lines.back().empty() && lines.back().size() + 1 + word.size() > width) lines.emplace_back();
+        lines.back() += (lines.back().empty() ? "" : " ") + word;
+        while (lines.back().size() > width) {
+            std::string rest = lines.back().substr(width);
+            lines.back().resize(width);
+            lines.push_back(std::move(rest));
+        }
+    }
+    return lines;
+}
+
+std::string nearest(std::string_view word, std::span<const std::string> candidates) {
+    const std::string* best = nullptr;
+    size_t least = word.size() / 2;  // more is no misspelling
+    for (const std::string& candidate : candidates) {
+        const size_t found = distance(word, candidate);
+        if (found > least || (best != nullptr && found == least)) continue;
+        least = found;
+        best = &candidate;
+    }
+    return best == nullptr ? "" : *best;
+}
+
+std::string durationText(int64_t nanos) {
+    struct Unit {
+        double nanos;
+        double upTo;  // of this unit
+        const char* format;
+    };
+    static constexpr Unit UNITS[] = {{1e3, 1e3, "%.0f us"},   {1e6, 1e3, "%.1f ms"},  {1e9, 100, "%.1f s"},
+                                     {6e10, 100, "%.0f min"}, {3.6e12, 72, "%.0f h"}, {8.64e13, 1e9, "%.0f days"}};
+    const auto fits = [nanos](const Unit& unit) { return static_cast<double>(nanos) < unit.upTo * unit.nanos; };
+    const auto unit = std::find_if(std::begin(UNITS), std::end(UNITS) - 1, fits);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), unit->format, static_cast<double>(nanos) / unit->nanos);
+    return text.data();
+}
+
+std::string timestamp(std::chrono::system_clock::time_point time) {
+    const auto millis = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    const time_t seconds = millis / 1000;
+    tm parts{};
+    gmtime_r(&seconds, &parts);
+    std::array<char, 40> text{};
+    const size_t length = strftime(text.data(), text.size(), "%FT%T", &parts);
+    std::snprintf(text.data() + length, text.size() - length, ".%03dZ", static_cast<int>(millis % 1000));
+    return text.data();
 }
 
 }  // namespace subsysctl

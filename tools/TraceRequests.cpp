@@ -1,9 +1,7 @@
 #include "tools/TraceRequests.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <string_view>
@@ -111,21 +109,6 @@ std::vector<TraceMark> allMarks(const Trace& trace) {
     }
     std::stable_sort(marks.begin(), marks.end(), [](const auto& a, const auto& b) { return a.time < b.time; });
     return marks;
-}
-
-std::string durationText(int64_t nanos) {
-    struct Unit {
-        double nanos;
-        double upTo;  // of this unit
-        const char* format;
-    };
-    static constexpr Unit UNITS[] = {{1e3, 1e3, "%.0f us"},   {1e6, 1e3, "%.1f ms"},  {1e9, 100, "%.1f s"},
-                                     {6e10, 100, "%.0f min"}, {3.6e12, 72, "%.0f h"}, {8.64e13, 1e9, "%.0f days"}};
-    const auto fits = [nanos](const Unit& unit) { return static_cast<double>(nanos) < unit.upTo * unit.nanos; };
-    const auto unit = std::find_if(std::begin(UNITS), std::end(UNITS) - 1, fits);
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), unit->format, static_cast<double>(nanos) / unit->nanos);
-    return text.data();
 }
 
 }  // namespace subsysctl

@@ -46,7 +46,4 @@ struct TracedSections {
 // The marks and, where the ring has lost them, the begins of the open sections; by time.
 [[nodiscard]] std::vector<device::TraceMark> allMarks(const device::Trace& trace);
 
-// "312 us", "31.2 ms", "4.1 s", "12 min", "26 h", "5 days".
-[[nodiscard]] std::string durationText(int64_t nanos);
-
 }  // namespace subsysctl

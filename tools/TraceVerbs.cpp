@@ -1,7 +1,8 @@
 #include "tools/TraceVerbs.h"
 
+#include "tools/ExitCode.h"
 #include "tools/Json.h"
-#include "tools/Session.h"
+#include "tools/Table.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
 
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <thread>
@@ -35,14 +37,18 @@ int64_t monotonicNanos() {
 }
 
 // The traces of a program, or of all. Without one, why, and nothing.
-std::vector<Trace> readOrExplain(bool last, const std::string& program, std::ostream& err) {
+std::vector<Trace> readOrExplain(const char* verb, bool last, const std::string& program, Output& output) {
     std::vector<std::string> problems;
     auto traces = device::readTraces(last, program, problems);
-    for (const std::string& problem : problems) err << "subsysctl: " << problem << std::endl;
-    if (!traces.empty()) return traces;
-    err << "subsysctl: no recording" << (last ? " of a last run" : "") << (program.empty() ? "" : " of " + program)
-        << " in " << device::runtimeFolder() << std::endl;
-    return {};
+    for (const std::string& problem : problems) {
+        output.report({{"note", "unreadable"}, {"verb", verb}, {"message", problem}});
+    }
+    if (traces.empty()) {
+        output.report(errorJson("noRecording", verb,
+                                std::string("no recording") + (last ? " of a last run" : "") +
+                                    (program.empty() ? "" : " of " + program) + " in " + device::runtimeFolder()));
+    }
+    return traces;
 }
 
 void eraseBefore(int64_t time, std::vector<Trace>& traces) {
@@ -53,15 +59,29 @@ void eraseBefore(int64_t time, std::vector<Trace>& traces) {
     }
 }
 
-void summarize(const std::vector<Trace>& traces, std::ostream& err) {
+void summarize(const std::vector<Trace>& traces, const std::string& file, Output& output) {
     size_t marks = 0;
     uint64_t lost = 0;
     for (const Trace& trace : traces) {
         marks += trace.marks.size();
         lost += trace.lostMarks;
     }
-    err << "subsysctl: " << marks << " marks of " << traces.size() << (traces.size() == 1 ? " process" : " processes")
-        << (lost == 0 ? "" : ", " + std::to_string(lost) + " lost") << std::endl;
+    const std::string message = std::to_string(marks) + " marks of " + std::to_string(traces.size()) +
+                                (traces.size() == 1 ? " process" : " processes") +
+                                (lost == 0 ? "" : ", " + std::to_string(lost) + " lost");
+    Json summary = {{"trace", file}, {"marks", marks}, {"processes", traces.size()}, {"lost", lost}};
+    summary["message"] = message;
+    // The output is the trace itself where there is no file.
+    if (!file.empty() || !output.style().json) output.report(summary);
+}
+
+// Sleeps, and shows how far it is.
+void waitFor(double seconds, Output& output) {
+    using Seconds = std::chrono::duration<double>;
+    for (Seconds left(seconds); left > Seconds(0); left -= Seconds(1)) {
+        output.progress("trace: " + std::to_string(std::lround(left.count())) + " s to go");
+        std::this_thread::sleep_for(std::min(left, Seconds(1)));
+    }
 }
 
 bool write(const std::vector<Trace>& traces, const std::string& file, std::ostream& out) {
@@ -94,29 +114,6 @@ std::string wallClock(const Trace& trace, int64_t time) {
     std::snprintf(millis.data(), millis.size(), ".%03d", static_cast<int>(std::abs(nanos / 1'000'000 % 1'000)));
     return std::string(text.data()) + millis.data();
 }
-
-// Columns as wide as their widest text.
-class Table {
-public:
-    explicit Table(std::vector<std::string> titles) { add(std::move(titles)); }
-    void add(std::vector<std::string> row) {
-        mWidths.resize(std::max(mWidths.size(), row.size()));
-        for (size_t i = 0; i < row.size(); ++i) mWidths[i] = std::max(mWidths[i], row[i].size());
-        mRows.push_back(std::move(row));
-    }
-    [[nodiscard]] bool isEmpty() const { return mRows.size() == 1; }
-    void print(std::ostream& out) const {
-        for (const auto& row : mRows) {
-            for (size_t i = 0; i + 1 < row.size(); ++i)
-                out << row[i] << std::string(mWidths[i] + 2 - row[i].size(), ' ');
-            out << row.back() << "\n";
-        }
-    }
-
-private:
-    std::vector<std::vector<std::string>> mRows;
-    std::vector<size_t> mWidths;
-};
 
 int64_t lengthOf(const TraceSection& section, int64_t now) {
     return std::max<int64_t>(0, (section.end ? section.end->time : now) - section.begin.time);
@@ -189,30 +186,30 @@ void printJson(const Trace& trace, const std::vector<TracedRequest>& requests, i
     }
 }
 
-void printUnless(bool isEmpty, const char* title, const Table& table, std::ostream& out) {
+void printUnless(bool isEmpty, const char* title, const Table& table, size_t width, std::ostream& out) {
     if (isEmpty) return;
     out << title;
-    table.print(out);
+    table.print(out, width);
 }
 
 }  // namespace
 
-int trace(const TraceOptions& options, std::ostream& out, std::ostream& err) {
+int trace(const TraceOptions& options, Output& output) {
     const int64_t start = monotonicNanos();
-    if (options.seconds) std::this_thread::sleep_for(std::chrono::duration<double>(*options.seconds));
-    auto traces = readOrExplain(options.last, "", err);
+    if (options.seconds) waitFor(*options.seconds, output);
+    auto traces = readOrExplain("trace", options.last, "", output);
     if (traces.empty()) return NO_SERVICE;
     if (options.seconds) eraseBefore(start, traces);
-    if (!write(traces, options.output, out)) {
-        err << "subsysctl: trace: the output could not be written" << std::endl;
+    if (!write(traces, options.output, output.stream())) {
+        output.report(errorJson("notWritten", "trace", "the output could not be written"));
         return ANSWERED_WITH_ERROR;
     }
-    summarize(traces, err);
+    summarize(traces, options.output, output);
     return OK;
 }
 
-std::vector<Trace> daemonTraces(std::ostream& err) {
-    auto traces = readOrExplain(false, DAEMON, err);
+std::vector<Trace> daemonTraces(const char* verb, Output& output) {
+    auto traces = readOrExplain(verb, false, DAEMON, output);
     keepCurrent(traces);
     return traces;
 }
@@ -222,10 +219,11 @@ int64_t nowOf(const Trace& trace) {
     return trace.marks.empty() ? trace.startTime : trace.marks.back().time;
 }
 
-int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err) {
-    const auto traces = daemonTraces(err);
+int requests(bool all, Output& output) {
+    const auto traces = daemonTraces("requests", output);
     if (traces.empty()) return NO_SERVICE;
-    for (const Trace& trace : traces) printRequests(trace, nowOf(trace), options, out);
+    const RequestsOptions options{all, output.style().json, output.style().width};
+    for (const Trace& trace : traces) printRequests(trace, nowOf(trace), options, output.stream());
     return OK;
 }
 
@@ -237,10 +235,11 @@ void printRequests(const Trace& trace, int64_t now, const RequestsOptions& optio
     const Table threads = threadTable(trace, now);
     out << trace.program << ", pid " << trace.pid << (trace.isAlive ? "" : ", which has ended")
         << (waiting.isEmpty() ? ": no request waits\n" : ": waiting requests, oldest first\n");
-    printUnless(waiting.isEmpty(), "", waiting, out);
+    printUnless(waiting.isEmpty(), "", waiting, options.width, out);
     if (trace.unplaced > 0) out << "and " << trace.unplaced << " more sections, for which there was no place\n";
-    printUnless(threads.isEmpty(), "\nthreads that are inside a section\n", threads, out);
-    printUnless(!options.all || answered.isEmpty(), "\nanswered, as far back as the recording goes\n", answered, out);
+    printUnless(threads.isEmpty(), "\nthreads that are inside a section\n", threads, options.width, out);
+    printUnless(!options.all || answered.isEmpty(), "\nanswered, as far back as the recording goes\n", answered,
+                options.width, out);
 }
 
 }  // namespace subsysctl

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "tools/Output.h"
+
 #include <device/TraceFile.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <ostream>
@@ -17,19 +20,21 @@ struct TraceOptions {
     std::string output;             // a file; empty: the output
 };
 
-// Writes the traces of all programs, in the trace-event format. Returns an exit code; what went wrong goes to `err`.
-[[nodiscard]] int trace(const TraceOptions& options, std::ostream& out, std::ostream& err);
+// Writes the traces of all programs, in the trace-event format. Returns an exit code.
+[[nodiscard]] int trace(const TraceOptions& options, Output& output);
 
 struct RequestsOptions {
     bool all = false;  // those that were answered lately, too
     bool json = false;
+    size_t width = SIZE_MAX;  // columns
 };
 
-// Lists the requests that wait in the daemon, oldest first. Returns an exit code.
-[[nodiscard]] int requests(const RequestsOptions& options, std::ostream& out, std::ostream& err);
+// Lists the requests that wait in the daemon, oldest first; with `all` those that were answered lately, too. Returns an
+// exit code.
+[[nodiscard]] int requests(bool all, Output& output);
 
-// The recordings of the daemons that run or, when none does, of the one that ran last. Without one, why goes to `err`.
-[[nodiscard]] std::vector<device::Trace> daemonTraces(std::ostream& err);
+// The recordings of the daemons that run or, when none does, of the one that ran last. Without one the output says why.
+[[nodiscard]] std::vector<device::Trace> daemonTraces(const char* verb, Output& output);
 // The present on the clock of the trace; of an ended process, when it marked last.
 [[nodiscard]] int64_t nowOf(const device::Trace& trace);
 

@@ -1,15 +1,19 @@
-#include "tools/CommandLine.h"
 #include "tools/Output.h"
+#include "tools/Parser.h"
+#include "tools/Run.h"
 
 #include <device/Exhaustion.h>
 #include <device/Recorder.h>
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -27,12 +31,13 @@ void onTerminate() {
 
 int main(int argc, char** argv) {
     std::set_terminate(onTerminate);
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const bool json = std::find(arguments.begin(), arguments.end(), "--json") != arguments.end();
+    subsysctl::Output output(std::cout, std::cerr, subsysctl::terminalStyle(json));
     subsysctl::CommandLine commandLine;
-    if (const auto code = subsysctl::parse({argv + 1, argv + argc}, commandLine)) return *code;
+    subsysctl::Parser parser(commandLine, subsysctl::Parser::WHOLE_CALL);
+    if (const auto code = parser.parse(arguments, output)) return *code;
     device::startRecorderWhenAsked("subsysctl");
-    const char* noColour = std::getenv("NO_COLOR");
-    const bool colour = isatty(STDOUT_FILENO) && !(noColour && *noColour);
-    subsysctl::Output output(std::cout, commandLine.json, colour);
     const int code = subsysctl::run(commandLine, output);
     if (std::cout.flush()) return code;
     std::cerr << "subsysctl: the output could not be written" << std::endl;

@@ -27,7 +27,7 @@ FILES = 'srcs', 'init_rc', 'vintf_fragments'
 LIBRARIES = 'shared_libs', 'static_libs', 'header_libs'
 FOLDERS = 'local_include_dirs', 'export_include_dirs'
 ROOMS = 'component', 'ims', 'plugin', 'rf', 'service'
-MORE_ROOMS = 'host', 'tools', 'simulator'
+MORE_ROOMS = 'host', 'tools', 'simulator', 'compliance'
 
 INTERFACE = re.compile(r'(vendor\.[\w.]+)-V(\d+)-ndk')
 

@@ -12,7 +12,7 @@ from pathlib import Path
 from build import FOLDERS, LIBRARIES
 
 # A function of the project's own namespaces, undefined (U) or defined in an object.
-SYMBOL = re.compile(r' (\w) ((?:device|hal|simulator|subsysctl|test)::.*)')
+SYMBOL = re.compile(r' (\w) ((?:compliance|device|hal|simulator|subsysctl|test)::.*)')
 
 
 class Compiler:

@@ -7,6 +7,7 @@ namespace {
 
 constexpr int KILLED = 128 + SIGKILL;
 constexpr int NO_SERVICE = 69;
+constexpr int OTHER_CLIENT = 75;
 constexpr int NO_ANSWER = 124;
 
 TEST_F(System, Request_WhenSent_ThenItsAnswer) {
@@ -62,6 +63,27 @@ TEST_F(System, Client_WhenKilled_ThenTheNextIsServed) {
     client.end();
     expectLog("SubsysService: SubsysService::serviceDied: Client died. Cleaning up callbacks");
     expectRun({"get-lcd-info", 0, {"SUCCESS"}});
+}
+
+TEST_F(System, RfClient_WhenAnotherLives_ThenRefusedOrTakenOverAndTheWatchComesBack) {
+    start();
+    Client watch("--json watch");
+    ASSERT_TRUE(watch.awaitOutput("sendSubsysStateChanged")) << watch.output();
+    const Command refused{"get-lcd-info",
+                          OTHER_CLIENT,
+                          {"get-lcd-info: pid " + std::to_string(watch.pid()) +
+                           " .subsysctl. is the RF client; --take-over takes its place"}};
+    expectRun(refused);
+    Client other("--take-over watch");
+    EXPECT_TRUE(other.awaitOutput("took the RF client's place of pid " + std::to_string(watch.pid())))
+        << other.output();
+    const std::string by = "\"verb\":\"watch\",\"pid\":" + std::to_string(other.pid()) + ",\"name\":\"subsysctl\"";
+    EXPECT_TRUE(watch.awaitOutput("{\"note\":\"replaced\"," + by)) << watch.output();
+    other.end();
+    EXPECT_TRUE(watch.awaitOutput("{\"note\":\"registered\"," + by)) << watch.output();
+    expectRun(refused);
+    watch.signal(SIGTERM);
+    EXPECT_EQ(watch.wait(), 0);
 }
 
 // A meta command takes no client's place.

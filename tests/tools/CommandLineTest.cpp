@@ -1,7 +1,9 @@
-#include "tools/CommandLine.h"
+#include "tools/Parser.h"
 
+#include "ims/ImsOrtcRecords.h"
 #include "stubs/tests/RecordingSubsys.h"
 #include "tools/Text.h"
+#include "tools/Values.h"
 
 #include <stubs/Table.h>
 
@@ -25,6 +27,11 @@ Words split(const std::string& command) {
     std::istringstream input(command);
     for (std::string word; input >> std::quoted(word, '\'');) words.push_back(word);
     return words;
+}
+
+std::optional<int> parse(const Words& words, CommandLine& line) {
+    Output output(std::cout, std::cerr, {});
+    return Parser(line, Parser::WHOLE_CALL).parse(words, output);
 }
 
 // What the service is called with when these verbs are sent with serials from 1.
@@ -84,8 +91,9 @@ TEST(Requests, Verb_WhenWithItsOptions_ThenItsCall) {
 
 TEST(CommandLine, Parse_WhenGlobalOptionsStandAnywhere_ThenTaken) {
     CommandLine line;
-    EXPECT_EQ(std::nullopt, parse(split("--json get-lcd-info --type 1 --timeout 0.25 status --serial -3"), line));
-    EXPECT_TRUE(line.json);
+    EXPECT_EQ(std::nullopt,
+              parse(split("--json get-lcd-info --type 1 --timeout 0.25 status --take-over --serial -3"), line));
+    EXPECT_TRUE(line.takeOver);
     EXPECT_EQ(250, line.timeout.count());
     EXPECT_EQ(-3, line.serial);
     EXPECT_EQ(2u, line.steps.size());
@@ -109,33 +117,68 @@ TEST(CommandLine, Parse_WhenOfEachVerb_ThenOnlyTheCallbacksItNeeds) {
     }
 }
 
-TEST(CommandLine, Parse_WhenUsedWrongly_ThenTwo) {
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    for (const char* command :
-         {"", "no-such-verb", "get-swtp-status --type 1", "get-lcd-info --type", "get-lcd-info --type x",
-          "get-lcd-info --type 2147483648", "send-icc-cmd --data 0", "send-icc-cmd --data 0x01", "kill-process --pid 1",
-          "status --timeout 0", "status --timeout -1", "status --timeout nan", "status --timeout inf",
-          "watch --for nan", "watch --no-rf", "watch --count 0"}) {
+TEST(CommandLine, Parse_WhenUsedWrongly_ThenTwoAndWhatWasExpected) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "no verb; 'subsysctl help' shows all"},
+        {"get-swtp-statsu", "no such verb: 'get-swtp-statsu'; did you mean get-swtp-status?"},
+        {"xyzzy", "no such verb: 'xyzzy'; 'subsysctl help' shows all"},
+        {"help wach", "no such verb: 'wach'; did you mean watch?"},
+        {"get-swtp-status --type 1", "no such option: '--type'; 'subsysctl help get-swtp-status' shows all"},
+        {"get-lcd-info --tpye=1", "no such option: '--tpye=1'; did you mean --type?"},
+        {"get-lcd-info --type", "--type: 1 required N missing; --type N: -2147483648 to 2147483647."},
+        {"get-lcd-info --type x", "--type: expected an integer, -2147483648 to 2147483647, not 'x'"},
+        {"get-lcd-info --type 2147483648", "--type: expected an integer, -2147483648 to 2147483647, not '2147483648'"},
+        {"send-icc-cmd --data 0", "--data: expected pairs of hexadecimal digits or @FILE, not '0'"},
+        {"send-icc-cmd --data 0x01", "--data: expected pairs of hexadecimal digits or @FILE, not '0x01'"},
+        {"send-icc-cmd --data @/", "--data: can't read '/': Is a directory"},
+        {"send-icc-cmd --data @/dev/zero", "--data: can't read '/dev/zero': more than 1 MiB"},
+        {"kill-process --pid 1", "--name is required; --name TEXT: UTF-8. Required."},
+        {"status --timeout 0", "--timeout: expected seconds, 0.001 to 1000000, not '0'"},
+        {"status --timeout -1", "--timeout: expected seconds, 0.001 to 1000000, not '-1'"},
+        {"status --timeout nan", "--timeout: expected seconds, 0.001 to 1000000, not 'nan'"},
+        {"status --serial 1.5", "--serial: expected an integer, -2147483648 to 2147483647, not '1.5'"},
+        {"watch --for inf", "--for: expected seconds, 0 to 1000000, not 'inf'"},
+        {"watch --no-rf",
+         "--no-rf requires --ims; --no-rf: With --ims: not those of RF, whose client stays another one."},
+        {"watch --count 0", "--count: expected an integer, 1 to 2147483647, not '0'"},
+    };
+    for (const auto& [command, message] : cases) {
         CommandLine line;
+        testing::internal::CaptureStderr();
         EXPECT_EQ(2, parse(split(command), line)) << command;
+        EXPECT_EQ("subsysctl: " + message + "\n", testing::internal::GetCapturedStderr());
     }
-    EXPECT_EQ("", testing::internal::GetCapturedStdout());
-    EXPECT_NE("", testing::internal::GetCapturedStderr());
 }
 
-TEST(CommandLine, Help_WhenAsked_ThenTheGroupsWithExamples) {
-    testing::internal::CaptureStdout();
-    for (const Words& words : {Words{"--help"}, Words{"send-icc-cmd", "--help"}}) {
+// The text that just fits is the field's size less its end.
+TEST(Requests, Warning_WhenAValueDoesNotFitItsField_ThenWhatArrives) {
+    const auto warnings = [](const std::string& command, const std::string& option, size_t bytes) {
         CommandLine line;
-        EXPECT_EQ(0, parse(words, line));
+        EXPECT_EQ(std::nullopt, parse({command, option, std::string(bytes, '0')}, line));
+        return line.steps.at(0).request.value().warnings;
+    };
+    const struct {
+        const char* command;
+        const char* option;
+        size_t bytes;
+    } cases[] = {{"set-call-info", "--text1", sizeof(hal::CallInfoType::text1)},
+                 {"set-call-info", "--text2", sizeof(hal::CallInfoType::text2)},
+                 {"set-call-info", "--text3", sizeof(hal::CallInfoType::text3)},
+                 {"set-call-info", "--text4", sizeof(hal::CallInfoType::text4)},
+                 {"set-call-info", "--text5", sizeof(hal::CallInfoType::text5)},
+                 {"set-call-info", "--text6", sizeof(hal::CallInfoType::text6)},
+                 {"set-ims-rtp-remote-pub-ip-addr", "--ip-addr", sizeof(hal::ImsRtpPubIpAddrInfoType::ipAddr)},
+                 {"send-ims-rtp-redun-signal-msg", "--msg", sizeof(hal::ImsRtpRedunSignalMsgType::msg)}};
+    for (const auto& [command, option, bytes] : cases) {
+        EXPECT_EQ(Words(), warnings(command, option, bytes - 1)) << option;
+        const std::string size = std::to_string(bytes);
+        EXPECT_EQ(
+            Words{option + (" has " + size) + " bytes, more than " + std::to_string(bytes - 1) + ": it arrives empty"},
+            warnings(command, option, bytes));
     }
-    const std::string help = testing::internal::GetCapturedStdout();
-    for (const char* part : {"RF requests", "ICC requests", "IMS ORTC requests", "send-icc-cmd --req-id 5 --data 0a0b",
-                             "Sends a command to the ICC controller.", "watch --for 10 --count 3", "NO_COLOR", "124",
-                             "--timeout-ms N              Milliseconds; 4000 at most."}) {
-        EXPECT_NE(std::string::npos, help.find(part)) << part;
-    }
+    const size_t bytes = sizeof(hal::ImsRtpDataInfoType::data);
+    EXPECT_EQ(Words(), warnings("send-ims-rtp-data", "--data", 2 * (bytes - 1)));
+    EXPECT_EQ(1u, warnings("send-ims-rtp-data", "--data", 2 * bytes).size());
 }
 
 }  // namespace

@@ -127,10 +127,10 @@ TEST(Diagnosis, Look_WhenTheRfClientGoesWhileARequestWaits_ThenWhereItsAnswerWen
           "note: noClient: the RF client died 59.0 s ago, and none has registered since"}},
         {{"RF client died", "RF client set"},
          "pid 6, alive",
-         {"clientLost: getIccState #1 was answered 50.0 s ago, but another process became the RF client 58.0 s ago"}},
+         {"clientLost: getIccState #1 was answered 50.0 s ago, but the RF client was replaced 58.0 s ago"}},
         {{"RF client set", "RF client died"},
          "pid 6, alive",
-         {"clientLost: getIccState #1 was answered 50.0 s ago, but another process became the RF client 59.0 s ago"}},
+         {"clientLost: getIccState #1 was answered 50.0 s ago, but the RF client was replaced 59.0 s ago"}},
         {{"IMS client set", "ICC event 1"}, "pid 5, alive", {}},
     };
     for (const auto& each : cases) {

@@ -1,5 +1,6 @@
 #include "tools/Output.h"
 
+#include "tools/Table.h"
 #include "tools/Text.h"
 
 #include <stubs/Table.h>
@@ -21,7 +22,7 @@ Json callJson(const char* kind, const Args&... arguments) {
 // The one line that is printed.
 std::string printed(const Json& event, bool json, bool colour = false) {
     std::ostringstream out;
-    Output(out, json, colour).print(event);
+    Output(out, out, {json, colour}).print(event);
     const std::string text = out.str();
     EXPECT_EQ(text.size() - 1, text.find('\n')) << text;
     return text.substr(0, text.size() - 1);
@@ -43,6 +44,40 @@ TEST(Output, Text_WhenRecordsAreNestedOrBytesNotPrintable_ThenOneReadableLine) {
 TEST(Output, Colour_WhenWanted_ThenOnlyInText) {
     EXPECT_NE(std::string::npos, printed(LCD, false, true).find("#7 \033[31mNOT_SUPPORTED\033[0m lcdInfo"));
     EXPECT_EQ(std::string::npos, printed(LCD, true, true).find('\033'));
+}
+
+TEST(Output, Progress_WhenOnATerminal_ThenTakenAwayBeforeTheNextLine) {
+    std::ostringstream out, err;
+    Output(out, err, {}).progress("half");
+    EXPECT_EQ("", err.str());
+    Output output(out, err, {.progress = true, .textWidth = 40});
+    output.progress(std::string(50, 'x'));
+    output.print(LCD);
+    output.report(errorJson("usage", "", "no"));
+    EXPECT_EQ("\r\033[K" + std::string(39, 'x') + "\r\033[Ksubsysctl: no\n", err.str());
+}
+
+TEST(Table, Print_WhenTooWide_ThenBlocksThatFit) {
+    Table table({"NAME", "WHERE"});
+    table.add({"getLcdInfo", "component for 4.1 s, plugin for 3 s"});
+    std::ostringstream wide, narrow;
+    table.print(wide, 47);
+    table.print(narrow, 30);
+    EXPECT_EQ("NAME        WHERE\ngetLcdInfo  component for 4.1 s, plugin for 3 s\n", wide.str());
+    EXPECT_EQ("NAME   getLcdInfo\nWHERE  component for 4.1 s,\n       plugin for 3 s\n\n", narrow.str());
+}
+
+TEST(Text, Nearest_WhenMisspelled_ThenTheOneThatIsMeant) {
+    const std::string known[] = {"watch", "trace", "get-icc-state", "status"};
+    const std::pair<const char*, const char*> cases[] = {{"wacht", "watch"},  {"traces", "trace"},
+                                                         {"state", "status"}, {"get-icc-sate", "get-icc-state"},
+                                                         {"x", ""},           {"", ""}};
+    for (const auto& [word, meant] : cases) EXPECT_EQ(meant, nearest(word, known)) << word;
+}
+
+TEST(Text, Timestamp_WhenWritten_ThenUtcWithMilliseconds) {
+    using Time = std::chrono::system_clock::time_point;
+    EXPECT_EQ("2001-09-09T01:46:40.007Z", timestamp(Time(std::chrono::milliseconds(1'000'000'000'007))));
 }
 
 TEST(Output, Bytes_WhenNotUtf8_ThenReplaced) {

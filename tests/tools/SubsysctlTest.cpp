@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <regex>
 #include <string>
 
 // The program itself, against a service in another process.
@@ -24,6 +26,8 @@ Result run(const std::string& arguments, const std::string& channels = OUTPUT) {
     const int code = process.wait();
     return {code, process.output()};
 }
+
+const std::string SERVICE = "vendor.nuvex.hardware.subsys_interface.subsys.ISubsys/default";
 
 struct Case {
     std::string arguments;
@@ -55,14 +59,14 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
          "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\ngetSwtpStatusResponse #2 SUCCESS status=-1\n"},
         {"--timeout 0.1 get-lcd-info --type 2 get-swtp-status", 124, "getSwtpStatusResponse #2 SUCCESS status=-1\n"},
         {"--json get-lcd-info get-swtp-status", 0,
-         R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0},"lcdInfo":"panel \"1\""}
-{"response":"getSwtpStatusResponse","info":{"type":0,"serial":2,"error":0},"status":-1}
+         R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0,"errorName":"SUCCESS"},"lcdInfo":"panel \"1\""}
+{"response":"getSwtpStatusResponse","info":{"type":0,"serial":2,"error":0,"errorName":"SUCCESS"},"status":-1}
 )"},
         {"--json send-icc-meta-cmd --id 3 --token 9 --req-id 1 --data 0aff", 0,
          R"({"callback":"onIccMetaResp","info":{"id":3,"token":9,"type":2,"result":true,"data":"0aff"}})"
          "\n"},
         {"send-icc-meta-cmd --token 9", 1, "onIccMetaResp FAILED id=0 token=9 type=2 result=false data=\"\"\n"},
-        {"set-callback set-ims-ortc-callback", 0, ""},
+        {"set-callback set-ims-ortc-callback", 0, "registered kind=\"rf\"\nregistered kind=\"ims\"\n"},
     };
     for (const Case& each : cases) expectRun(each);
 }
@@ -70,18 +74,60 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     const Case cases[] = {
         {"--timeout 0.1 get-lcd-info --type 2", 124,
-         "subsysctl: getLcdInfo: no answer in 0.1 s; is the component missing or silent, or has another client taken "
-         "over "
-         "the callback?\n"},
+         "subsysctl: get-lcd-info: no answer in 100.0 ms; is the component missing or silent, or has another client "
+         "taken over the callback?\n"},
         {"--timeout 0.1 set-call-info", 124,
-         "subsysctl: setCallInfo: no answer in 0.1 s; is the IMS ORTC component missing or silent, or do two other "
+         "subsysctl: set-call-info: no answer in 100.0 ms; is the IMS ORTC component missing or silent, or do two "
+         "other "
          "clients hold both places?\n"},
         {"--timeout 0.1 send-icc-meta-cmd --id -1", 124,
-         "subsysctl: sendIccMetaCmd: no answer in 0.1 s; is the component missing or silent?\n"},
+         "subsysctl: send-icc-meta-cmd: no answer in 100.0 ms; is the component missing or silent?\n"},
         {"get-lcd-info --type 6", 1,
-         "subsysctl: getLcdInfo: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
+         "subsysctl: get-lcd-info: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
+        {"set-call-info --timeout 0.1 --text1 " + std::string(32, 'x'), 124,
+         "subsysctl: set-call-info: --text1 has 32 bytes, more than 31: it arrives empty\n"
+         "subsysctl: set-call-info: no answer in 100.0 ms; is the IMS ORTC component missing or silent, or do two "
+         "other "
+         "clients hold both places?\n"},
     };
     for (const Case& each : cases) expectRun(each, ERRORS);
+}
+
+TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
+    const Case cases[] = {
+        {"--json --timeout 0.1 send-icc-meta-cmd --id -1", 124,
+         R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 100.0 ms","serial":1,)"
+         R"("hint":"is the component missing or silent?"})"
+         "\n"},
+        {"--json get-lcd-info --type 3", 69,
+         R"({"error":"died","verb":"get-lcd-info","message":"the service has died","serial":1})"
+         "\n"},
+        {"--json get-lcd-info", 69,
+         R"({"error":"noService","verb":"get-lcd-info","message":"no such service: )" + SERVICE + " in " +
+             mNames.path().string() + "\"}\n"},
+        {"get-lcd-info --type 1x --json", 2,
+         R"({"error":"usage","message":"--type: expected an integer, -2147483648 to 2147483647, not '1x'"})"
+         "\n"},
+    };
+    for (const Case& each : cases) expectRun(each);
+}
+
+TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailuresCode) {
+    std::ofstream(mNames.path() / "data", std::ios::binary) << '\0' << '\xff';
+    const std::string lines =
+        "printf '%s\\n' '# no verb' '' get-swtp-status 'get-lcd-info --type 1' 'get-lcd-info --json' "
+        "'send-icc-meta-cmd --req-id 1 --data @" +
+        (mNames.path() / "data").string() + "' 'get-lcd-info --type x' get-lcd-info | ";
+    Process batch({"/bin/sh", "-c", lines + SUBSYSCTL + " --serial 5 - 2>&1"});
+    EXPECT_EQ(1, batch.wait());
+    EXPECT_EQ(
+        "getSwtpStatusResponse #5 SUCCESS status=-1\n"
+        "getLcdInfoResponse #6 NOT_SUPPORTED lcdInfo=\"\"\n"
+        "subsysctl: no such option: '--json'; 'subsysctl help get-lcd-info' shows all\n"
+        "onIccMetaResp SUCCESS id=0 token=0 type=2 result=true data=\"00ff\"\n"
+        "subsysctl: --type: expected an integer, -2147483648 to 2147483647, not 'x'\n"
+        "getLcdInfoResponse #8 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n",
+        batch.output());
 }
 
 TEST_F(Subsysctl, Request_WhenTheServerDies_Then69AndNoFurtherVerb) {
@@ -99,18 +145,24 @@ TEST_F(Subsysctl, Request_WhenTheServerIsStopped_Then124) {
 }
 
 TEST_F(Subsysctl, Watch_WhenCounted_ThenIndicationsInOrderAlsoThoseOfEarlierVerbs) {
-    expectRun({"--json get-lcd-info --type 5 watch --count 3", 0,
-               R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0},"lcdInfo":"panel \"1\""}
-{"indication":"sendSubsysStateChanged","state":true}
-{"indication":"sendiccStateChanged","info":{"state":1,"bypass":0,"modeNum":1,"modeTypes":"07","modeValues":"ab"}}
-{"indication":"notifyIccPercStateChangedInd","info":{"percTypes":[{"value0":1,"value1":2,"value2":3},{"value0":-1,"value1":0,"value2":0}]}}
-)"});
+    const Result result = run("--json get-lcd-info --type 5 watch --count 3");
+    EXPECT_EQ(0, result.code);
+    const std::string now = R"(,"time":"20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d\d\dZ"\}\n)";
+    const std::regex lines(
+        R"(\{"response":"getLcdInfoResponse",.*\n)"
+        R"(\{"indication":"sendSubsysStateChanged","state":true)" +
+        now +
+        R"(\{"indication":"sendiccStateChanged","info":\{"state":1,"bypass":0,"modeNum":1,"modeTypes":"07","modeValues":"ab"\})" +
+        now +
+        R"(\{"indication":"notifyIccPercStateChangedInd","info":\{"percTypes":\[\{"value0":1,"value1":2,"value2":3\},\{"value0":-1,"value1":0,"value2":0\}\]\})" +
+        now + R"(\{"watch":"ended","indications":3,"lost":0,"seconds":.*\}\n)");
+    EXPECT_TRUE(std::regex_match(result.text, lines)) << result.text;
 }
 
 TEST_F(Subsysctl, Watch_WhenTimeIsUp_ThenSummaryAnd0Or124) {
     const Result enough = run("watch --for 0.05", ERRORS);
     EXPECT_EQ(0, enough.code);
-    EXPECT_NE(std::string::npos, enough.text.find(" indication in 0.1 s")) << enough.text;
+    EXPECT_NE(std::string::npos, enough.text.find(" indication in ")) << enough.text;
     EXPECT_EQ(124, run("watch --for 0.05 --count 9").code);
 }
 

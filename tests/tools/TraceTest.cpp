@@ -1,5 +1,6 @@
 #include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
+#include "tools/Text.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
 #include "tools/TraceVerbs.h"
@@ -277,9 +278,9 @@ protected:
 
 TEST_F(TraceVerbs, AnyVerb_WhenNothingRecorded_Then69AndTheFolder) {
     const std::string folder = " in " + mNames.path().string() + "\n";
-    for (const auto& [verb, what] : {std::pair("requests", "no recording of subsysd"),
-                                     {"trace", "no recording"},
-                                     {"trace --last", "no recording of a last run"}}) {
+    for (const auto& [verb, what] : {std::pair("requests", "requests: no recording of subsysd"),
+                                     {"trace", "trace: no recording"},
+                                     {"trace --last", "trace: no recording of a last run"}}) {
         const Result result = run(verb);
         EXPECT_EQ(result.code, 69);
         EXPECT_EQ(result.text, std::string("subsysctl: ") + what + folder);

@@ -5,12 +5,7 @@
 #include "LocalBinder.h"
 #include "Log.h"
 #include "RemoteBinder.h"
-#include "Session.h"
 #include "Status.h"
-
-#include <binder/peer.h>
-
-#include <unistd.h>
 
 #include <functional>
 #include <memory>
@@ -138,11 +133,6 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
     const binder_status_t status = transact(*binder, code, *parcel, (flags & FLAG_ONEWAY) != 0);
     if (status == STATUS_OK) *out = parcel.release();
     return status;
-}
-
-pid_t AIBinder_getServerPid(AIBinder* binder) {
-    const binder::RemoteBinder* remote = binder->remote();
-    return remote == nullptr ? getpid() : remote->session()->peer().pid;
 }
 
 AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) {

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tools/CommandLine.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace subsysctl {
+
+// Reads command lines. Each operation fills the command line and returns nothing, or prints the help or the error and
+// returns the exit code; after an error the parser has stale values and is of no use.
+class Parser {
+public:
+    // A line of the input has no options of the whole call, and no verb that reads the input.
+    enum Kind { WHOLE_CALL, INPUT_LINE };
+
+    Parser(CommandLine& commandLine, Kind kind);
+    ~Parser();
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
+
+    std::optional<int> parse(std::vector<std::string> arguments, Output& output);
+    std::optional<int> parseLine(const std::string& line, Output& output);
+
+private:
+    std::optional<int> parse(const std::function<void()>& parseIt, Output& output);
+    std::optional<int> checkRest(Output& output) const;
+    int showHelp(const std::string& verb, Output& output) const;
+    int failUnknown(const std::string& word, Output& output) const;
+    int failIncomplete(const std::string& problem, Output& output) const;
+
+    CommandLine& mCommandLine;
+    const std::unique_ptr<CLI::App> mApp;
+};
+
+}  // namespace subsysctl
