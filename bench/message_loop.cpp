@@ -1,6 +1,7 @@
 // The message loop beside its floor and its peers. Each figure is the median of its rounds; a ratio is the median of
 // the rounds' ratios.
 
+#include "bench/support/Cpu.h"
 #include "bench/support/Stats.h"
 
 #include <mindroid/Handler.h>
@@ -10,7 +11,6 @@
 #include <utils/Looper.h>
 
 #include <linux/futex.h>
-#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -316,28 +316,14 @@ void report() {
             {{"mindroid", burstMindroid}, {"vector under a mutex", burstVector}}, {"none, for comparison"});
 }
 
-// One CPU: waking a sleeping CPU would cost more than all that is measured.
-bool pinToOneCpu(const cpu_set_t& allowed) {
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    int cpu = 0;
-    while (!CPU_ISSET(cpu, &allowed)) ++cpu;
-    CPU_SET(cpu, &one);
-    return sched_setaffinity(0, sizeof one, &one) == 0;
-}
-
 }  // namespace
 
 int main() {
-    cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) != 0 || !pinToOneCpu(allowed)) {
-        std::perror("message_loop: can't pin to one CPU");
-        return 1;
+    {
+        const bench::OneCpu pinned;
+        std::printf("== all threads on one CPU ==\n");
+        report();
     }
-    std::printf("== all threads on one CPU ==\n");
-    report();
-    if (sched_setaffinity(0, sizeof allowed, &allowed) != 0) return 1;
     std::printf("== threads on any CPU (no goals: reported only) ==\n");
     report();
-    return 0;
 }

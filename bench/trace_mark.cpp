@@ -63,10 +63,10 @@ std::vector<Subject> subjects() {
 }
 
 void measure(Subject& subject, int round) {
-    const int64_t start = nowNanos();
+    const int64_t start = cpuNanos();
     const int calls = MARKS / subject.marks;
     for (int i = 0; i < calls; ++i) subject.call(round * calls + i);
-    subject.nanos.push_back(static_cast<double>(nowNanos() - start) / MARKS);
+    subject.nanos.push_back(static_cast<double>(cpuNanos() - start) / MARKS);
 }
 
 void report(std::vector<Subject> all) {

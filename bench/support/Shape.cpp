@@ -3,7 +3,6 @@
 #include "bench/support/Stats.h"
 
 #include <linux/futex.h>
-#include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -20,12 +19,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
-#include <fstream>
 #include <functional>
 #include <mutex>
 #include <new>
-#include <sstream>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -52,7 +48,7 @@ void check(int result, const char* what) {
     }
 }
 
-// Hands numbers from one thread to another, waking only who sleeps.
+// Hands turns from one thread to another, waking only who sleeps.
 class Hop {
 public:
     void post() {
@@ -75,6 +71,15 @@ private:
     std::atomic<uint32_t> mPosted{0};
     std::atomic<uint32_t> mAsleep{0};
 };
+
+// Does it for each turn of the hop, for ever.
+template <typename Action>
+void forEach(Hop& hop, Action action) {
+    for (uint32_t taken = 0;;) {
+        const uint32_t posted = hop.take(taken);
+        for (; taken != posted; ++taken) action();
+    }
+}
 
 constexpr size_t BARE_MESSAGE = 96;
 
@@ -101,12 +106,16 @@ std::array<int, 2> socketPair() {
 
 class BareShape final : public Shape {
 public:
-    BareShape() : mRequests(socketPair()), mAnswers(socketPair()) {
+    explicit BareShape(BareOptions options)
+        : mHops(options.hops),
+          mAnswerSize(BARE_MESSAGE + options.payload),
+          mRequests(socketPair()),
+          mAnswers(socketPair()) {
         mServer = startProcess([this] { serve(); });
         close(mRequests[1]);
         close(mAnswers[1]);
         mReader = std::thread([this] {
-            std::array<char, BARE_MESSAGE> message{};
+            std::vector<char> message(mAnswerSize);
             while (readAll(mAnswers[0], message.data(), message.size())) arrivals.note();
         });
     }
@@ -129,22 +138,24 @@ private:
     void serve() {
         close(mRequests[0]);
         close(mAnswers[0]);
-        Hop hop;
-        std::thread second([&] {
-            std::array<char, BARE_MESSAGE> message{};
-            for (uint32_t taken = 0;;) {
-                const uint32_t posted = hop.take(taken);
-                for (; taken != posted; ++taken) writeAll(mAnswers[1], message.data(), message.size());
-            }
-        });
+        std::deque<Hop> hops(mHops);
+        for (size_t i = 0; i + 1 < mHops; ++i) {
+            std::thread([&hops, i] { forEach(hops[i], [&] { hops[i + 1].post(); }); }).detach();
+        }
+        std::thread([&] {
+            const std::vector<char> answer(mAnswerSize);
+            forEach(hops.back(), [&] { writeAll(mAnswers[1], answer.data(), answer.size()); });
+        }).detach();
         std::array<char, BARE_MESSAGE> message{};
         while (readAll(mRequests[1], message.data(), message.size())) {
-            hop.post();
+            hops.front().post();
             writeAll(mRequests[1], message.data(), message.size());
         }
         _exit(0);
     }
 
+    const size_t mHops;
+    const size_t mAnswerSize;
     const std::array<int, 2> mRequests;
     const std::array<int, 2> mAnswers;
     pid_t mServer = 0;
@@ -306,11 +317,16 @@ private:
     std::vector<std::thread> mReaders;
 };
 
-std::string procFile(pid_t pid, const char* name) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/" + name);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
+constexpr uint32_t TURN = 100;
+
+void takeTurn(const Subject& subject, std::vector<double>& samples) {
+    subject.shape.arrivals.reset();
+    for (uint32_t i = 1; i <= TURN; ++i) {
+        const int64_t start = nowNanos();
+        subject.shape.call(1);
+        subject.shape.arrivals.await(i * subject.answers);
+        samples.push_back(static_cast<double>(subject.shape.arrivals.lastNanos() - start));
+    }
 }
 
 }  // namespace
@@ -328,6 +344,18 @@ pid_t startProcess(const std::function<void()>& function) {
 void stopProcess(pid_t pid) {
     kill(pid, SIGKILL);
     waitpid(pid, nullptr, 0);
+}
+
+void inProcess(const std::function<void()>& function) {
+    std::fflush(stdout);
+    const pid_t pid = startProcess([&] {
+        function();
+        std::fflush(stdout);
+    });
+    int status = 0;
+    if (waitpid(pid, &status, 0) == pid && status == 0) return;
+    std::fprintf(stderr, "a process of the benchmark failed\n");
+    std::exit(1);
 }
 
 Arrivals& newSharedArrivals() {
@@ -356,56 +384,33 @@ void Arrivals::await(uint32_t count) {
     mWanted.store(0);
 }
 
-std::unique_ptr<Shape> makeBareShape() {
-    return std::make_unique<BareShape>();
+std::unique_ptr<Shape> makeBareShape(BareOptions options) {
+    return std::make_unique<BareShape>(options);
 }
 
 std::unique_ptr<Shape> makeSdBusShape(SdBusOptions options) {
     return std::make_unique<SdBusShape>(options);
 }
 
-Latency measureLatency(Shape& shape, uint32_t calls, uint32_t answers) {
-    std::vector<double> samples;
-    samples.reserve(calls);
-    shape.arrivals.reset();
-    for (uint32_t i = 0; i < calls; ++i) {
-        const int64_t start = nowNanos();
-        shape.call(1);
-        shape.arrivals.await((i + 1) * answers);
-        samples.push_back(static_cast<double>(shape.arrivals.lastNanos() - start));
+std::vector<Latency> measureLatency(const std::vector<Subject>& subjects, uint32_t calls) {
+    std::vector<std::vector<double>> samples(subjects.size());
+    for (uint32_t done = 0; done < calls; done += TURN) {
+        for (size_t i = 0; i < subjects.size(); ++i) takeTurn(subjects[i], samples[i]);
     }
-    return {median(samples), quantile(samples, 0.99)};
+    std::vector<Latency> latencies;
+    for (const auto& each : samples) latencies.push_back({median(each), quantile(each, 0.95)});
+    return latencies;
 }
 
-double measurePipelined(Shape& shape, uint32_t calls, uint32_t window, uint32_t answers) {
+double measurePipelined(Shape& shape, uint32_t calls, uint32_t window) {
     shape.arrivals.reset();
     const int64_t start = nowNanos();
     for (uint32_t i = 0; i < calls; ++i) {
-        if (i >= window) shape.arrivals.await((i - window + 1) * answers);
+        if (i >= window) shape.arrivals.await(i - window + 1);
         shape.call(1);
     }
-    shape.arrivals.await(calls * answers);
+    shape.arrivals.await(calls);
     return static_cast<double>(nowNanos() - start) / calls;
-}
-
-int64_t residentKib(pid_t pid) {
-    const std::string status = procFile(pid, "status");
-    const size_t at = status.find("VmRSS:");
-    return at == std::string::npos ? 0 : std::atoll(status.c_str() + at + 6);
-}
-
-void pinToOneCpu() {
-    cpu_set_t cpus;
-    CPU_ZERO(&cpus);
-    CPU_SET(0, &cpus);
-    if (sched_setaffinity(0, sizeof cpus, &cpus) != 0) fail("sched_setaffinity");
-}
-
-void unpin() {
-    cpu_set_t cpus;
-    CPU_ZERO(&cpus);
-    for (int cpu = 0; cpu < sysconf(_SC_NPROCESSORS_ONLN); ++cpu) CPU_SET(cpu, &cpus);
-    if (sched_setaffinity(0, sizeof cpus, &cpus) != 0) fail("sched_setaffinity");
 }
 
 }  // namespace bench

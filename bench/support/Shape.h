@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace bench {
 
@@ -41,9 +42,13 @@ public:
     Arrivals& arrivals = newSharedArrivals();
 };
 
-// The floor: request and reply on one blocking stream socket, a futex hop to a second thread of the server, one message
+struct BareOptions {
+    size_t hops = 1;     // threads of the server between a request and its message back
+    size_t payload = 0;  // bytes of the message back that a request does not have
+};
+// The floor: request and reply on one blocking stream socket, futex hops to other threads of the server, one message
 // back on a second socket to a thread that waits for it. The server is a process of its own.
-std::unique_ptr<Shape> makeBareShape();
+std::unique_ptr<Shape> makeBareShape(BareOptions options = {});
 
 struct SdBusOptions {
     size_t peers = 1;    // connections that each message goes to
@@ -55,23 +60,24 @@ std::unique_ptr<Shape> makeSdBusShape(SdBusOptions options = {});
 
 struct Latency {
     double medianNanos;
-    double p99Nanos;
+    double p95Nanos;
+};
+struct Subject {
+    Shape& shape;
+    uint32_t answers = 1;  // arrivals for each call
 };
 
-// `answers` arrivals for each call.
-Latency measureLatency(Shape& shape, uint32_t calls, uint32_t answers = 1);
+// From each call to its last arrival. The subjects take short turns, so that what slows the machine for a while slows
+// all of them.
+std::vector<Latency> measureLatency(const std::vector<Subject>& subjects, uint32_t calls);
 // Nanoseconds for each call with at most `window` calls unanswered.
-double measurePipelined(Shape& shape, uint32_t calls, uint32_t window, uint32_t answers = 1);
-
-// Resident memory of a process.
-int64_t residentKib(pid_t pid);
+double measurePipelined(Shape& shape, uint32_t calls, uint32_t window);
 
 // Runs the function in a process that ends with this one at the latest.
 pid_t startProcess(const std::function<void()>& function);
 void stopProcess(pid_t pid);
-
-// Binds the calling thread, and what it starts from then on, to the first CPU; or gives it all of them again.
-void pinToOneCpu();
-void unpin();
+// Runs it in a process of its own to the end, so that the caller keeps no thread and no connection of it. A function
+// that fails ends this process, too.
+void inProcess(const std::function<void()>& function);
 
 }  // namespace bench

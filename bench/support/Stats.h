@@ -1,5 +1,7 @@
 #pragma once
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -12,6 +14,13 @@ namespace bench {
 inline int64_t nowNanos() {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
+}
+
+// CPU time of the calling thread: for what no other thread has a part in.
+inline int64_t cpuNanos() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
 }
 
 // The q-quantile (0 to 1) of a non-empty set of figures.

@@ -137,11 +137,15 @@ Daemon::~Daemon() {
     std::filesystem::remove_all(mFolder, ignored);
 }
 
+std::shared_ptr<ISubsys> connect() {
+    const std::string name = std::string(ISubsys::descriptor) + "/default";
+    return ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(name.c_str())));
+}
+
 SystemShape::SystemShape(Counted counted, Request request, Arrivals* shared) : mRequest(std::move(request)) {
     Arrivals& target = shared != nullptr ? *shared : arrivals;
     ABinderProcess_startThreadPool();
-    const std::string name = std::string(ISubsys::descriptor) + "/default";
-    mService = ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(name.c_str())));
+    mService = connect();
     if (counted != Counted::RTP_DATA) {
         Arrivals* const responses = counted == Counted::RESPONSES ? &target : nullptr;
         Arrivals* const events = counted == Counted::ICC_EVENTS ? &target : nullptr;

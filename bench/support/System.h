@@ -30,6 +30,13 @@ private:
     pid_t mPid = 0;
 };
 
+// A request that no other thread of the plugin or component has a part in.
+inline void getSwtpStatus(interface::ISubsys& service, int32_t) {
+    service.getSwtpStatus(1);
+}
+// The service of the daemon that was started last.
+std::shared_ptr<interface::ISubsys> connect();
+
 // A client of the daemon in this process. What counts as an arrival is chosen by the kind; which request is sent, the
 // caller says.
 class SystemShape final : public Shape {

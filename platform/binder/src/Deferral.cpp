@@ -20,20 +20,17 @@
 namespace binder {
 namespace {
 
-// The peers that a loop has written to since it slept.
-class WrittenTo final : public device::LoopOutput {
+// The channels with calls that wait for a loop to have nothing to run.
+class DeferredTo final : public device::LoopOutput {
 public:
     void flush() override {
         isWaiting = false;
         for (const auto& each : mOutboxes) each->flushDeferred();
         mOutboxes.clear();
     }
-    // False when it was there.
-    [[nodiscard]] bool add(const std::shared_ptr<Outbox>& outbox) {
-        if (std::find(mOutboxes.begin(), mOutboxes.end(), outbox) != mOutboxes.end()) return false;
-        mOutboxes.push_back(outbox);
+    void add(const std::shared_ptr<Outbox>& outbox) {
+        if (std::find(mOutboxes.begin(), mOutboxes.end(), outbox) == mOutboxes.end()) mOutboxes.push_back(outbox);
         isWaiting = true;
-        return true;
     }
 
 private:
@@ -81,9 +78,10 @@ Timer* timer() {
 
 bool mayDefer(const std::shared_ptr<Outbox>& outbox) {
     device::LoopThread* const loop = device::LoopThread::current();
-    if (loop == nullptr) return false;
-    if (loop->output == nullptr) loop->output = std::make_unique<WrittenTo>();
-    return !static_cast<WrittenTo&>(*loop->output).add(outbox);
+    if (loop == nullptr || !loop->hasMore) return false;
+    if (loop->output == nullptr) loop->output = std::make_unique<DeferredTo>();
+    static_cast<DeferredTo&>(*loop->output).add(outbox);
+    return true;
 }
 
 bool startDeferral() {

@@ -36,7 +36,9 @@ uint64_t callsIn(const std::vector<uint8_t>& bytes, size_t begin) {
 binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     const size_t cost = frame.size() + ONEWAY_OVERHEAD;
     const device::MutexLock lock(mLock);
-    if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
+    // What waits first is not written now, which would tell of a dead peer.
+    const bool mustLook = mayWait && mQueue.empty();
+    if (mustLook || mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) {
         if (mLost++ == 0) {
@@ -135,7 +137,7 @@ void Outbox::readAcks() {
     std::array<uint8_t, 64 * sizeof(Ack)> bytes;
     for (;;) {
         const ssize_t received = receiveSome(mFd, bytes.data(), bytes.size(), MSG_DONTWAIT);
-        if (received == 0) mEnded = true;
+        if (received == 0 || (received < 0 && errno != EAGAIN)) mEnded = true;
         if (received <= 0) break;
         mAckBytes.insert(mAckBytes.end(), bytes.data(), bytes.data() + received);
         const size_t whole = mAckBytes.size() / sizeof(Ack) * sizeof(Ack);

@@ -63,6 +63,11 @@ binder_status_t note(const ndk::SpAIBinder& target, int32_t value, size_t ballas
         {}, FLAG_ONEWAY);
 }
 
+/** The thread of a message loop that always has more to run. */
+struct BusyLoop : device::LoopThread {
+    BusyLoop() { hasMore = true; }
+};
+
 /** In each of so many threads, so many times. */
 void inThreads(size_t count, int times, const std::function<void(size_t)>& action) {
     test::inThreads(count, [&](size_t i) {
@@ -248,7 +253,7 @@ TEST_F(SingleServerTest, Transact_WhenItFollowsOnewayCalls_ThenTheyRunInThatOrde
         ask([&] { ASSERT_EQ(i, callForInt(mService, LAST)); });
     };
     for (int32_t i = 0; i < 2000; ++i) noteThenAsk(i, [](const auto& asking) { asking(); });
-    const device::LoopThread loop;
+    const BusyLoop loop;
     for (int32_t i = 0; i < 500; ++i) noteThenAsk(i, [](const auto& asking) { std::thread(asking).join(); });
 }
 
@@ -356,11 +361,9 @@ ABinderProcess_Peer peer(pid_t pid) {
     return found;
 }
 
-/** `onLoop`: as a message loop's thread that has no time to sleep. */
-void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
+void fillUp(const Peer& server, const ndk::SpAIBinder& service) {
     const LogCapture log;
     constexpr size_t BALLAST = 1000;
-    const auto loop = onLoop ? std::make_unique<device::LoopThread>() : nullptr;
     ASSERT_EQ(STATUS_OK, echo(service, 1));
     server.stop();
     size_t sent = 0;
@@ -383,11 +386,12 @@ void fillUp(const Peer& server, const ndk::SpAIBinder& service, bool onLoop) {
 }
 
 TEST_F(ProcessesTest, Oneway_WhenTheReceiverIsTooSlow_ThenHalfAMegabyteWaitsAndMoreFailsOnce) {
-    fillUp(mServer, mService, /*onLoop=*/false);
+    fillUp(mServer, mService);
 }
 
 TEST_F(ProcessesTest, Oneway_WhenTheReceiverOfALoopIsTooSlow_ThenItIsTheSame) {
-    fillUp(mServer, mService, /*onLoop=*/true);
+    const BusyLoop loop;
+    fillUp(mServer, mService);
 }
 
 TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBlocks) {
@@ -397,15 +401,15 @@ TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBloc
         return call(
             mService, POST, [](AParcel* in) { AParcel_writeInt32(in, 1); }, {}, FLAG_ONEWAY);
     };
-    const device::LoopThread loop;
+    const BusyLoop loop;
     for (size_t i = 1; i <= 20; ++i) {
         ASSERT_EQ(STATUS_OK, ask());
         ASSERT_TRUE(notes.await(i)) << "though this thread does not sleep";
     }
 }
 
-TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheFirstCallAfterASleepFindsOut) {
-    device::LoopThread loop;
+TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheNextCallThatWouldWaitFindsOut) {
+    BusyLoop loop;
     ASSERT_EQ(STATUS_OK, note(mService, 1));
     ASSERT_TRUE(loop.hasOutput());
     loop.output->flush();
@@ -414,6 +418,18 @@ TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheFirstCallAft
     EXPECT_EQ(STATUS_DEAD_OBJECT, note(mService, 1));
     EXPECT_EQ(STATUS_DEAD_OBJECT, note(mService, 1));
     EXPECT_FALSE(AIBinder_isAlive(mService.get()));
+}
+
+TEST_F(SingleServerTest, DecStrong_WhenALoopsCallToTheObjectWaits_ThenTheCallRunsBeforeTheObjectGoes) {
+    const BusyLoop loop;
+    for (int32_t i = 0; i < 20; ++i) {
+        ndk::SpAIBinder made;
+        call(mService, MAKE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &made); });
+        ASSERT_TRUE(AIBinder_associateClass(made.get(), echoClass()));
+        ASSERT_EQ(STATUS_OK, note(made, i));
+        made = nullptr;
+        ASSERT_EQ(STATUS_OK, echo(mService, 1)) << "or the session has ended";
+    }
 }
 
 TEST_F(ProcessesTest, Oneway_WhenAnObjectsHandlerIsSlow_ThenTheSenderFailsInsteadOfThisProcessGrowing) {

@@ -29,11 +29,11 @@ ByteArray::ByteArray(std::vector<uint8_t> data) : mValue(std::move(data)) {}
 
 std::string ByteArray::toString() const {
     static constexpr char DIGITS[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * mValue.size());
+    std::string text(2 * mValue.size(), '\0');
+    char* place = text.data();
     for (const uint8_t byte : mValue) {
-        text.push_back(DIGITS[byte >> 4]);
-        text.push_back(DIGITS[byte & 0xf]);
+        *place++ = DIGITS[byte >> 4];
+        *place++ = DIGITS[byte & 0xf];
     }
     return text;
 }

@@ -58,9 +58,9 @@ void Looper::bind(const sp<Looper>& looper) {
 void Looper::loop() {
     const sp<Looper> self = myLooper();
     if (self == nullptr) return Log::e(TAG, "the thread has no looper to run");
-    const device::LoopThread thread;
+    device::LoopThread thread;
     self->mQueue->state.thread = gettid();
-    while (const sp<Message> message = self->mQueue->next()) {
+    while (const sp<Message> message = self->mQueue->next(thread)) {
         Message::dispatch(message);
         message->letGo();
     }

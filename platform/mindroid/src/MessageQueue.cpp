@@ -2,7 +2,6 @@
 
 #include "Clock.h"
 
-#include <device/LoopThread.h>
 #include <mindroid/Handler.h>
 #include <mindroid/Runnable.h>
 #include <mindroid/SystemClock.h>
@@ -63,13 +62,15 @@ bool MessageQueue::enqueue(Message& message, uint64_t dueTime) {
     return true;
 }
 
-sp<Message> MessageQueue::next() {
+sp<Message> MessageQueue::next(device::LoopThread& thread) {
     const device::MutexLock lock(mLock);
     while (!mClosed) {
         if (mReady.empty() && !mTimed.empty()) moveDueToReady();
-        if (sp<Message> message = takeReady()) return message;
-        if (flushOutput()) continue;
-        sleep();
+        if (sp<Message> message = takeReady()) {
+            thread.hasMore = !mReady.empty();
+            return message;
+        }
+        thread.hasOutput() ? flush(thread) : sleep();
     }
     return nullptr;
 }
@@ -128,14 +129,10 @@ uint64_t MessageQueue::nextDue() const {
     return mTimed.empty() ? NEVER : mTimed.begin()->first;
 }
 
-// Whether output of this thread waited for the loop to have nothing to run.
-bool MessageQueue::flushOutput() {
-    device::LoopThread* const loop = device::LoopThread::current();
-    if (loop == nullptr || !loop->hasOutput()) return false;
+void MessageQueue::flush(device::LoopThread& thread) {
     mLock.unlock();
-    loop->output->flush();
+    thread.output->flush();
     mLock.lock();
-    return true;
 }
 
 void MessageQueue::sleep() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <device/LoopState.h>
+#include <device/LoopThread.h>
 #include <device/Mutex.h>
 #include <mindroid/Message.h>
 
@@ -34,8 +35,8 @@ public:
     // the last reference to the looper may be gone. Any thread.
     [[nodiscard]] bool enqueue(Message& message, uint64_t dueTime);
 
-    // Waits for the next message; null after close. The looper's thread.
-    [[nodiscard]] sp<Message> next();
+    // Waits for the next message; null after close. The looper's thread, which is `thread`.
+    [[nodiscard]] sp<Message> next(device::LoopThread& thread);
 
     // Drops the pending messages for which the predicate holds. Any thread.
     void remove(const Predicate& matches);
@@ -53,7 +54,7 @@ private:
     void countWaiting() SUBSYS_REQUIRES(mLock);
     // When the looper has to look again by itself.
     [[nodiscard]] uint64_t nextDue() const SUBSYS_REQUIRES(mLock);
-    [[nodiscard]] bool flushOutput() SUBSYS_REQUIRES(mLock);
+    void flush(device::LoopThread& thread) SUBSYS_REQUIRES(mLock);
     void sleep() SUBSYS_REQUIRES(mLock);
     // Whether the looper sleeps longer than it should now; it counts as awake from then on, and the caller wakes it.
     [[nodiscard]] bool rouse() SUBSYS_REQUIRES(mLock);

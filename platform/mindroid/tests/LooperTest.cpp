@@ -61,6 +61,7 @@ TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItE
         order = &probe->seen;
         probe->action = [&](const sp<Message>& message) {
             device::LoopThread& loop = *device::LoopThread::current();
+            EXPECT_EQ(message->what == 1, loop.hasMore) << message->what;
             if (loop.output == nullptr) {
                 loop.output = std::make_unique<Output>([&, flushes = 0]() mutable {
                     order->push_back(FLUSH);

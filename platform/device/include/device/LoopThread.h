@@ -15,7 +15,8 @@ public:
 };
 
 // A message loop and what collects output on its thread meet here, without knowing each other. The loop has one as long
-// as it runs, and flushes the output that waits before it sleeps. The loop's thread only.
+// as it runs, says whether more messages wait, and flushes the output that waits before it sleeps. The loop's thread
+// only.
 class LoopThread {
 public:
     LoopThread();
@@ -28,6 +29,7 @@ public:
     [[nodiscard]] bool hasOutput() const { return output != nullptr && output->isWaiting; }
 
     std::unique_ptr<LoopOutput> output;  // made by its first user, who is the only one
+    bool hasMore = false;                // messages were waiting when the loop took the one that it runs
 
 private:
     LoopThread* const mOuter;
