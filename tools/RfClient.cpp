@@ -5,8 +5,11 @@
 
 #include <android/binder_ibinder.h>
 
+#include <signal.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
@@ -49,7 +52,7 @@ Json note(const char* what, const RfClient& client, const std::string& message) 
 }  // namespace
 
 binder_status_t readState(Request::Service& service, std::string& state) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::tmpfile(), std::fclose);
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(fdopen(memfd_create("state", MFD_CLOEXEC), "w+"), std::fclose);
     if (!file) return STATUS_UNKNOWN_ERROR;
     const binder_status_t status = AIBinder_dump(service.asBinder().get(), fileno(file.get()), nullptr, 0);
     if (status != STATUS_OK) return status;
@@ -71,6 +74,7 @@ RfClient rfClientIn(const std::string& state) {
     RfClient client{RfClient::NONE, 0, ""};
     if (!line.starts_with(PID) || !line.ends_with(", alive")) return client;
     std::from_chars(line.data() + PID.size(), line.data() + line.size(), client.pid);
+    if (kill(client.pid, 0) != 0 && errno == ESRCH) return client;  // the service has not seen it yet
     client.kind = client.pid == getpid() ? RfClient::SELF : RfClient::OTHER;
     client.name = nameOf(client.pid);
     return client;
