@@ -4,8 +4,10 @@
 #include "tools/Dump.h"
 #include "tools/Text.h"
 
+#include <signal.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
@@ -59,6 +61,7 @@ RfClient rfClientIn(const std::string& state) {
     RfClient client{RfClient::NONE, 0, ""};
     if (!line.starts_with(PID) || !line.ends_with(", alive")) return client;
     std::from_chars(line.data() + PID.size(), line.data() + line.size(), client.pid);
+    if (kill(client.pid, 0) != 0 && errno == ESRCH) return client;  // the service has not seen it yet
     client.kind = client.pid == getpid() ? RfClient::SELF : RfClient::OTHER;
     client.name = nameOf(client.pid);
     return client;

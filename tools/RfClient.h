@@ -16,7 +16,7 @@ namespace subsysctl {
 
 struct RfClient {
     enum Kind { UNKNOWN, NONE, SELF, OTHER };
-    Kind kind = UNKNOWN;  // a client that is dead counts as none
+    Kind kind = UNKNOWN;  // one that is dead counts as none
     pid_t pid = 0;
     std::string name;  // of the program; empty where /proc does not tell
 };

@@ -48,17 +48,6 @@ std::string searched() {
 #endif
 }
 
-const char* whyUnanswered(Needs needs) {
-    switch (needs) {
-        case Needs::RF:
-            return "is the component missing or silent, or has another client taken over the callback?";
-        case Needs::IMS:
-            return "is the IMS ORTC component missing or silent, or do two other clients hold both places?";
-        default:
-            return "is the component missing or silent?";
-    }
-}
-
 // The median, since one slow wake-up says nothing about the service.
 std::optional<std::chrono::microseconds> roundTrip(AIBinder* binder) {
     std::array<Clock::duration, 11> times{};
@@ -208,11 +197,25 @@ int Session::request(const Request& request) {
 }
 
 int Session::failAnswer(const Request& request) {
-    const bool died = mMailbox->serverDied();
-    Json problem = died ? error("died", "the service died before it answered")
-                        : error("noAnswer", "no answer in " + durationText(std::chrono::nanoseconds(mTimeout).count()));
-    if (!died) problem["hint"] = whyUnanswered(request.needs);
-    return fail(died ? NO_SERVICE : NO_ANSWER, problem);
+    if (mMailbox->serverDied()) return fail(NO_SERVICE, error("died", "the service died before it answered"));
+    const auto waited = std::chrono::nanoseconds(mTimeout).count();
+    Json problem = error("noAnswer", "no answer in " + durationText(waited));
+    problem["hint"] = whyUnanswered(request.needs);
+    return fail(NO_ANSWER, problem);
+}
+
+std::string Session::whyUnanswered(Needs needs) {
+    if (needs == Needs::IMS) {
+        return "is the IMS ORTC component missing or silent, or do two other clients hold both places?";
+    }
+    const CallTimer timer(mTimeout, lateCall());
+    std::string state;
+    if (needs == Needs::NOTHING || readState(*mService, state) != STATUS_OK)
+        return "is the component missing or silent?";
+    const RfClient client = rfClientIn(state);
+    if (client.kind != RfClient::OTHER) return "is the component missing or silent?";
+    mIsRfClient = false;
+    return describe(client) + " has taken the RF client's place";
 }
 
 int Session::watch(const WatchOptions& options) {

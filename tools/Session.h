@@ -54,6 +54,7 @@ private:
     int fail(ExitCode code, const Json& problem);
     int failCall(const ndk::ScopedAStatus& status);
     int failAnswer(const Request& request);
+    [[nodiscard]] std::string whyUnanswered(Needs needs);
     int failLookup(const std::string& name, bool isDeclared);
     [[nodiscard]] Output::Line lateCall() const;
     void watchServer();

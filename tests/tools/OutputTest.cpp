@@ -1,11 +1,14 @@
 #include "tools/Output.h"
 
+#include "tests/support/Process.h"
+#include "tools/RfClient.h"
 #include "tools/Table.h"
 #include "tools/Text.h"
 
 #include <stubs/Table.h>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <sstream>
 
@@ -55,6 +58,23 @@ TEST(Output, Progress_WhenOnATerminal_ThenTakenAwayBeforeTheNextLine) {
     output.print(LCD);
     output.report(errorJson("usage", "", "no"));
     EXPECT_EQ("\r\033[K" + std::string(39, 'x') + "\r\033[Ksubsysctl: no\n", err.str());
+}
+
+// The service may hold a dead process for alive, for a moment.
+TEST(RfClient, InState_WhenOfEachKind_ThenOnlyALivingProcessIsAnother) {
+    test::Process gone({"/bin/true"}), other({"/bin/sleep", "600"});
+    const pid_t dead = gone.pid();
+    gone.wait();
+    const auto line = [](pid_t pid, const char* state) {
+        return "uptime: 1 ms\nrf.response: pid " + std::to_string(pid) + state + "\nrf.indication: none\n";
+    };
+    const std::pair<std::string, RfClient::Kind> cases[] = {{"", RfClient::UNKNOWN},
+                                                            {"rf.response: none\n", RfClient::NONE},
+                                                            {line(getpid(), ", alive"), RfClient::SELF},
+                                                            {line(other.pid(), ", alive"), RfClient::OTHER},
+                                                            {line(other.pid(), ", dead"), RfClient::NONE},
+                                                            {line(dead, ", alive"), RfClient::NONE}};
+    for (const auto& [state, kind] : cases) EXPECT_EQ(kind, rfClientIn(state).kind) << state;
 }
 
 TEST(Table, Print_WhenTooWide_ThenBlocksThatFit) {

@@ -74,8 +74,7 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     const Case cases[] = {
         {"--timeout 0.1 get-lcd-info --type 2", 124,
-         "subsysctl: get-lcd-info: no answer in 100.0 ms; is the component missing or silent, or has another client "
-         "taken over the callback?\n"},
+         "subsysctl: get-lcd-info: no answer in 100.0 ms; is the component missing or silent?\n"},
         {"--timeout 0.1 set-call-info", 124,
          "subsysctl: set-call-info: no answer in 100.0 ms; is the IMS ORTC component missing or silent, or do two "
          "other "
