@@ -115,7 +115,7 @@ TEST_F(Recorder, Names_WhenLongOrOfOtherBytes_ThenCutAndMadePrintable) {
     EXPECT_EQ(marks.back().name, "");
 }
 
-TEST_F(Recorder, OpenSections_WhenTheRingGoesRoundThreeTimes_ThenStillListed) {
+TEST_F(Recorder, OpenSections_WhenAMillionOthersCameAndWent_ThenStillListed) {
     ASSERT_TRUE(device::startRecorder("test"));
     ATRACE_ASYNC_BEGIN("request #1", 1);
     test::Event entered, leave;
@@ -129,11 +129,9 @@ TEST_F(Recorder, OpenSections_WhenTheRingGoesRoundThreeTimes_ThenStillListed) {
         ATRACE_END();
     });
     ASSERT_TRUE(entered.await());
-    for (int i = 0; i < 25'000; ++i) {
-        ATRACE_BEGIN("section");
+    for (int i = 0; i < 1'000'000; ++i) {
         ATRACE_ASYNC_BEGIN("request #2", i);
         ATRACE_ASYNC_END("request #2", i);
-        ATRACE_END();
     }
     const Trace trace = read();
     EXPECT_THAT(names(trace.open), ElementsAre("request #1", "outer", "inner"));

@@ -5,6 +5,7 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 
+#include <device/LoopState.h>
 #include <device/LoopThread.h>
 #include <mindroid/HandlerThread.h>
 
@@ -12,10 +13,13 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace mindroid {
@@ -38,6 +42,32 @@ TEST(Looper, PrepareAndLoop_WhenThereIsALooperOrNone_ThenFailWithAnError) {
     }).join();
     EXPECT_EQ(log.count("Looper", "the thread has no looper to run", ANDROID_LOG_ERROR), 1u);
     EXPECT_EQ(log.count("Looper", "the thread has a looper already", ANDROID_LOG_ERROR), 1u);
+}
+
+TEST(Looper, State_WhenAMessageRuns_ThenOthersSeeTheThreadTheHandlerAndWhatWaits) {
+    const auto stateOf = [](pid_t thread) {
+        return std::find_if(device::loopStates().begin(), device::loopStates().end(),
+                            [thread](const auto& each) { return each.isTaken && each.thread == thread; });
+    };
+    const test::LooperThread loop;
+    const pid_t thread = test::runOn(loop.handler(), gettid);
+    const auto state = stateOf(thread);
+    ASSERT_NE(state, device::loopStates().end());
+    test::runOn(loop.handler(), [&] {
+        loop.handler()->sendEmptyMessageDelayed(1, 0);
+        loop.handler()->sendEmptyMessageDelayed(2, 1'000'000);
+        EXPECT_EQ(state->waiting, 1u) << "the other one is not due";
+        const void* table = state->handler;
+        Dl_info info{};
+        ASSERT_NE(dladdr(table, &info), 0);
+        EXPECT_STREQ(info.dli_sname, "_ZTVN8mindroid7HandlerE");
+        EXPECT_LE(state->since, device::coarseNanos());
+        EXPECT_GT(state->since, 0);
+    });
+    while (state->handler != nullptr) std::this_thread::yield();  // it sleeps
+    EXPECT_EQ(state->waiting, 0u);
+    loop.looper()->quit();
+    while (state->thread == thread) std::this_thread::yield();
 }
 
 TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItEnds) {
