@@ -210,7 +210,7 @@ std::string Session::whyUnanswered(Needs needs) {
     }
     const CallTimer timer(mTimeout, lateCall());
     std::string state;
-    if (needs == Needs::NOTHING || readState(*mService, state) != STATUS_OK)
+    if (needs == Needs::NOTHING || dumpOf(mService->asBinder().get(), {}, state) != STATUS_OK)
         return "is the component missing or silent?";
     const RfClient client = rfClientIn(state);
     if (client.kind != RfClient::OTHER) return "is the component missing or silent?";
