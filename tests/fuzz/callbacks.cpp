@@ -1,5 +1,5 @@
 // Calls of any bytes to an object of each interface. One that is understood is made once more, through the proxy, and
-// arrives as it was.
+// arrives as it was; an implementation that overrides nothing refuses it.
 
 #include "tests/fuzz/support/Calls.h"
 #include "tests/fuzz/support/Require.h"
@@ -21,8 +21,8 @@ namespace {
 using namespace subsys_stubs::interface;
 using fuzz::require;
 
-template <class I, class Bp>
-class Server : public subsys_stubs::Sink<I, Server<I, Bp>> {
+template <class I, class Bp, class Default>
+class Server : public subsys_stubs::Sink<I, Server<I, Bp, Default>> {
 public:
     template <class Method, class... Args>
     ndk::ScopedAStatus onCall(const Method& method, const Args&... arguments) {
@@ -31,6 +31,7 @@ public:
             require(*static_cast<const std::tuple<Args...>*>(sent) == received);
             return ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "text");
         }
+        require(((*mDefault).*method.call)(arguments...).getStatus() == STATUS_UNKNOWN_TRANSACTION);
         mSent = &received;
         const auto proxy = ndk::SharedRefBase::make<Bp>(this->asBinder());
         const auto status = ((*proxy).*method.call)(arguments...);
@@ -40,23 +41,25 @@ public:
     }
 
 private:
+    const std::shared_ptr<I> mDefault = ndk::SharedRefBase::make<Default>();
     const void* mSent = nullptr;  // by the proxy; the tuple of its arguments
 };
 
-template <class I, class Bp>
+template <class I, class Bp, class Default>
 ndk::SpAIBinder server() {
-    return ndk::SharedRefBase::make<Server<I, Bp>>()->asBinder();
+    return ndk::SharedRefBase::make<Server<I, Bp, Default>>()->asBinder();
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const std::array SERVERS{server<ISubsys, BpSubsys>(),
-                                    server<ISubsysResponse, BpSubsysResponse>(),
-                                    server<ISubsysIndication, BpSubsysIndication>(),
-                                    server<ISubsysIccMetaCallback, BpSubsysIccMetaCallback>(),
-                                    server<IImsOrtcResponse, BpImsOrtcResponse>(),
-                                    server<IImsOrtcIndication, BpImsOrtcIndication>()};
+    static const std::array SERVERS{
+        server<ISubsys, BpSubsys, ISubsysDefault>(),
+        server<ISubsysResponse, BpSubsysResponse, ISubsysResponseDefault>(),
+        server<ISubsysIndication, BpSubsysIndication, ISubsysIndicationDefault>(),
+        server<ISubsysIccMetaCallback, BpSubsysIccMetaCallback, ISubsysIccMetaCallbackDefault>(),
+        server<IImsOrtcResponse, BpImsOrtcResponse, IImsOrtcResponseDefault>(),
+        server<IImsOrtcIndication, BpImsOrtcIndication, IImsOrtcIndicationDefault>()};
     FuzzedDataProvider input(data, size);
     while (input.remaining_bytes() != 0) {
         const auto& target = SERVERS[input.ConsumeIntegralInRange<size_t>(0, SERVERS.size() - 1)];

@@ -90,6 +90,7 @@ UniqueFd listenIn(const test::NamesFolder& names) {
     require(bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0);
     require(listen(listener.get(), 1) == 0);
     ABinderProcess_startThreadPool();
+    require(ISubsys::setDefaultImpl(ndk::SharedRefBase::make<ISubsysDefault>()));
     return listener;
 }
 

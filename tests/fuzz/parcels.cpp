@@ -31,10 +31,22 @@ void read(const AParcel* parcel) {
     };
     T value{};
     if (readFrom(parcel, value) != STATUS_OK) return;
+    if constexpr (requires { value.toString(); }) require(!value.toString().empty());
     const ndk::ScopedAParcel written = write(value);
     T again{};
     require(readFrom(written.get(), again) == STATUS_OK);
-    require(fuzz::bytesOf(write(again).get()) == fuzz::bytesOf(written.get()));
+    require(fuzz::contentOf(write(again).get()) == fuzz::contentOf(written.get()));
+}
+
+// Bytes that need not be UTF-8.
+void writeText(const AParcel* parcel) {
+    std::vector<uint8_t> bytes;
+    (void)ndk::AParcel_readVector(parcel, &bytes);
+    const std::string text(bytes.begin(), bytes.end());
+    const ndk::ScopedAParcel written(AParcel_create());
+    if (ndk::AParcel_writeString(written.get(), text) != STATUS_OK) return;
+    AParcel_setDataPosition(written.get(), 0);
+    read<std::string>(written.get());
 }
 
 void readStatus(const AParcel* parcel) {
@@ -59,6 +71,7 @@ std::vector<Reader> readers(std::tuple<Plain...>*, subsys_stubs::TypeList<Record
             read<std::optional<Record>>...,
             read<std::vector<Record>>...,
             read<ndk::SpAIBinder>,
+            writeText,
             readStatus,
             move};
 }

@@ -14,13 +14,14 @@ namespace fuzz {
 
 // The codes of interfaces, then those that every object answers.
 inline transaction_code_t nextCode(FuzzedDataProvider& input) {
-    constexpr transaction_code_t OF_ANY[] = {0x00FFFFFF, 0x00FFFFFE, 0x5f504e47, 0x5f444d50, 0x5f455854, UINT32_MAX};
+    constexpr transaction_code_t OF_ANY[] = {0x00FFFFFF, 0x00FFFFFE, 0x5f504e47,
+                                             0x5f444d50, 0x5f455854, static_cast<uint32_t>(STATUS_UNKNOWN_TRANSACTION)};
     const auto code = input.ConsumeIntegral<uint8_t>();
     return code < 32 ? code : OF_ANY[code % std::size(OF_ANY)];
 }
 
 // What a parcel without objects holds.
-inline std::string bytesOf(const AParcel* parcel) {
+inline std::string contentOf(const AParcel* parcel) {
     std::string bytes(static_cast<size_t>(AParcel_getDataSize(parcel)), '\0');
     AParcel_marshal(parcel, reinterpret_cast<uint8_t*>(bytes.data()), 0, bytes.size());
     return bytes;

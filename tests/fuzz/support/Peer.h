@@ -60,7 +60,7 @@ inline std::string nextFrame(std::span<const std::string> beginnings, FuzzedData
 inline std::string tokenOf(const ndk::SpAIBinder& object) {
     ndk::ScopedAParcel parcel;
     AIBinder_prepareTransaction(object.get(), parcel.getR());
-    return bytesOf(parcel.get());
+    return contentOf(parcel.get());
 }
 
 // What the peer does not take is lost.
