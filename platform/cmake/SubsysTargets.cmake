@@ -25,8 +25,8 @@ include(GoogleTest)
 
 get_filename_component(SUBSYS_PLATFORM_DIR ${CMAKE_CURRENT_LIST_DIR}/.. ABSOLUTE)
 
-set(SUBSYS_SANITIZE "" CACHE STRING "address (with undefined) or thread; empty for none")
-set_property(CACHE SUBSYS_SANITIZE PROPERTY STRINGS "" address thread)
+set(SUBSYS_SANITIZE "" CACHE STRING "address (with undefined), thread, fuzzer (address, for libFuzzer); empty for none")
+set_property(CACHE SUBSYS_SANITIZE PROPERTY STRINGS "" address thread fuzzer)
 
 # Debian keeps the Android libraries and headers in folders of their own.
 set(SUBSYS_ANDROID_LIB_DIR /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android)
@@ -51,6 +51,9 @@ function(subsys_common target)
         set(flags -fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all -fno-omit-frame-pointer)
     elseif(SUBSYS_SANITIZE STREQUAL "thread")
         set(flags -fsanitize=thread -fno-omit-frame-pointer)
+    elseif(SUBSYS_SANITIZE STREQUAL "fuzzer")
+        set(flags -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
+                  -fno-omit-frame-pointer)
     else()
         set(flags)
     endif()

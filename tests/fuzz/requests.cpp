@@ -1,0 +1,32 @@
+// Any calls to the service, with the simulator's components and plugin behind it.
+
+#include "tests/fuzz/support/Calls.h"
+#include "tests/fuzz/support/System.h"
+
+#include <dlfcn.h>
+#include <signal.h>
+
+// In the place of the C library's: a request may name any process.
+extern "C" int kill(pid_t, int) noexcept {
+    return 0;
+}
+
+namespace {
+
+void loadComponents() {
+    fuzz::require(dlsym(RTLD_DEFAULT, "kill") == reinterpret_cast<void*>(&kill));
+    for (const char* library : {SIMVS, SIMIMS}) fuzz::require(dlopen(library, RTLD_NOW) != nullptr);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static auto& sSystem = *new fuzz::System(loadComponents);
+    static const auto OBJECTS = fuzz::callbacks();
+    static const ndk::SpAIBinder SERVICE = sSystem.service().asBinder();
+    FuzzedDataProvider input(data, size);
+    sSystem.connect();
+    while (input.remaining_bytes() != 0) (void)fuzz::call(SERVICE, OBJECTS, input);
+    sSystem.settle();
+    return 0;
+}
