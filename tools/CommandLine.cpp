@@ -23,7 +23,7 @@ namespace subsysctl {
 namespace {
 
 constexpr char CLIENT[] = "The client itself";
-constexpr char INSIDE[] = "What happens inside; needs no service";
+constexpr char INSIDE[] = "What happens inside; takes no client's place";
 constexpr char HELP[] = "Help";
 constexpr double MAX_SECONDS = 1e6;
 constexpr int32_t MAX_COUNT = std::numeric_limits<int32_t>::max();
@@ -69,9 +69,9 @@ void addStatus(CLI::App& app, std::vector<Step>& steps) {
 }
 
 void addDump(CLI::App& app, std::vector<Step>& steps) {
-    addVerb(app, "dump", INSIDE, "The service's state: clients, components, plugins. Takes no client's place.", "dump")
-        ->callback(
-            [&steps] { steps.push_back({.verb = "dump", .run = [](Session& session) { return session.dump(); }}); });
+    addVerb(app, "dump", INSIDE, "The service's state: clients, components, plugins.", "dump")->callback([&steps] {
+        steps.push_back({.verb = "dump", .run = [](Session& session) { return session.dump(); }});
+    });
 }
 
 void addLog(CLI::App& app, std::vector<Step>& steps) {
@@ -196,8 +196,9 @@ void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& requ
     }
     verb->callback([&steps, verb, take = request.take] {
         Request taken = take([verb](const char* option) { return verb->count(option) > 0; });
-        const Needs needs = taken.needs;
-        steps.push_back({verb->get_name(), needs == Needs::RF, needs == Needs::IMS, std::move(taken), {}, {}});
+        const bool rf = taken.needs == Needs::RF;
+        const bool ims = taken.needs == Needs::IMS;
+        steps.push_back({.verb = verb->get_name(), .rf = rf, .ims = ims, .request = std::move(taken)});
     });
 }
 

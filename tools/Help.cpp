@@ -24,7 +24,10 @@ public:
             mOut << std::exchange(left, "") << line << '\n';
         }
     }
-    void title(const std::string& title) { mOut << '\n' << title << '\n'; }
+    void title(std::string_view title) {
+        mOut << '\n';
+        text(title);
+    }
     // A name and what it means, beside each other where there is room.
     void entry(const std::string& name, std::string_view meaning) {
         const bool fits = mWidth >= MIN_TWO_COLUMNS && name.size() + 3 < COLUMN;

@@ -24,9 +24,8 @@ constexpr const char* PARAGRAPHS[] = {
     "There are two IMS ORTC clients; a third is ignored. Both get every IMS answer: give them different serials "
     "(--serial) when both send the same request.",
     "With --json every outcome is an object on the output, a line each. The first key says which: response, callback, "
-    "indication (with its time), status, client, watch, trace, wrote, note, or error with its verb, serial, message "
-    "and "
-    "hint.",
+    "indication (with its time), status, client, watch, trace, wrote, note, or error, with its verb, serial, message "
+    "and hint.",
 };
 
 constexpr ManualNote EXIT_CODES[] = {

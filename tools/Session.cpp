@@ -151,7 +151,7 @@ void Session::noteTakeOver(const RfClient& client) {
                     {"pid", client.pid},
                     {"name", client.name},
                     {"message", "took the RF client's place of " + describe(client)},
-                    {"hint", client.name == "subsysctl" ? "its watch comes back when this call ends"
+                    {"hint", client.name == "subsysctl" ? "a watch comes back when this call ends"
                                                         : "it has to register again itself"}});
 }
 

@@ -61,11 +61,12 @@ size_t printUntil(Clock::time_point until, size_t count, Mailbox& mailbox, Outpu
     size_t printed = 0;
     while (printed < count && output.isOpen()) {
         const auto now = Clock::now();
+        const bool isLast = mailbox.serverDied() || now >= until;  // asked first: what came before is printed
         output.progress("watch: " + counted(printed) + " in " + durationText(Nanos(now - start).count()));
         const auto indication = mailbox.takeIndication(std::min(until, now + BETWEEN_PROGRESS));
         if (indication) {
             printed += show(*indication, output) ? 1 : 0;
-        } else if (mailbox.interrupted() || mailbox.serverDied() || Clock::now() >= until) {
+        } else if (isLast || mailbox.interrupted()) {
             break;
         }
     }

@@ -57,7 +57,7 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
         {"get-lcd-info --type 4", 0, "getLcdInfoResponse #1 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n"},
         {"get-lcd-info --type 1 get-swtp-status", 1,
          "getLcdInfoResponse #1 NOT_SUPPORTED lcdInfo=\"\"\ngetSwtpStatusResponse #2 SUCCESS status=-1\n"},
-        {"--timeout 0.1 get-lcd-info --type 2 get-swtp-status", 124, "getSwtpStatusResponse #2 SUCCESS status=-1\n"},
+        {"--timeout 0.5 get-lcd-info --type 2 get-swtp-status", 124, "getSwtpStatusResponse #2 SUCCESS status=-1\n"},
         {"--json get-lcd-info get-swtp-status", 0,
          R"({"response":"getLcdInfoResponse","info":{"type":0,"serial":1,"error":0,"errorName":"SUCCESS"},"lcdInfo":"panel \"1\""}
 {"response":"getSwtpStatusResponse","info":{"type":0,"serial":2,"error":0,"errorName":"SUCCESS"},"status":-1}
@@ -73,19 +73,19 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
 
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     const Case cases[] = {
-        {"--timeout 0.1 get-lcd-info --type 2", 124,
-         "subsysctl: get-lcd-info: no answer in 100.0 ms; is the component missing or silent?\n"},
-        {"--timeout 0.1 set-call-info", 124,
-         "subsysctl: set-call-info: no answer in 100.0 ms; is the IMS ORTC component missing or silent, or do two "
+        {"--timeout 0.5 get-lcd-info --type 2", 124,
+         "subsysctl: get-lcd-info: no answer in 500.0 ms; is the component missing or silent?\n"},
+        {"--timeout 0.5 set-call-info", 124,
+         "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two "
          "other "
          "clients hold both places?\n"},
-        {"--timeout 0.1 send-icc-meta-cmd --id -1", 124,
-         "subsysctl: send-icc-meta-cmd: no answer in 100.0 ms; is the component missing or silent?\n"},
+        {"--timeout 0.5 send-icc-meta-cmd --id -1", 124,
+         "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; is the component missing or silent?\n"},
         {"get-lcd-info --type 6", 1,
          "subsysctl: get-lcd-info: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
-        {"set-call-info --timeout 0.1 --text1 " + std::string(32, 'x'), 124,
+        {"set-call-info --timeout 0.5 --text1 " + std::string(32, 'x'), 124,
          "subsysctl: set-call-info: --text1 has 32 bytes, more than 31: it arrives empty\n"
-         "subsysctl: set-call-info: no answer in 100.0 ms; is the IMS ORTC component missing or silent, or do two "
+         "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two "
          "other "
          "clients hold both places?\n"},
     };
@@ -94,8 +94,8 @@ TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
 
 TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
     const Case cases[] = {
-        {"--json --timeout 0.1 send-icc-meta-cmd --id -1", 124,
-         R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 100.0 ms","serial":1,)"
+        {"--json --timeout 0.5 send-icc-meta-cmd --id -1", 124,
+         R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 500.0 ms","serial":1,)"
          R"("hint":"is the component missing or silent?"})"
          "\n"},
         {"--json get-lcd-info --type 3", 69,
