@@ -32,8 +32,9 @@ public:
             return ndk::ScopedAStatus::fromServiceSpecificErrorWithMessage(3, "text");
         }
         require(((*mDefault).*method.call)(arguments...).getStatus() == STATUS_UNKNOWN_TRANSACTION);
+        const std::shared_ptr<I> proxy = ndk::SharedRefBase::make<Bp>(this->asBinder());
+        for (I* each : {static_cast<I*>(this), mDefault.get(), proxy.get()}) requireVersion(*each);
         mSent = &received;
-        const auto proxy = ndk::SharedRefBase::make<Bp>(this->asBinder());
         const auto status = ((*proxy).*method.call)(arguments...);
         require(mSent == nullptr);
         require(subsys_stubs::InterfaceTraits<I>::oneway ? status.isOk() : status.getServiceSpecificError() == 3);
@@ -41,6 +42,13 @@ public:
     }
 
 private:
+    static void requireVersion(I& object) {
+        int32_t version = -1;
+        std::string hash;
+        require(object.getInterfaceVersion(&version).isOk() && object.getInterfaceHash(&hash).isOk());
+        require(version == (hash.empty() ? 0 : I::version));
+    }
+
     const std::shared_ptr<I> mDefault = ndk::SharedRefBase::make<Default>();
     const void* mSent = nullptr;  // by the proxy; the tuple of its arguments
 };

@@ -34,20 +34,9 @@ sp<Object> carrierOf(FuzzedDataProvider& input) {
     return new hal::SubsysInterfaceData<Record>(record);
 }
 
-enum Event {
-    CLAT,
-    TX_SHARING,
-    ICC_EVENT,
-    ADDRESS,
-    RTP,
-    STATUS,
-    CONNECT,
-    SIGNAL,
-    LINK,
-    EVENTS,
-    ANSWER = EVENTS,
-    PLUGIN
-};
+enum Event { CLAT, TX_SHARING, ICC_EVENT, ADDRESS, RTP, STATUS, CONNECT, SIGNAL, LINK, EVENTS };
+// What else an input may hold.
+enum Other { ANSWER = EVENTS, PLUGIN };
 
 sp<Object> carrierOf(size_t event, FuzzedDataProvider& input) {
     static constexpr sp<Object> (*MAKERS[EVENTS])(FuzzedDataProvider&) = {

@@ -2,6 +2,9 @@
 
 #include "tests/fuzz/support/Calls.h"
 #include "tests/fuzz/support/System.h"
+#include "tests/support/NamesFolder.h"
+
+#include <device/Recorder.h>
 
 #include <dlfcn.h>
 #include <signal.h>
@@ -14,6 +17,8 @@ extern "C" int kill(pid_t, int) noexcept {
 namespace {
 
 void loadComponents() {
+    static const test::NamesFolder FOLDER;
+    fuzz::require(device::startRecorder("requests"));
     fuzz::require(dlsym(RTLD_DEFAULT, "kill") == reinterpret_cast<void*>(&kill));
     for (const char* library : {SIMVS, SIMIMS}) fuzz::require(dlopen(library, RTLD_NOW) != nullptr);
 }
