@@ -188,7 +188,9 @@ Root openSession(UniqueFd fd, const Session::Peer& peer) {
     }
     const auto reply = ask(fd, HelloKind::Open, {peersIn.get(), peersOut.get()});
     if (!reply) return {};
-    return {Session::open(peer, std::move(fd), std::move(in), std::move(out)), reply};
+    auto session = Session::open(peer, std::move(fd), std::move(in), std::move(out));
+    if (session == nullptr) warn("no session with process %d: %s", peer.pid, strerror(errno));
+    return {std::move(session), reply};
 }
 
 Root findRoot(UniqueFd fd, const Session::Peer& peer) {
