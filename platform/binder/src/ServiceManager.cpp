@@ -162,12 +162,11 @@ std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vec
     const Hello hello{PROTOCOL, kind, processKey()};
     const Bytes bytes(reinterpret_cast<const uint8_t*>(&hello), sizeof(hello));
     const ssize_t sent = passed.empty() ? sendSome(fd, bytes, 0) : sendWith(fd, bytes, passed, 0);
-    if (sent < 0) warn("process %d cannot be asked: %s", peerOf(fd).pid, strerror(errno));
     HelloReply reply{};
     auto* const answer = reinterpret_cast<uint8_t*>(&reply);
-    const bool isAnswered =
-        sent == sizeof(hello) && receiveSome(fd, answer, sizeof(reply), MSG_WAITALL) == sizeof(reply);
-    return isAnswered && reply.protocol == PROTOCOL ? std::optional(reply) : std::nullopt;
+    const ssize_t received = sent == sizeof(hello) ? receiveSome(fd, answer, sizeof(reply), MSG_WAITALL) : ssize_t{-1};
+    if (received < 0 && errno != EAGAIN) warn("process %d cannot be asked: %s", peerOf(fd).pid, strerror(errno));
+    return received == sizeof(reply) && reply.protocol == PROTOCOL ? std::optional(reply) : std::nullopt;
 }
 
 // An object of a peer.
@@ -185,7 +184,9 @@ Root openSession(UniqueFd fd, const Session::Peer& peer) {
     }
     const auto reply = ask(fd, HelloKind::Open, {peersIn.get(), peersOut.get()});
     if (!reply) return {};
-    return {Session::open(peer, std::move(fd), std::move(in), std::move(out)), reply};
+    auto session = Session::open(peer, std::move(fd), std::move(in), std::move(out));
+    if (session == nullptr) warn("no session with process %d: %s", peer.pid, strerror(errno));
+    return {std::move(session), reply};
 }
 
 Root findRoot(UniqueFd fd, const Session::Peer& peer) {

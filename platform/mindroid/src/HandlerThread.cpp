@@ -4,7 +4,10 @@
 
 #include <pthread.h>
 
+#include <chrono>
+#include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace mindroid {
@@ -15,6 +18,10 @@ constexpr char TAG[] = "HandlerThread";
 
 // The most that the system keeps of a thread's name.
 constexpr size_t MAX_NAME_LENGTH = 15;
+
+// A thread that the system refuses is tried again, for a second in all.
+constexpr int MAX_TRIES = 10;
+constexpr std::chrono::milliseconds RETRY_TIME{100};
 
 }  // namespace
 
@@ -37,14 +44,19 @@ void HandlerThread::run(const std::string& name, const sp<Looper>& looper) {
 
 bool HandlerThread::start() {
     if (std::exchange(mStarted, true)) return false;
-    try {
-        mThread = std::thread(run, mName, mLooper);
-        return true;
-    } catch (const std::system_error& error) {
-        Log::e(TAG, "thread %s can't be started: %s", mName.c_str(), error.what());
-        mLooper->quit();
-        return false;
+    std::string refusal;
+    for (int tries = 0; tries < MAX_TRIES; ++tries) {
+        try {
+            mThread = std::thread(run, mName, mLooper);
+            return true;
+        } catch (const std::system_error& error) {
+            refusal = error.what();
+            std::this_thread::sleep_for(RETRY_TIME);
+        }
     }
+    Log::e(TAG, "thread %s can't be started: %s", mName.c_str(), refusal.c_str());
+    mLooper->quit();
+    return false;
 }
 
 }  // namespace mindroid
