@@ -44,10 +44,15 @@ bool isAnswer(const Call& call) {
 
 // ---- The connection
 
-std::shared_ptr<interface::ISubsys> connect(const std::string& name) {
+std::shared_ptr<interface::ISubsys> connect(const std::string& name, std::chrono::milliseconds limit) {
     ABinderProcess_setThreadPoolMaxThreadCount(1);
     ABinderProcess_startThreadPool();
-    return interface::ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(name.c_str())));
+    const auto end = std::chrono::steady_clock::now() + limit;
+    ndk::SpAIBinder binder;
+    do {
+        binder.set(AServiceManager_checkService(name.c_str()));
+    } while (!binder.get() && AServiceManager_isDeclared(name.c_str()) && std::chrono::steady_clock::now() < end);
+    return interface::ISubsys::fromBinder(binder);
 }
 
 // ---- A client in a process of its own
@@ -89,7 +94,7 @@ void ClientProcess::kill() {
 
 int runClient(const std::string& kind, const std::string& service) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const auto server = connect(service);
+    const auto server = connect(service, std::chrono::seconds(5));
     if (server == nullptr) return EXIT_FAILURE;
     const Client client;
     const auto status = kind == "ims" ? server->setImsOrtcCallback(client.imsResponse, client.imsIndication)

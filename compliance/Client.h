@@ -81,8 +81,8 @@ struct Client {
     const std::shared_ptr<interface::ISubsysIccMetaCallback> meta = callback<interface::ISubsysIccMetaCallback>();
 };
 
-// The service with this name, ready to be called, or null.
-[[nodiscard]] std::shared_ptr<interface::ISubsys> connect(const std::string& name);
+// The service with this name, ready to be called, or null. Waits for one that is there and does not answer yet.
+[[nodiscard]] std::shared_ptr<interface::ISubsys> connect(const std::string& name, std::chrono::milliseconds limit);
 
 // A client that is a process of its own, and can die. It is this program, called with `subsys-compliance client`.
 class ClientProcess {

@@ -102,7 +102,7 @@ using AnyIccEvent = hal::VsIccEvent<1>;
 
 Verdict holdsIccEvent(const Object& carrier) {
     constexpr size_t HEAD = offsetof(AnyIccEvent, data);
-    const Verdict head = readable(recordOf<AnyIccEvent>(carrier), HEAD);
+    Verdict head = readable(recordOf<AnyIccEvent>(carrier), HEAD);
     if (head.kind != Verdict::OK) return head;
     return readable(recordOf<AnyIccEvent>(carrier), HEAD + hal::carriedRecord<AnyIccEvent>(carrier).length);
 }

@@ -95,18 +95,18 @@ struct AnswerBuffer {
 
 struct Command {
     const char* label;
-    uint32_t reqId;
     size_t requestSize;
     size_t answerSize;
+    uint32_t reqId;
     uint32_t timeoutMs;
 };
 constexpr Command COMMANDS[] = {
-    {"request and answer", 5, 16, 256, 1000},
-    {"one byte of answer", 42, 129, 1, 1000},
-    {"no request", 6, 0, 256, 100},
-    {"no room for an answer", 7, 4, 0, 100},
-    {"a large request", 254, 65536, 256, 1000},
-    {"a negative id, no time", 0xFFFFFFFF, 1, 256, 0},
+    {"request and answer", 16, 256, 5, 1000},
+    {"one byte of answer", 129, 1, 42, 1000},
+    {"no request", 0, 256, 6, 100},
+    {"no room for an answer", 4, 0, 7, 100},
+    {"a large request", 65536, 256, 254, 1000},
+    {"a negative id, no time", 1, 256, 0xFFFFFFFF, 0},
 };
 
 class PluginCalls {
@@ -207,7 +207,7 @@ Verdict PluginCalls::runCommand(decltype(::iccSendReqSync)& function, const Comm
     std::vector<uint8_t> request(command.requestSize, 1);
     AnswerBuffer& answer = mAnswers.emplace_back(command.answerSize);
     const auto start = Clock::now();
-    const Verdict verdict = enter([&] {
+    Verdict verdict = enter([&] {
         function(command.reqId, request.data(), static_cast<uint32_t>(request.size()), answer.bytes.data(),
                  static_cast<uint32_t>(answer.size), command.timeoutMs);
     });

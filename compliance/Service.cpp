@@ -89,7 +89,7 @@ void checkIntrusive(ServiceRun& run) {
 void checkService(Checks& checks, const ServiceOptions& options) {
     std::shared_ptr<ISubsys> service;
     const bool isServed = checks.prepare("served", CALLING, [&] {
-        service = connect(options.name);
+        service = connect(options.name, options.limit);
         return service != nullptr ? ok(options.name) : failed("an ISubsys called " + options.name, "none");
     });
     if (!isServed) return;

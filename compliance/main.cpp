@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 constexpr int FAULTS = 1;
 constexpr int USAGE = 2;
 // A check waits for an answer, and does little else.
-constexpr milliseconds BESIDE_WAITING{5000};
+constexpr milliseconds BESIDE_WAITING{10000};
 
 constexpr char DESCRIPTION[] = "Checks whether a service, an ICC plugin or a component library keeps the rules.";
 constexpr char FOOTER[] =
