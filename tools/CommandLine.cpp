@@ -33,8 +33,8 @@ constexpr char FOOTER[] =
     "give them different serials (--serial) when both send the same request.\n"
     "\n"
     "Exit codes: 0 answered with error 0; 1 answered with another error, or the call failed; 2 wrong usage;\n"
-    "69 no such service, or it died; 71 out of memory or threads; 124 no answer in time. Of several verbs the first that\n"
-    "fails decides; the others still run, unless the service is gone.\n"
+    "69 no such service, or it died; 71 out of memory or threads; 124 no answer in time. Of several verbs the first\n"
+    "that fails decides; the others still run, unless the service is gone.\n"
     "SUBSYS_BINDER_DIR names the folder of the service names; NO_COLOR turns colours off.";
 
 // CLI::Range lets "nan" pass.
