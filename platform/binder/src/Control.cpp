@@ -35,6 +35,8 @@ void Control::onReady(uint32_t) {
     std::vector<UniqueFd> passed;
     const ssize_t received = receiveWith(mFd, reinterpret_cast<uint8_t*>(&header), sizeof(header), passed);
     if (received < 0 && errno == EAGAIN) return;
+    // A connection may be lost with it, whose caller waits.
+    if (received < 0 && errno != ECONNRESET) return session->end("cannot be listened to any more");
     if (received <= 0) return end();
     if (received != sizeof(header) || header.kind != FrameKind::Connection || passed.size() > 1)
         return session->end("sent something else than a connection");
