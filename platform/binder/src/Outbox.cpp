@@ -120,8 +120,9 @@ void Outbox::onReady(uint32_t) {
 
 // Writes what the socket takes; the I/O thread goes on when it has room. False when the connection is lost.
 bool Outbox::flush() {
-    mIsDeferred = false;
     const ssize_t sent = sendSome(mFd, Bytes(mQueue.data(), mQueue.size()).substr(mWritten), MSG_DONTWAIT);
+    // Not before they are written: another thread that sees none waiting makes its own call at once.
+    mIsDeferred = false;
     if (sent < 0) return false;
     mWritten += static_cast<size_t>(sent);
     mIsStalled = mWritten < mQueue.size();
@@ -132,21 +133,20 @@ bool Outbox::flush() {
     return true;
 }
 
-// Each says more than the one before, so only the last whole one counts.
+// Each says more than the one before, so only the last whole one counts. One read takes all that an honest peer can
+// have sent, which is no more than a few; another one could go on for ever.
 void Outbox::readAcks() {
-    std::array<uint8_t, 64 * sizeof(Ack)> bytes;
-    for (;;) {
-        const ssize_t received = receiveSome(mFd, bytes.data(), bytes.size(), MSG_DONTWAIT);
-        if (received == 0 || (received < 0 && errno != EAGAIN)) mEnded = true;
-        if (received <= 0) break;
-        mAckBytes.insert(mAckBytes.end(), bytes.data(), bytes.data() + received);
-        const size_t whole = mAckBytes.size() / sizeof(Ack) * sizeof(Ack);
-        if (whole == 0) continue;
-        Ack ack = 0;
-        memcpy(&ack, mAckBytes.data() + whole - sizeof(ack), sizeof(ack));
-        mAcked = std::clamp(ack, mAcked, mPosted);
-        mAckBytes.erase(mAckBytes.begin(), mAckBytes.begin() + static_cast<ptrdiff_t>(whole));
-    }
+    std::array<uint8_t, 2 * MAX_ONEWAY_WAITING / ACK_INTERVAL * sizeof(Ack)> bytes;
+    const ssize_t received = receiveSome(mFd, bytes.data(), bytes.size(), MSG_DONTWAIT);
+    if (received == 0 || (received < 0 && errno != EAGAIN)) mEnded = true;
+    if (received <= 0) return;
+    mAckBytes.insert(mAckBytes.end(), bytes.data(), bytes.data() + received);
+    const size_t whole = mAckBytes.size() / sizeof(Ack) * sizeof(Ack);
+    if (whole == 0) return;
+    Ack ack = 0;
+    memcpy(&ack, mAckBytes.data() + whole - sizeof(ack), sizeof(ack));
+    mAcked = std::clamp(ack, mAcked, mPosted);
+    mAckBytes.erase(mAckBytes.begin(), mAckBytes.begin() + static_cast<ptrdiff_t>(whole));
 }
 
 bool Outbox::isPeerGone(std::chrono::milliseconds within) const {

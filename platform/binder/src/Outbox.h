@@ -15,8 +15,8 @@
 
 namespace binder {
 
-// The channel to a peer: oneway calls, references given back, in the order in which they were
-// sent. It never waits: what the socket does not take is queued and written by the I/O thread. Thread: any.
+// The channel to a peer: oneway calls and references given back, in the order in which they were sent. It never waits:
+// what the socket does not take is queued and written by the I/O thread. Thread: any.
 class Outbox final : public Pollable, public std::enable_shared_from_this<Outbox> {
 public:
     Outbox(UniqueFd fd, pid_t pid) : mFd(std::move(fd)), mPid(pid) {}
