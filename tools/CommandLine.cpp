@@ -203,8 +203,11 @@ void addRequest(CLI::App& app, std::vector<Step>& steps, const RequestVerb& requ
 }
 
 void addBatch(CLI::App& app, std::vector<Step>& steps) {
-    addVerb(app, "batch", CLIENT, "Run the verbs of each line of the input, in order; '-' is short for it.",
-            "batch < verbs")
+    addVerb(
+        app, "batch", CLIENT,
+        "Run the verbs of each line of the input, in order; '-' is short for it. A word with blanks stands in quotes, "
+        "in which a backslash takes the next character as it is.",
+        "batch < verbs")
         ->callback([&steps] {
             const auto run = [](Session& session) { return runLines(std::cin, session); };
             steps.push_back({.verb = "batch", .run = run});

@@ -6,6 +6,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iomanip>
+#include <sstream>
 #include <utility>
 
 namespace subsysctl {
@@ -40,6 +42,17 @@ std::vector<std::string> namesOf(const Entries& entries) {
     return names;
 }
 
+// Nothing when a quote is open.
+std::optional<std::vector<std::string>> wordsOf(const std::string& line) {
+    std::vector<std::string> words;
+    std::istringstream input(line);
+    for (std::string word; !(input >> std::ws).eof();) {
+        if (!(input >> std::quoted(word, input.peek() == '\'' ? '\'' : '"'))) return std::nullopt;
+        words.push_back(word);
+    }
+    return words;
+}
+
 }  // namespace
 
 Parser::Parser(CommandLine& commandLine, Kind kind)
@@ -61,16 +74,8 @@ std::optional<int> Parser::parse(std::vector<std::string> arguments, Output& out
     if (isHelp && arguments.size() == 2 && !arguments[1].starts_with('-')) return showHelp(arguments[1], output);
     if (!arguments.empty() && arguments.back() == "-") arguments.back() = "batch";
     std::reverse(arguments.begin(), arguments.end());
-    return parse([&] { mApp->parse(std::move(arguments)); }, output);
-}
-
-std::optional<int> Parser::parseLine(const std::string& line, Output& output) {
-    return parse([&] { mApp->parse(line); }, output);
-}
-
-std::optional<int> Parser::parse(const std::function<void()>& parseIt, Output& output) {
     try {
-        parseIt();
+        mApp->parse(std::move(arguments));
         return checkRest(output);
     } catch (const CLI::CallForHelp&) {
         return showHelp(lastVerb(*mApp), output);
@@ -82,6 +87,11 @@ std::optional<int> Parser::parse(const std::function<void()>& parseIt, Output& o
     } catch (const CLI::ParseError& error) {
         return failIncomplete(error.what(), output);
     }
+}
+
+std::optional<int> Parser::parseLine(const std::string& line, Output& output) {
+    auto words = wordsOf(line);
+    return words ? parse(*std::move(words), output) : fail("a quote is open", "", output);
 }
 
 std::optional<int> Parser::checkRest(Output& output) const {

@@ -2,7 +2,6 @@
 
 #include "tools/CommandLine.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,10 +22,10 @@ public:
     Parser& operator=(const Parser&) = delete;
 
     std::optional<int> parse(std::vector<std::string> arguments, Output& output);
+    // The words of a line; one with blanks stands in quotes.
     std::optional<int> parseLine(const std::string& line, Output& output);
 
 private:
-    std::optional<int> parse(const std::function<void()>& parseIt, Output& output);
     std::optional<int> checkRest(Output& output) const;
     int showHelp(const std::string& verb, Output& output) const;
     int failUnknown(const std::string& word, Output& output) const;
