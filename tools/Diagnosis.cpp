@@ -71,6 +71,7 @@ public:
     std::vector<Finding> findings() {
         checkService();
         checkDaemon();
+        checkRecording();
         checkThreads();
         checkLoopers();
         checkPeers();
@@ -326,8 +327,14 @@ private:
         fault("clientLost", lost.back() + more, "a client has to live, and stay registered, until the answer comes");
     }
 
+    void checkRecording() {
+        if (mEvidence.trace || !mEvidence.daemon) return;
+        fault("noRecording", daemonName() + ", records nothing, so nothing is known of its requests",
+              "its log says at the start why not; then start it again");
+    }
+
     void checkSerial() {
-        if (!mEvidence.serial || !mRequests.empty()) return;
+        if (!mEvidence.serial || !mEvidence.trace || !mRequests.empty()) return;
         fault(
             "noRequest", "there is no request #" + number(*mEvidence.serial) + " in the recording",
             "it did not arrive, no component took it, it needs none (getLcdInfo, killProcess), or it is too long ago");

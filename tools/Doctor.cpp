@@ -57,12 +57,13 @@ std::optional<DumpLines> dumpInTime(const std::string& service) {
     return answer.wait_for(PATIENCE) == std::future_status::ready ? answer.get() : std::nullopt;
 }
 
-// The daemon's own where it said which one it is.
+// Where the daemon said which one it is, its own and no other's.
 void takeTrace(Evidence& evidence, const std::vector<device::Trace>& traces) {
     const int32_t pid = evidence.dump ? std::atoi((*evidence.dump)["daemon.pid"].c_str()) : 0;
-    if (pid != 0) evidence.daemon = processState(pid);
+    if (pid == 0) return;
+    evidence.daemon = processState(pid);
     const auto own = std::find_if(traces.begin(), traces.end(), [pid](const auto& each) { return each.pid == pid; });
-    if (own != traces.end()) evidence.trace = *own;
+    evidence.trace = own == traces.end() ? std::nullopt : std::optional(*own);
 }
 
 void takePeers(Evidence& evidence) {

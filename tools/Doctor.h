@@ -8,7 +8,7 @@
 namespace subsysctl {
 
 // Says what is wrong with the service, a finding a line, the worst first. Needs no service: the daemon may be stopped,
-// hung or gone. Takes some three seconds at most. With a serial: and why this request is not
+// hung or gone. Takes some three seconds at most. With a serial it also says why that request is not
 // answered. Returns 0 only when nothing is wrong, else 1.
 [[nodiscard]] int doctor(std::optional<int32_t> serial, Output& output);
 
