@@ -1,21 +1,25 @@
 #include "tools/Dump.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 
 namespace subsysctl {
 
 binder_status_t dumpOf(AIBinder* binder, const std::vector<const char*>& arguments, std::string& text) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(fdopen(memfd_create("dump", MFD_CLOEXEC), "w+"), std::fclose);
-    if (!file) return -errno;
-    const binder_status_t status = AIBinder_dump(binder, fileno(file.get()), const_cast<const char**>(arguments.data()),
+    const int file = memfd_create("dump", MFD_CLOEXEC);
+    if (file < 0) return -errno;
+    const binder_status_t status = AIBinder_dump(binder, file, const_cast<const char**>(arguments.data()),
                                                  static_cast<uint32_t>(arguments.size()));
-    std::rewind(file.get());
-    for (char part[4096]; const size_t size = std::fread(part, 1, sizeof(part), file.get());) text.append(part, size);
+    std::array<char, 4096> part{};
+    text.clear();
+    for (ssize_t size = 0; (size = pread(file, part.data(), part.size(), static_cast<off_t>(text.size()))) > 0;) {
+        text.append(part.data(), static_cast<size_t>(size));
+    }
+    close(file);
     return status;
 }
 
