@@ -77,21 +77,30 @@ Verdict ComponentRun::judge(const ComponentRequest& request, const Reply& reply,
 
 void ComponentRun::checkTogether(const std::vector<ComponentRequest>& requests) {
     mChecks.check("requests from " + std::to_string(BINDER_THREADS) + " threads at once", COMPONENT_THREADS, [&] {
+        const int refused = refusedMessages();
         std::deque<ReplyProbe> probes;
+        std::vector<const ComponentRequest*> asked;
         std::vector<std::thread> threads;
         for (int i = 0; i < BINDER_THREADS; ++i) {
             for (const auto& request : requests) {
                 if (!request.isOverridden) continue;
                 ReplyProbe& probe = probes.emplace_back(mHandler);
+                asked.push_back(&request);
                 threads.emplace_back([&] { request.send(probe.takeMessage()); });
             }
         }
         for (auto& thread : threads) thread.join();
+        if (probes.empty()) return notChecked("the component has no request");
         for (const auto& probe : probes) {
             const Reply reply = probe.await(mLimit);
             if (reply.answers == 0) return noAnswer(reply, mLimit);
         }
-        return probes.empty() ? notChecked("the component has no request") : ok();
+        std::this_thread::sleep_for(SETTLE);
+        for (size_t i = 0; i < probes.size(); ++i) {
+            const Verdict verdict = judge(*asked[i], probes[i].get(), refusedMessages() - refused);
+            if (verdict.kind != Verdict::OK) return verdict;
+        }
+        return ok();
     });
 }
 

@@ -1,5 +1,6 @@
 #include "compliance/ElfFile.h"
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -96,13 +97,16 @@ std::string ElfFile::segmentsFault() const {
 
 std::string ElfFile::readDynamic() {
     const auto all = sections(*read<Header>(0));
-    for (const Section& section : all) {
-        if (section.sh_link >= all.size()) continue;
-        const Section& names = all[section.sh_link];
-        if (section.sh_type == SHT_DYNSYM) {
-            for (const auto& symbol : readAll<ElfW(Sym)>(section)) addSymbol(symbol, names);
-        } else if (section.sh_type == SHT_DYNAMIC) {
-            for (const auto& entry : readAll<ElfW(Dyn)>(section)) addEntry(entry, names);
+    // A file has one of each; more would only cost memory.
+    for (const uint32_t type : {SHT_DYNSYM, SHT_DYNAMIC}) {
+        const auto section =
+            std::find_if(all.begin(), all.end(), [type](const auto& each) { return each.sh_type == type; });
+        if (section == all.end() || section->sh_link >= all.size()) continue;
+        const Section& names = all[section->sh_link];
+        if (type == SHT_DYNSYM) {
+            for (const auto& symbol : readAll<ElfW(Sym)>(*section)) addSymbol(symbol, names);
+        } else {
+            for (const auto& entry : readAll<ElfW(Dyn)>(*section)) addEntry(entry, names);
         }
     }
     return mSymbols.empty() ? "no table of dynamic symbols" : "";

@@ -224,6 +224,7 @@ Verdict PluginCalls::runCommand(decltype(::iccSendReqSync)& function, const Comm
 void PluginCalls::checkEvents() {
     std::this_thread::sleep_for(SETTLE);
     mChecks.check("iccSendReqSync: no late answer", PAGE, [&] {
+        if (mAnswers.empty()) return notChecked("no command was sent in this process");
         const bool areUntouched =
             std::all_of(mAnswers.begin(), mAnswers.end(), [](const auto& answer) { return answer.isUntouchedFrom(0); });
         return areUntouched ? ok() : failed("nothing written after the return", "a write");

@@ -27,7 +27,7 @@ constexpr milliseconds BESIDE_WAITING{10000};
 constexpr char DESCRIPTION[] = "Checks whether a service, an ICC plugin or a component library keeps the rules.";
 constexpr char FOOTER[] =
     "Each check is a line: ok, FAILED with what was expected and seen and the page where the rule stands, or not\n"
-    "checked with the reason. Exit codes: 0 none failed; 1 at least one failed; 2 wrong usage.\n"
+    "checked with the reason. Exit codes: 0 none failed, and at least one is ok; 1 otherwise; 2 wrong usage.\n"
     "docs/compliance.md says what is checked.";
 
 struct Options {
