@@ -115,5 +115,6 @@ WRAP(OPEN, -1, int, epoll_create1, (int flags), flags)
 WRAP(OPEN, -1, int, eventfd, (unsigned value, int flags), value, flags)
 WRAP(OPEN, -1, int, timerfd_create, (clockid_t clock, int flags), clock, flags)
 WRAP(OPEN, -1, int, inotify_init1, (int flags), flags)
+WRAP(OPEN, -1, int, memfd_create, (const char* name, unsigned flags), name, flags)
 
 }  // extern "C"
