@@ -98,7 +98,7 @@ std::string ElfFile::segmentsFault() const {
 std::string ElfFile::readDynamic() {
     const auto all = sections(*read<Header>(0));
     // A file has one of each; more would only cost memory.
-    for (const uint32_t type : {SHT_DYNSYM, SHT_DYNAMIC}) {
+    for (const auto type : {uint32_t{SHT_DYNSYM}, uint32_t{SHT_DYNAMIC}}) {
         const auto section =
             std::find_if(all.begin(), all.end(), [type](const auto& each) { return each.sh_type == type; });
         if (section == all.end() || section->sh_link >= all.size()) continue;
