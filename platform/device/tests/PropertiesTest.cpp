@@ -65,24 +65,19 @@ TEST_F(Properties, GetBool_WhenThereIsNoFile_ThenTheDefaultInSilence) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-class NoProperties : public Properties, public testing::WithParamInterface<std::string> {
-protected:
-    void make() const {
-        if (GetParam() == "fifo") mDevice.makeFifo(BUILD_PROP);
-        if (GetParam() == "endless") std::filesystem::create_symlink("/dev/zero", mFile);
-        if (GetParam() == "folder") mDevice.makeDirectory(BUILD_PROP);
-        if (GetParam() != "huge") return;
-        write("key=true\n");
-        std::filesystem::resize_file(mFile, (1 << 20) + 1);
-    }
-};
+class NoProperties : public Properties, public testing::WithParamInterface<std::string> {};
 
 TEST_P(NoProperties, GetBool_WhenTheFileIsNone_ThenTheDefaultAndOneWarning) {
-    make();
+    const std::string& kind = GetParam();
+    const bool isHuge = kind == "huge";
+    if (kind == "fifo") mDevice.makeFifo(BUILD_PROP);
+    if (kind == "endless") std::filesystem::create_symlink("/dev/zero", mFile);
+    if (kind == "folder") mDevice.makeDirectory(BUILD_PROP);
+    if (isHuge) write("key=true\n" + std::string((1 << 20) - 8, '\n'));
     const test::LogCapture log;
     EXPECT_TRUE(property_get_bool("key", 1));
     EXPECT_FALSE(property_get_bool("key", 0));
-    const char* reason = GetParam() == "huge" ? "it is longer than 1 MiB" : "it is not a regular file";
+    const char* reason = isHuge ? "it is longer than 1 MiB" : "it is not a regular file";
     const test::LogLine warning{ANDROID_LOG_WARN, "DeviceProperties", mFile.string() + " is not read: " + reason};
     EXPECT_THAT(log.lines(), ElementsAre(warning));
 }
