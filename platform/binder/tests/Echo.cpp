@@ -38,8 +38,7 @@ binder_status_t post(Echo& echo, const AParcel* in) {
     int32_t count = 0;
     binder_status_t status = AParcel_readInt32(in, &count);
     for (int32_t i = 0; i < count && status == STATUS_OK; ++i) {
-        status = call(
-            echo.kept(), NOTE, [i](AParcel* parcel) { AParcel_writeInt32(parcel, i); }, {}, FLAG_ONEWAY);
+        status = call(echo.kept(), NOTE, int32(i), {}, FLAG_ONEWAY);
     }
     return status;
 }
@@ -93,7 +92,7 @@ binder_status_t onTransact(AIBinder* binder, transaction_code_t code, const APar
             return AParcel_writeStrongBinder(out, newEcho(new Echo).get());
         case BOUNCE:
             AParcel_readInt32(in, &number);
-            return call(echo.kept(), NOTE, [number](AParcel* parcel) { AParcel_writeInt32(parcel, number); });
+            return call(echo.kept(), NOTE, int32(number));
         case OPEN:
             return passOn(echo, in, out);
         default:
@@ -152,11 +151,34 @@ binder_status_t call(const ndk::SpAIBinder& target, transaction_code_t code, con
     return status;
 }
 
+Write int32(int32_t value) {
+    return [value](AParcel* in) { AParcel_writeInt32(in, value); };
+}
+
+std::vector<uint8_t> contentOf(const AParcel* parcel) {
+    std::vector<uint8_t> bytes(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    AParcel_marshal(parcel, bytes.data(), 0, bytes.size());
+    return bytes;
+}
+
+std::vector<uint8_t> token() {
+    const ndk::SpAIBinder object = newEcho(new Echo);
+    ndk::ScopedAParcel parcel;
+    (void)AIBinder_prepareTransaction(object.get(), parcel.getR());
+    return contentOf(parcel.get());
+}
+
 int32_t callForInt(const ndk::SpAIBinder& target, transaction_code_t code, const Write& write) {
     int32_t result = -1;
     const binder_status_t status =
         call(target, code, write, [&](const AParcel* out) { AParcel_readInt32(out, &result); });
     return status == STATUS_OK ? result : status;
+}
+
+ndk::SpAIBinder callForObject(const ndk::SpAIBinder& target, transaction_code_t code) {
+    ndk::SpAIBinder object;
+    call(target, code, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &object); });
+    return object && AIBinder_associateClass(object.get(), echoClass()) ? object : nullptr;
 }
 
 binder_status_t keep(const ndk::SpAIBinder& target, const ndk::SpAIBinder& object) {

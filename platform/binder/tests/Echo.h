@@ -75,7 +75,15 @@ using Read = std::function<void(const AParcel*)>;
 binder_status_t call(const ndk::SpAIBinder& target, transaction_code_t code, const Write& write = {},
                      const Read& read = {}, binder_flags_t flags = 0);
 
+/** Writes the number. */
+Write int32(int32_t value);
+/** What a parcel without objects holds. */
+std::vector<uint8_t> contentOf(const AParcel* parcel);
+/** What a call to an Echo begins with. */
+std::vector<uint8_t> token();
 int32_t callForInt(const ndk::SpAIBinder& target, transaction_code_t code, const Write& write = {});
+/** The object of the reply, associated with its class. */
+ndk::SpAIBinder callForObject(const ndk::SpAIBinder& target, transaction_code_t code);
 binder_status_t keep(const ndk::SpAIBinder& target, const ndk::SpAIBinder& object);
 /** The bytes come back, or the status that says why not. */
 binder_status_t echo(const ndk::SpAIBinder& target, size_t size);

@@ -38,16 +38,6 @@ Bytes frame(FrameKind kind, uint32_t target, uint32_t code, const Bytes& data = 
     return bytesOf(FrameHeader{size, kind, objects, target, code}) + data;
 }
 
-/** What a call of ECHO or NOTE begins with. */
-Bytes token() {
-    ndk::ScopedAParcel parcel;
-    const ndk::SpAIBinder object = newEcho(new Echo);
-    AIBinder_prepareTransaction(object.get(), parcel.getR());
-    Bytes bytes(static_cast<size_t>(AParcel_getDataSize(parcel.get())));
-    AParcel_marshal(parcel.get(), bytes.data(), 0, bytes.size());
-    return bytes;
-}
-
 Bytes byteArray(size_t size) {
     return bytesOf(static_cast<int32_t>(size)) + Bytes((size + 3) / 4 * 4, 7);
 }
@@ -107,12 +97,22 @@ std::pair<Fd, Fd> pairOfSockets() {
     return {limited(std::move(one)), limited(std::move(other))};
 }
 
-/** A process that speaks the protocol by hand: this one, over sockets of its own. */
+/** A process that speaks the protocol by hand: this one, over sockets of its own. It has a session: the control socket,
+ * a channel for each direction, a connection for calls, and the id of the service's object. */
 class RawPeer {
 public:
-    explicit RawPeer(const std::filesystem::path& folder) : mFolder(folder) {
+    explicit RawPeer(const std::filesystem::path& folder, bool withCalls = true) : mFolder(folder) {
         static uint8_t count = 0;
         mKey[0] = ++count;
+        control = connect();
+        auto [own, services] = pairOfSockets();
+        auto [back, servicesBack] = pairOfSockets();
+        EXPECT_TRUE(control.send(hello(HelloKind::Open), {services.get(), servicesBack.get()}));
+        root = control.receive<HelloReply>().object;
+        EXPECT_NE(0u, root);
+        channel = std::move(own);
+        incoming = std::move(back);
+        if (withCalls) calls = openCalls();
     }
 
     [[nodiscard]] Fd connect(Fd fd = Fd(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))) const {
@@ -124,20 +124,6 @@ public:
     }
     [[nodiscard]] Bytes hello(HelloKind kind) const { return bytesOf(Hello{PROTOCOL, kind, mKey}); }
 
-    /** A session: the control socket, a channel for each direction, a connection for calls, and the id of the service's
-     * object. */
-    void open(bool withCalls = true) {
-        Fd naming = connect();
-        auto [own, services] = pairOfSockets();
-        auto [back, servicesBack] = pairOfSockets();
-        ASSERT_TRUE(naming.send(hello(HelloKind::Open), {services.get(), servicesBack.get()}));
-        root = naming.receive<HelloReply>().object;
-        ASSERT_NE(0u, root);
-        control = std::move(naming);
-        channel = std::move(own);
-        incoming = std::move(back);
-        if (withCalls) calls = openCalls();
-    }
     [[nodiscard]] Fd openCalls() const {
         auto [own, services] = pairOfSockets();
         EXPECT_TRUE(control.send(frame(FrameKind::Connection, 0, 0), {services.get()}));
@@ -173,11 +159,13 @@ private:
 
 class HostilePeerTest : public NamesFixture {
 protected:
-    explicit HostilePeerTest(uint32_t more = 1) {
+    explicit HostilePeerTest(uint32_t more = 1) : mObject(published(more)) {}
+    [[nodiscard]] ndk::SpAIBinder published(uint32_t more) const {
         ABinderProcess_setThreadPoolMaxThreadCount(more);
         ABinderProcess_startThreadPool();
-        EXPECT_EQ(EX_NONE, AServiceManager_addService(mObject.get(), "name"));
-        mGood.open();
+        ndk::SpAIBinder object = newEcho(mEcho);
+        EXPECT_EQ(EX_NONE, AServiceManager_addService(object.get(), "name"));
+        return object;
     }
 
     [[nodiscard]] std::vector<std::string> warnings() const { return mLog.texts("Binder"); }
@@ -187,7 +175,7 @@ protected:
 
     const LogCapture mLog;
     Echo* const mEcho = new Echo;
-    const ndk::SpAIBinder mObject = newEcho(mEcho);
+    const ndk::SpAIBinder mObject;
     RawPeer mGood{mFolder};
     RawPeer mBad{mFolder};
 };
@@ -234,12 +222,11 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         return frame(FrameKind::Call, 1, ECHO, bytesOf(FlatObject{kind, id, 0}) + bytesOf(offset), 1);
     };
     using enum ObjectKind;
-    struct Case {
+    const struct {
         const char* name;
         bool onChannel;
         Bytes bytes;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"size below the header", false, header(15, 0)},
         {"a byte over the limit", false, header(static_cast<uint32_t>(MAX_CALL) + 17, 0)},
         {"more offsets than bytes", false, header(16 + 8, 3)},
@@ -260,15 +247,11 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
         {"a release of nothing", true, frame(FrameKind::Release, 77, 1)},
         {"a release of too much", true, frame(FrameKind::Release, 1, 1000)},
     };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.name);
-        RawPeer bad(mFolder);
-        bad.open();
-        ASSERT_TRUE((each.onChannel ? bad.channel : bad.calls).send(each.bytes + bad.oneway(1)));
-        EXPECT_TRUE(bad.calls.isClosed());
-        EXPECT_TRUE(bad.channel.isClosed());
-        EXPECT_TRUE(bad.incoming.isClosed());
-        EXPECT_TRUE(bad.control.isClosed());
+    for (const auto& [name, onChannel, bytes] : cases) {
+        SCOPED_TRACE(name);
+        const RawPeer bad(mFolder);
+        ASSERT_TRUE((onChannel ? bad.channel : bad.calls).send(bytes + bad.oneway(1)));
+        for (const Fd* each : {&bad.calls, &bad.channel, &bad.incoming, &bad.control}) EXPECT_TRUE(each->isClosed());
         ASSERT_TRUE(mGood.isServed());
     }
     EXPECT_TRUE(isTold("sent a frame that makes no sense: its connections are closed"));
@@ -276,13 +259,10 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
 }
 
 TEST_F(HostilePeerTest, Connection_WhenItIsNone_ThenThePeerIsCutOffOrTheConnectionLost) {
-    RawPeer poor(mFolder);
-    poor.open();
-    ASSERT_TRUE(poor.control.send(frame(FrameKind::Connection, 0, 0)));
+    ASSERT_TRUE(mGood.control.send(frame(FrameKind::Connection, 0, 0)));
     const std::string lost = "a connection of process " + std::to_string(getpid()) + " is lost: no descriptors";
     EXPECT_TRUE(mLog.await("Binder", lost));
-    EXPECT_TRUE(poor.isServed());
-    mBad.open();
+    EXPECT_TRUE(mGood.isServed());
     const Fd file(::open("/dev/zero", O_RDWR | O_CLOEXEC));
     ASSERT_TRUE(mBad.control.send(frame(FrameKind::Connection, 0, 0), {file.get()}));
     EXPECT_TRUE(mBad.channel.isClosed());
@@ -294,7 +274,6 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesInTheMiddle_ThenNothingIsLoggedAndO
     const Bytes call = mGood.echoCall(100);
     for (const ptrdiff_t length : {1, 15, 20, 100}) {
         RawPeer bad(mFolder);
-        bad.open();
         for (Fd* each : {&bad.calls, &bad.channel}) {
             ASSERT_TRUE(each->send(Bytes(call.begin(), call.begin() + length)));
             each->close();
@@ -307,7 +286,6 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesInTheMiddle_ThenNothingIsLoggedAndO
 }
 
 TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
-    mBad.open();
     std::vector<Fd> slow;
     for (int i = 0; i < 6; ++i) slow.push_back(mBad.openCalls());
     const Bytes call = mBad.echoCall(8);
@@ -321,7 +299,6 @@ TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread
 }
 
 TEST_F(HostilePeerTest, Frame_WhenTooMuchIsHalfSent_ThenTheOldestConnectionsEndAndTheLatestIsServed) {
-    mBad.open();
     const Bytes call = mBad.echoCall(900'000);
     const auto middle = call.begin() + 700'000;
     std::vector<Fd> connections;
@@ -339,7 +316,6 @@ TEST_F(HostilePeerTest, Frame_WhenTooMuchIsHalfSent_ThenTheOldestConnectionsEndA
 
 TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
     const char* const line = "all 1 binder threads are busy: calls wait";
-    mBad.open();
     auto& begin = *new Event;  // for ever: the handler's last look at them is not the test's to see
     auto& end = *new Event;
     mEcho->onNote([&](int32_t time) {
@@ -361,7 +337,6 @@ TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
 }
 
 TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_ThenTheCallFails) {
-    mBad.open();
     mBad.lend();
     auto ping = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
     mBad.control.receivePassed().close();
@@ -371,7 +346,6 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     for (const Bytes& nonsense :
          {frame(FrameKind::Oneway, 0, 0), frame(FrameKind::Reply, 0, 0, object, 1), Bytes(16, 0xff)}) {
         RawPeer bad(mFolder);
-        bad.open();
         bad.lend();
         auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
         const Fd connection = bad.control.receivePassed();
@@ -384,12 +358,10 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
 }
 
 TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater) {
-    RawPeer deaf(mFolder);
-    deaf.open();
     std::vector<Fd> calls;
     for (int i = 0; i < 6; ++i) {  // more than there are threads
-        calls.push_back(deaf.openCalls());
-        ASSERT_TRUE(calls.back().send(deaf.echoCall(900'000)));
+        calls.push_back(mBad.openCalls());
+        ASSERT_TRUE(calls.back().send(mBad.echoCall(900'000)));
     }
     EXPECT_TRUE(mGood.isServed());
     for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
@@ -398,7 +370,6 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
 TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
     std::promise<void> gate;
     mEcho->onNote([opened = gate.get_future().share()](int32_t) { opened.wait(); });
-    mBad.open();
     int sent = 0;
     while (sent < 1000 && mBad.channel.send(mBad.oneway(sent, 2000))) ++sent;
     EXPECT_LT(sent, 1000);
@@ -425,14 +396,11 @@ TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRes
     for (int i = 0; i < MAX_SERVED; ++i) calls.push_back(mGood.openCalls());
     EXPECT_TRUE(calls.back().isClosed());
     std::vector<RawPeer> sessions;
-    for (int i = 1; i < MAX_SESSIONS; ++i) {
-        sessions.emplace_back(mFolder);
-        sessions.back().open(/*withCalls=*/false);
-    }
+    for (int i = 2; i < MAX_SESSIONS; ++i) sessions.emplace_back(mFolder, /*withCalls=*/false);
     EXPECT_TRUE(mGood.isServed());
     const Fd more = mBad.connect();
     auto [own, services] = pairOfSockets();
-    ASSERT_TRUE(more.send(mBad.hello(HelloKind::Open), {own.get(), services.get()}));
+    ASSERT_TRUE(more.send(bytesOf(Hello{PROTOCOL, HelloKind::Open, Key{99}}), {own.get(), services.get()}));
     EXPECT_TRUE(more.isClosed());
     EXPECT_TRUE(isTold("has too many sessions: such connections are closed"));
 }

@@ -73,12 +73,6 @@ TEST(LocalBinderTest, AsBinder_WhenHeldAndDropped_ThenTheBinderOwnsTheImplementa
     EXPECT_TRUE(destroyed);
 }
 
-TEST(LocalBinderTest, DefineClass_WhenItHasFunctionNames_ThenTheyAreFoundByCode) {
-    EXPECT_STREQ("next", AIBinder_Class_getFunctionName(BnCounter::clazz(), 1));
-    EXPECT_EQ(nullptr, AIBinder_Class_getFunctionName(BnCounter::clazz(), 0));
-    EXPECT_EQ(nullptr, AIBinder_Class_getFunctionName(BnCounter::clazz(), 2));
-}
-
 TEST(SharedRefBaseDeathTest, Destructor_WhenAnObjectHasNoOwnerOrTwo_ThenTheProcessEndsWithALine) {
     bool destroyed = false;
     EXPECT_DEATH({ Counter counter(&destroyed); }, "an object that make\\(\\) did not make");
@@ -90,7 +84,7 @@ TEST(SharedRefBaseDeathTest, Destructor_WhenAnObjectHasNoOwnerOrTwo_ThenTheProce
         "an object with two owners");
 }
 
-TEST(LocalBinderTest, AssociateClass_WhenItIsAnother_ThenFalse) {
+TEST(LocalBinderTest, Class_WhenAsked_ThenItsNamesAndNoOtherFitsTheObject) {
     const ndk::SpAIBinder object = newEcho(new Echo);
     EXPECT_TRUE(AIBinder_associateClass(object.get(), echoClass()));
     EXPECT_FALSE(AIBinder_associateClass(object.get(), otherClass()));
@@ -99,6 +93,10 @@ TEST(LocalBinderTest, AssociateClass_WhenItIsAnother_ThenFalse) {
     EXPECT_FALSE(AIBinder_isRemote(object.get()));
     EXPECT_EQ(STATUS_OK, AIBinder_ping(object.get()));
     EXPECT_EQ(nullptr, AIBinder_Class_define(nullptr, nullptr, nullptr, nullptr));
+    EXPECT_STREQ("next", AIBinder_Class_getFunctionName(BnCounter::clazz(), 1));
+    for (const transaction_code_t code : {0u, 2u}) {
+        EXPECT_EQ(nullptr, AIBinder_Class_getFunctionName(BnCounter::clazz(), code));
+    }
 }
 
 TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
@@ -109,11 +107,10 @@ TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
     echo->onNote([&](int32_t value) {
         ran = value == 5 && std::this_thread::get_id() == here && AIBinder_getCallingPid() == getpid();
     });
-    EXPECT_EQ(STATUS_OK, call(
-                             object, NOTE, [](AParcel* in) { AParcel_writeInt32(in, 5); }, {}, FLAG_ONEWAY));
+    EXPECT_EQ(STATUS_OK, call(object, NOTE, int32(5), {}, FLAG_ONEWAY));
     EXPECT_TRUE(ran);
     EXPECT_EQ(STATUS_OK, test::echo(object, 2000));
-    EXPECT_EQ(STATUS_BAD_INDEX, call(object, STATUS, [](AParcel* in) { AParcel_writeInt32(in, STATUS_BAD_INDEX); }));
+    EXPECT_EQ(STATUS_BAD_INDEX, call(object, STATUS, int32(STATUS_BAD_INDEX)));
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(object, UNKNOWN));
     EXPECT_EQ(STATUS_BAD_TYPE, call(object, UNKNOWN, [](AParcel* in) { AParcel_reset(in); }));
     EXPECT_EQ(STATUS_BAD_VALUE, call(object, ECHO, {}, {}, 0x10)) << "an unknown flag";

@@ -4,6 +4,8 @@
 #include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
 
+#include <android/binder_process.h>
+
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -31,6 +33,21 @@ public:
 
 private:
     const bool mIsReady;
+};
+
+/** With a server in another process, and threads of this one. */
+class ServerFixture : public NamesFixture {
+protected:
+    explicit ServerFixture(const char* verb = "serve", bool hasPool = true) : mServer(verb, NAME) {
+        ABinderProcess_setThreadPoolMaxThreadCount(4);
+        if (hasPool) ABinderProcess_startThreadPool();
+        EXPECT_TRUE(mServer.isReady());
+        mService = service(NAME);
+    }
+
+    static constexpr const char* NAME = "test.IEcho/default";
+    Peer mServer;
+    ndk::SpAIBinder mService;
 };
 
 }  // namespace test

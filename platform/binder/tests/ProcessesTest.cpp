@@ -3,7 +3,6 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/Threads.h"
 
-#include <android/binder_process.h>
 #include <binder/peer.h>
 #include <device/LoopThread.h>
 
@@ -13,7 +12,6 @@
 
 #include <array>
 #include <future>
-#include <memory>
 #include <numeric>
 #include <set>
 
@@ -22,31 +20,13 @@ namespace {
 using namespace test;
 
 constexpr size_t MAX_CALL = (1U << 20) - 2 * 4096;
-constexpr const char* NAME = "test.IEcho/default";
 
-class ProcessesTest : public NamesFixture {
-protected:
-    ProcessesTest() {
-        ABinderProcess_setThreadPoolMaxThreadCount(4);
-        ABinderProcess_startThreadPool();
-        EXPECT_TRUE(mServer.isReady());
-        mService = service(NAME);
-    }
-
-    Peer mServer{"serve", NAME};
-    ndk::SpAIBinder mService;
-};
+using ProcessesTest = ServerFixture;
 
 /** With a server of one thread, and none here. */
-class SingleServerTest : public NamesFixture {
+class SingleServerTest : public ServerFixture {
 protected:
-    SingleServerTest() {
-        EXPECT_TRUE(mServer.isReady());
-        mService = service(NAME);
-    }
-
-    Peer mServer{"single", NAME};
-    ndk::SpAIBinder mService;
+    SingleServerTest() : ServerFixture("single", /*hasPool=*/false) {}
 };
 
 std::vector<uint8_t> ofSize(size_t size) {
@@ -76,7 +56,7 @@ void inThreads(size_t count, int times, const std::function<void(size_t)>& actio
 }
 
 binder_status_t post(const ndk::SpAIBinder& target, int32_t count) {
-    return call(target, POST, [count](AParcel* in) { AParcel_writeInt32(in, count); });
+    return call(target, POST, int32(count));
 }
 
 /** An object that the server keeps, until the end of the scope; its handler has run for the last time then. */
@@ -110,17 +90,13 @@ TEST_F(ProcessesTest, Transact_WhenSizesVary_ThenBytesComeBackUpToTheLimit) {
     EXPECT_EQ(STATUS_FAILED_TRANSACTION, echo(mService, most + 1));
     EXPECT_EQ(STATUS_OK, note(mService, 1, MAX_CALL / 2 - 200));
     EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(mService, 1, MAX_CALL / 2));
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION,
-              call(mService, LARGE, [](AParcel* in) { AParcel_writeInt32(in, static_cast<int32_t>(MAX_CALL)); }));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, call(mService, LARGE, int32(MAX_CALL)));
     EXPECT_EQ(STATUS_OK, echo(mService, 1));
 }
 
 TEST_F(ProcessesTest, Transact_WhenItFails_ThenTheStatusTellsWhy) {
-    const auto answering = [this](int32_t status) {
-        return call(mService, STATUS, [status](AParcel* in) { AParcel_writeInt32(in, status); });
-    };
-    EXPECT_EQ(STATUS_BAD_INDEX, answering(STATUS_BAD_INDEX));
-    EXPECT_EQ(STATUS_UNKNOWN_ERROR, answering(-7777)) << "no status of the API";
+    EXPECT_EQ(STATUS_BAD_INDEX, call(mService, STATUS, int32(STATUS_BAD_INDEX)));
+    EXPECT_EQ(STATUS_UNKNOWN_ERROR, call(mService, STATUS, int32(-7777))) << "no status of the API";
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, UNKNOWN));
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, 0));
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(mService, LAST_CALL_TRANSACTION + 1));
@@ -172,21 +148,10 @@ TEST_F(ProcessesTest, WriteStrongBinder_WhenAnObjectTravels_ThenItStaysOneAndThe
     };
     EXPECT_EQ(0, keepOwn());
     EXPECT_EQ(1, keepOwn()) << "the same proxy";
-    ndk::SpAIBinder back;
-    call(mService, GIVE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &back); });
-    EXPECT_EQ(own, back);
+    EXPECT_EQ(own, callForObject(mService, GIVE));
     EXPECT_EQ(STATUS_OK, keep(mService, mService)) << "its own object";
-    call(mService, GIVE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &back); });
-    EXPECT_EQ(mService, back);
+    EXPECT_EQ(mService, callForObject(mService, GIVE));
     EXPECT_EQ(STATUS_OK, keep(mService, nullptr));
-}
-
-TEST_F(ProcessesTest, AssociateClass_WhenTheObjectIsOfAnotherClass_ThenFalseAndTheFirstStays) {
-    EXPECT_EQ(echoClass(), AIBinder_getClass(mService.get()));
-    EXPECT_TRUE(AIBinder_isRemote(mService.get()));
-    EXPECT_FALSE(AIBinder_associateClass(mService.get(), otherClass()));
-    EXPECT_TRUE(AIBinder_associateClass(mService.get(), echoClass()));
-    EXPECT_EQ(nullptr, AIBinder_getUserData(mService.get()));
 }
 
 TEST_F(ProcessesTest, DecStrong_WhenThePeerLetsGo_ThenTheObjectIsDestroyed) {
@@ -205,7 +170,7 @@ TEST_F(ProcessesTest, DecStrong_WhenThePeerLetsGo_ThenTheObjectIsDestroyed) {
     }
 }
 
-TEST_F(ProcessesTest, DecStrong_WhenAnObjectIsGivenBackAndSentAtOnce_ThenItIsNeverLost) {
+TEST_F(ProcessesTest, DecStrong_WhenAnObjectIsGivenBackAndSentAtOnce_ThenItIsNotLostAndManyCanCallIt) {
     const ndk::SpAIBinder own = newEcho(new Echo);
     inThreads(4, 200, [&](size_t) {
         EXPECT_EQ(STATUS_OK, call(mService, ECHO, [&](AParcel* in) {
@@ -214,34 +179,24 @@ TEST_F(ProcessesTest, DecStrong_WhenAnObjectIsGivenBackAndSentAtOnce_ThenItIsNev
                   }));
     });
     ASSERT_EQ(STATUS_OK, keep(mService, own));
-    EXPECT_EQ(STATUS_OK, call(mService, CALLBACK, [](AParcel* in) { ndk::AParcel_writeVector(in, ofSize(9)); }));
-}
-
-TEST_F(ProcessesTest, Transact_WhenTheServerCallsBackMeanwhile_ThenNeitherWaitsForTheOther) {
-    ASSERT_EQ(STATUS_OK, keep(mService, newEcho(new Echo)));
     inThreads(3, 50, [&](size_t) {
         EXPECT_EQ(STATUS_OK, call(mService, CALLBACK, [](AParcel* in) { ndk::AParcel_writeVector(in, ofSize(100)); }));
     });
 }
 
-/** Calls that go to and fro `depth` times before the first one returns; the threads that this process used. */
-void bounce(const ndk::SpAIBinder& server, int32_t depth, std::set<std::thread::id>& threads) {
+TEST_F(SingleServerTest, Transact_WhenCallsGoToAndFroTenDeep_ThenOneThreadOnEachSideIsEnough) {
+    std::set<std::thread::id> threads;
     auto* const own = new Echo;
     own->onNote([&, own](int32_t left) {
         threads.insert(std::this_thread::get_id());
         if (left > 0) {
-            EXPECT_EQ(STATUS_OK, call(own->kept(), BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, left - 1); }));
+            EXPECT_EQ(STATUS_OK, call(own->kept(), BOUNCE, int32(left - 1)));
         }
     });
-    own->keep(server);
-    ASSERT_EQ(STATUS_OK, keep(server, newEcho(own)));
-    ASSERT_EQ(STATUS_OK, call(server, BOUNCE, [&](AParcel* in) { AParcel_writeInt32(in, depth); }));
+    own->keep(mService);
+    ASSERT_EQ(STATUS_OK, keep(mService, newEcho(own)));
+    ASSERT_EQ(STATUS_OK, call(mService, BOUNCE, int32(10)));
     own->keep(nullptr);
-}
-
-TEST_F(SingleServerTest, Transact_WhenCallsGoToAndFroTenDeep_ThenOneThreadOnEachSideIsEnough) {
-    std::set<std::thread::id> threads;
-    bounce(mService, 10, threads);
     EXPECT_EQ(std::set{std::this_thread::get_id()}, threads) << "and here it is the one that waits";
     EXPECT_EQ(STATUS_OK, echo(mService, 1));
 }
@@ -258,10 +213,8 @@ TEST_F(SingleServerTest, Transact_WhenItFollowsOnewayCalls_ThenTheyRunInThatOrde
 }
 
 TEST_F(SingleServerTest, Oneway_WhenItFollowsOneToAnotherObject_ThenTheyRunInThatOrderBeforeTheNextCall) {
-    ndk::SpAIBinder second;
-    ASSERT_EQ(STATUS_OK, call(mService, MAKE, {},
-                              [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &second); }));
-    ASSERT_TRUE(AIBinder_associateClass(second.get(), echoClass()));
+    const ndk::SpAIBinder second = callForObject(mService, MAKE);
+    ASSERT_TRUE(second);
     for (int32_t i = 0; i < 500; ++i) {
         ASSERT_EQ(STATUS_OK, note(mService, i));
         ASSERT_EQ(STATUS_OK, note(second, i));
@@ -271,6 +224,7 @@ TEST_F(SingleServerTest, Oneway_WhenItFollowsOneToAnotherObject_ThenTheyRunInTha
 }
 
 TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGetsItsOwnReply) {
+    std::filesystem::remove_all(mFolder);  // The session makes its connections without the name.
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     const rlimit fewer{static_cast<rlim_t>(dup(0)) + 20, limit.rlim_max};
@@ -280,15 +234,7 @@ TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGe
         setrlimit(RLIMIT_NOFILE, &each);
         inThreads(100, 20, [&](size_t i) { EXPECT_EQ(STATUS_OK, echo(mService, 10 + i)); });
     }
-}
-
-TEST_F(ProcessesTest, Transact_WhenManyThreadsSendLargeCallsAtOnce_ThenEachGetsItsReply) {
     inThreads(24, 2, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 900'000)); });
-}
-
-TEST_F(ProcessesTest, Transact_WhenTheNameIsGoneFromTheFolder_ThenTheSessionGoesOn) {
-    std::filesystem::remove_all(mFolder);
-    inThreads(8, 20, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 1)); });
 }
 
 TEST_F(ProcessesTest, Dump_WhenTheObjectIsRemote_ThenArgumentsGoThereAndTheTextComesBack) {
@@ -309,7 +255,12 @@ TEST_F(ProcessesTest, Dump_WhenTheObjectIsRemote_ThenArgumentsGoThereAndTheTextC
     EXPECT_EQ(STATUS_UNKNOWN_ERROR, AIBinder_dump(mService.get(), -1, const_cast<const char**>(&ECHO_DESCRIPTOR), 1));
 }
 
-TEST_F(ProcessesTest, GetExtension_WhenTheObjectIsRemote_ThenTheOneThatWasSetThere) {
+TEST_F(ProcessesTest, Proxy_WhenAskedForClassAndExtension_ThenTheFirstClassAndWhatWasSetThere) {
+    EXPECT_EQ(echoClass(), AIBinder_getClass(mService.get()));
+    EXPECT_TRUE(AIBinder_isRemote(mService.get()));
+    EXPECT_FALSE(AIBinder_associateClass(mService.get(), otherClass()));
+    EXPECT_TRUE(AIBinder_associateClass(mService.get(), echoClass()));
+    EXPECT_EQ(nullptr, AIBinder_getUserData(mService.get()));
     ndk::SpAIBinder extension;
     EXPECT_EQ(STATUS_INVALID_OPERATION, AIBinder_setExtension(mService.get(), mService.get()));
     ASSERT_EQ(STATUS_OK, AIBinder_getExtension(mService.get(), extension.getR()));
@@ -351,14 +302,11 @@ TEST_F(ProcessesTest, Oneway_WhenAHandlerBlocks_ThenOthersAreServedAndItsOwnCall
     EXPECT_EQ(inOrder, blocked.all());
 }
 
-ABinderProcess_Peer peer(pid_t pid) {
-    ABinderProcess_Peer found{.pid = pid, .waitingCalls = 0, .unreadBytes = 0, .undelivered = 0};
-    const auto find = [](const ABinderProcess_Peer* each, void* cookie) {
-        auto& wanted = *static_cast<ABinderProcess_Peer*>(cookie);
-        if (each->pid == wanted.pid) wanted = *each;
-    };
-    ABinderProcess_forEachPeer(find, &found);
-    return found;
+ABinderProcess_Peer onlyPeer() {
+    Recorder<ABinderProcess_Peer> peers;
+    const auto add = [](const ABinderProcess_Peer* each, void* to) { static_cast<decltype(peers)*>(to)->add(*each); };
+    ABinderProcess_forEachPeer(add, &peers);
+    return peers.all().at(0);
 }
 
 void fillUp(const Peer& server, const ndk::SpAIBinder& service) {
@@ -375,8 +323,9 @@ void fillUp(const Peer& server, const ndk::SpAIBinder& service) {
         "process " + std::to_string(server.pid()) + " does not read: oneway calls to it fail until it does";
     EXPECT_EQ(1u, log.count("Binder", line, ANDROID_LOG_WARN));
     EXPECT_TRUE(AIBinder_isAlive(service.get()));
-    EXPECT_GT(peer(server.pid()).unreadBytes, 350u * 1024);
-    EXPECT_EQ(peer(server.pid()).undelivered, 11u);
+    EXPECT_EQ(onlyPeer().pid, server.pid());
+    EXPECT_GT(onlyPeer().unreadBytes, 350u * 1024);
+    EXPECT_EQ(onlyPeer().undelivered, 11u);
     server.resume();
     EXPECT_EQ(STATUS_OK, echo(service, 1));
     while (note(service, 0) != STATUS_OK) ASSERT_EQ(STATUS_OK, AIBinder_ping(service.get()));
@@ -397,13 +346,9 @@ TEST_F(ProcessesTest, Oneway_WhenTheReceiverOfALoopIsTooSlow_ThenItIsTheSame) {
 TEST_F(ProcessesTest, Oneway_WhenALoopMakesMany_ThenNoneWaitsForAHandlerThatBlocks) {
     Recorder<int32_t> notes;
     const Lent own(mService, [&](int32_t value) { notes.add(value); });
-    const auto ask = [this] {
-        return call(
-            mService, POST, [](AParcel* in) { AParcel_writeInt32(in, 1); }, {}, FLAG_ONEWAY);
-    };
     const BusyLoop loop;
     for (size_t i = 1; i <= 20; ++i) {
-        ASSERT_EQ(STATUS_OK, ask());
+        ASSERT_EQ(STATUS_OK, call(mService, POST, int32(1), {}, FLAG_ONEWAY));
         ASSERT_TRUE(notes.await(i)) << "though this thread does not sleep";
     }
 }
@@ -423,11 +368,7 @@ TEST_F(SingleServerTest, Oneway_WhenTheReceiverOfALoopIsDead_ThenTheNextCallThat
 TEST_F(SingleServerTest, DecStrong_WhenALoopsCallToTheObjectWaits_ThenTheCallRunsBeforeTheObjectGoes) {
     const BusyLoop loop;
     for (int32_t i = 0; i < 20; ++i) {
-        ndk::SpAIBinder made;
-        call(mService, MAKE, {}, [&](const AParcel* out) { ndk::AParcel_readRequiredStrongBinder(out, &made); });
-        ASSERT_TRUE(AIBinder_associateClass(made.get(), echoClass()));
-        ASSERT_EQ(STATUS_OK, note(made, i));
-        made = nullptr;
+        ASSERT_EQ(STATUS_OK, note(callForObject(mService, MAKE), i));
         ASSERT_EQ(STATUS_OK, echo(mService, 1)) << "or the session has ended";
     }
 }

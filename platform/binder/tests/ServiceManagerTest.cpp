@@ -163,11 +163,8 @@ TEST_F(ServiceManagerTest, CheckService_WhenOneProcessServesTwoNames_ThenOneSess
     Peer client("lend", "one");
     ASSERT_TRUE(client.isReady());
     const ndk::SpAIBinder lent = own->kept();
-    const auto open = [&](const char* name) {
-        return callForInt(lent, OPEN, [name](AParcel* in) { ndk::AParcel_writeString(in, std::string(name)); });
-    };
     ASSERT_EQ(STATUS_OK, keep(lent, object));
-    EXPECT_EQ(STATUS_OK, open("two"));
+    EXPECT_EQ(STATUS_OK, callForInt(lent, OPEN, [](AParcel* in) { ndk::AParcel_writeString(in, std::string("two")); }));
     EXPECT_EQ(object, own->kept()) << "it came home, through either name";
     own->keep(nullptr);
 }

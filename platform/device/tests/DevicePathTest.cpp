@@ -18,8 +18,6 @@ TEST(DevicePath, Path_WhenAFolderIsNamedOrNone_ThenBelowItOrItself) {
         {nullptr, "relative", "relative"},
         {nullptr, "", ""},
         {"", "/a/../b", "/a/../b"},
-        {"", "relative", "relative"},
-        {"", "", ""},
         {"/dev/folder", "/proc/devinfo/lcd", "/dev/folder/proc/devinfo/lcd"},
         {"/dev/folder", "/odm/etc/../etc/plugin_config.xml", "/dev/folder/odm/etc/plugin_config.xml"},
         {"/dev/folder", "//odm///lib.so", "/dev/folder/odm/lib.so"},

@@ -1,6 +1,5 @@
 #include <device/Recorder.h>
 
-#include <device/RuntimeFolder.h>
 #include <device/TraceFile.h>
 
 #include <gmock/gmock.h>
@@ -15,11 +14,13 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <memory>
 #include <random>
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #define ATRACE_TAG ATRACE_TAG_HAL
@@ -91,8 +92,7 @@ TEST_F(Recorder, Marks_WhenOfEachKind_ThenReadAsTheyWere) {
         const TraceMark& mark = trace.marks[i];
         EXPECT_EQ(std::tuple(mark.kind, mark.name, mark.value), expected[i]);
         EXPECT_EQ(mark.thread, gettid());
-        EXPECT_LE(previous, mark.time);
-        previous = mark.time;
+        EXPECT_LE(std::exchange(previous, mark.time), mark.time);
     }
     EXPECT_NEAR(static_cast<double>(trace.startWallTime), static_cast<double>(time(nullptr)) * 1e9, 10e9);
     EXPECT_EQ(trace.program, "test");
@@ -118,15 +118,14 @@ TEST_F(Recorder, Names_WhenLongOrOfOtherBytes_ThenCutAndMadePrintable) {
 TEST_F(Recorder, OpenSections_WhenAMillionOthersCameAndWent_ThenStillListed) {
     ASSERT_TRUE(device::startRecorder("test"));
     ATRACE_ASYNC_BEGIN("request #1", 1);
-    test::Event entered, leave;
+    test::Event entered;
+    std::promise<void> leave;  // As late as the machine is slow.
     std::thread inside([&] {
         pthread_setname_np(pthread_self(), "inside");
-        ATRACE_BEGIN("outer");
-        ATRACE_BEGIN("inner");
+        for (const char* each : {"outer", "inner"}) ATRACE_BEGIN(each);
         entered.signal();
-        EXPECT_TRUE(leave.await());
-        ATRACE_END();
-        ATRACE_END();
+        leave.get_future().wait();
+        for (int i = 0; i < 2; ++i) ATRACE_END();
     });
     ASSERT_TRUE(entered.await());
     for (int i = 0; i < 1'000'000; ++i) {
@@ -141,7 +140,7 @@ TEST_F(Recorder, OpenSections_WhenAMillionOthersCameAndWent_ThenStillListed) {
     EXPECT_GT(trace.marks.size(), 30'000u);
     EXPECT_LE(trace.marks.size(), 32'768u);
     EXPECT_EQ(trace.unplaced, 0u);
-    leave.signal();
+    leave.set_value();
     inside.join();
     ATRACE_ASYNC_END("request #1", 1);
     EXPECT_THAT(read().open, IsEmpty());
@@ -180,21 +179,20 @@ TEST_F(Recorder, Marks_WhenManyThreadsWriteAndOneReads_ThenEachIsWholeAndInOrder
     constexpr int READS = 3;
     ASSERT_TRUE(device::startRecorder("test"));
     std::atomic<bool> isOver = false;
+    const auto nameOf = [](int64_t value) {
+        return std::string(static_cast<size_t>(1 + value % 72), static_cast<char>('a' + value % 26));
+    };
     const auto write = [&](size_t thread) {
-        for (int64_t i = 0; !isOver; ++i) {
-            const int64_t value = static_cast<int64_t>(thread) * COUNT + i;
-            const std::string name(static_cast<size_t>(1 + value % 72), static_cast<char>('a' + value % 26));
-            ATRACE_INT64(name.c_str(), value);
+        for (auto value = static_cast<int64_t>(thread) * COUNT; !isOver; ++value) {
+            ATRACE_INT64(nameOf(value).c_str(), value);
         }
     };
     const auto check = [&](const Trace& trace) {
         std::map<int32_t, int64_t> latest;
         for (const TraceMark& mark : trace.marks) {
-            ASSERT_EQ(mark.name,
-                      std::string(static_cast<size_t>(1 + mark.value % 72), static_cast<char>('a' + mark.value % 26)));
-            const auto [at, isFirst] = latest.emplace(mark.thread, -1);
-            ASSERT_LT(at->second, mark.value);
-            at->second = mark.value;
+            ASSERT_EQ(mark.name, nameOf(mark.value));
+            ASSERT_LT(latest.emplace(mark.thread, -1).first->second, mark.value);
+            latest[mark.thread] = mark.value;
         }
     };
     test::inThreads(THREADS + 1, [&](size_t thread) {
@@ -232,8 +230,7 @@ TEST_F(Recorder, Process_WhenStoppedOrKilled_ThenItsFileIsReadAndTheNextStartKee
         ATRACE_ASYNC_BEGIN("request #1", 1);
         raise(SIGSTOP);
     });
-    int status = 0;
-    ASSERT_EQ(waitpid(process.pid(), &status, WUNTRACED), process.pid());
+    ASSERT_EQ(waitpid(process.pid(), nullptr, WUNTRACED), process.pid());
     const Trace stopped = read();
     EXPECT_TRUE(stopped.isAlive);
     EXPECT_EQ(stopped.pid, process.pid());
@@ -324,10 +321,7 @@ protected:
         std::ifstream(mPath, std::ios::binary).read(mBytes.data(), static_cast<std::streamsize>(mBytes.size()));
         ASSERT_GT(mBytes.size(), 3'000'000u);
     }
-    void write(const std::string& bytes) const {
-        std::ofstream(mPath, std::ios::binary | std::ios::trunc)
-            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    }
+    void write(const std::string& bytes) const { std::ofstream(mPath, std::ios::binary) << bytes; }
 
     const std::filesystem::path mPath = file("trace@test");
     std::string mBytes;
