@@ -238,20 +238,4 @@ TEST_F(ComponentTest, Destruction_WhenEverythingIsSet_ThenModulesGoFirstAndTheTi
     EXPECT_EQ(calls, (std::vector<std::string>{"~module", "~registrants", "~ticket"}));
 }
 
-struct FakeProxy : Object {
-    FakeProxy(int32_t proxyId, const sp<HandlerThread>& proxyThread) : id(proxyId), thread(proxyThread) {}
-    const int32_t id;
-    const sp<HandlerThread> thread;
-};
-
-TEST_F(ComponentTest, CreateDedicateProxy_WhenCalledTwice_ThenEachHasAStartedThreadAndTheLastIsTheInstance) {
-    const sp<FakeProxy> first = SubsysComponent::createDedicateProxy<FakeProxy>(0);
-    const sp<FakeProxy> second = SubsysComponent::createDedicateProxy<FakeProxy>(5);
-    EXPECT_NE(first, second);
-    EXPECT_NE(first->thread, second->thread);
-    EXPECT_TRUE(first->thread->getLooper());
-    EXPECT_EQ(second->id, 5);
-    EXPECT_EQ(ComponentSingleton<FakeProxy>::sInstance, second);
-}
-
 }  // namespace
