@@ -111,20 +111,16 @@ TEST_F(ComponentManagerTest, Find_WhenSeveralMatch_ThenTheFirstRegistered) {
     const sp<Component> first = make("first", 7);
     const sp<Component> second = make("second", 7);
     second->setInstanceId(1);
-    for (const sp<Component>& component : {sp<Component>(), first, second}) manager.add(component);
-    EXPECT_EQ(manager.find(7), first);
-    EXPECT_EQ(manager.find(7, 1), second);
-    EXPECT_EQ(manager.find(7, 2), nullptr);
-    EXPECT_EQ(manager.find(8), nullptr);
-}
-
-TEST_F(ComponentManagerTest, GetComponent_WhenRegisteredLater_ThenFoundThenAndNullBefore) {
-    EXPECT_EQ(getComponent<RecordingComponent>(20), nullptr);
-    const sp<Component> component = make("rf", 20);
-    ComponentManager::getInstance()->add(component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20), component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20, 0), component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20, 1), nullptr);
+    EXPECT_EQ(getComponent<RecordingComponent>(7), nullptr);
+    for (const sp<Component>& component : {sp<Component>(), first, second}) {
+        ComponentManager::getInstance()->add(component);
+    }
+    EXPECT_EQ(ComponentManager::getInstance()->find(7), first);
+    EXPECT_EQ(ComponentManager::getInstance()->find(8), nullptr);
+    EXPECT_EQ(getComponent<RecordingComponent>(7), first);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 0), first);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 1), second);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 2), nullptr);
 }
 
 }  // namespace

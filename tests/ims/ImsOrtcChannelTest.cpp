@@ -126,18 +126,7 @@ TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenNullAndThreeClientsCome_ThenTwoFi
     EXPECT_EQ(third->calls.count(), 0U);
 }
 
-TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenASlotHoldsADeadClient_ThenTheNextTakesItOver) {
-    const auto dead = this->deadClient();
-    this->mChannel->setCallback(dead);
-    this->mLog.clear();
-    const auto next = this->addClient();
-    EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(0)}));
-    EXPECT_EQ(dead.use_count(), 1);
-    TypeParam::deliver(*this->mChannel);
-    EXPECT_EQ(next->calls.count(), 1U);
-}
-
-TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenSlotsAreFreeDeadOrLive_ThenTheLiveOneAloneStays) {
+TYPED_TEST(ImsOrtcChannelTest, Slots_WhenFreeDeadOrLive_ThenADeathOrTheNextClientClearsAllButTheLiveOne) {
     const auto dead = this->deadClient();
     this->mChannel->setCallback(dead);
     this->mLog.clear();
@@ -149,8 +138,14 @@ TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenSlotsAreFreeDeadOrLive_ThenTheL
     this->mLog.clear();
     this->reportDeath();
     EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->freed(1)}));
+    this->mChannel->setCallback(dead);
+    this->mLog.clear();
+    const auto next = this->addClient();
+    EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(1)}));
+    EXPECT_EQ(dead.use_count(), 1);
     TypeParam::deliver(*this->mChannel);
     EXPECT_EQ(live->calls.count(), 1U);
+    EXPECT_EQ(next->calls.count(), 1U);
 }
 
 TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenARegistrationIsUnderWay_ThenOnlyTheIndicationChannelWaits) {

@@ -264,7 +264,8 @@ TEST_F(IccProxyTest, Events_WhenTheyComeDuringCallsLongOrShort_ThenNothingIsLost
 TEST_F(IccProxyTest, Proxy_WhenReplaced_ThenFirstStaysAndSecondFindsNoPlugin) {
     Recorder<IccStateInfoType> records;
     listen(&IccProxy::registerIccStateInd, records);
-    const sp<IccProxy> second = hal::SubsysComponent::createDedicateProxy<IccProxy>(0);
+    const sp<IccProxy> second = hal::SubsysComponent::createDedicateProxy<IccProxy>(5);
+    EXPECT_TRUE(mLog.has(TAG, "new IccProxy 5", ANDROID_LOG_DEBUG));
     EXPECT_EQ(hal::ComponentSingleton<IccProxy>::sInstance, second);
     EXPECT_NE(runOn(mProxy, std::this_thread::get_id), runOn(second, std::this_thread::get_id));
     EXPECT_EQ(ask([&](const auto& message) { second->sendIccCmd(1004, {}, 0, message); }).bytes(), Bytes{0});

@@ -97,13 +97,20 @@ TEST_F(SubsysServiceTest, Requests_WhenNoComponentExists_ThenEachReachesItsHandl
     EXPECT_EQ(client.response->responses.count(), 0u);
 }
 
-TEST_F(SubsysServiceTest, SetCallback_WhenAClientConnects_ThenItIsToldTheStateAndRfConnects) {
+TEST_F(SubsysServiceTest, SetCallback_WhenAClientConnects_ThenItIsToldTheStateAndRfConnectsAsForOtherWaysToConnect) {
     log.clear();
     connect(client);
     EXPECT_EQ(log.lines().at(0), (LogLine{ANDROID_LOG_DEBUG, "SubsysService", "SubsysService::setCallbacks"}));
     EXPECT_EQ(client.indication->indications.all(), (std::vector<test::Indication>{{"sendSubsysStateChanged", true}}));
     clock.advance(200);
     EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter"));
+    service->onHidlClientDisconnected();
+    clock.advance(500);
+    looper.drain();
+    EXPECT_EQ(log.count("RfSubsysService", "onSubsysConnected enter"), 1u);
+    service->onHidlClientConnected();
+    clock.advance(200);
+    EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter", 2));
 }
 
 TEST_F(SubsysServiceTest, SetCallback_WhenResponseIsNull_ThenClientStillCountsAsConnected) {
@@ -117,11 +124,15 @@ TEST_F(SubsysServiceTest, SetCallback_WhenResponseIsNull_ThenClientStillCountsAs
     EXPECT_EQ(client.response->responses.count(), 0u);
 }
 
-TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItIsForgottenAndTheNextIsToldAgain) {
+TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItAloneIsForgottenAndTheNextIsToldAgain) {
+    const auto ims = ndk::SharedRefBase::make<test::ImsResponseClient>();
     connect(client);
     log.clear();
+    EXPECT_TRUE(service->setImsOrtcCallback(ims, nullptr).isOk());
+    EXPECT_TRUE(log.lines("SubsysServiceStateTracker").empty());
     service->serviceDied();
-    EXPECT_EQ(log.texts("SubsysService"), (Texts{"SubsysService::serviceDied: Client died. Cleaning up callbacks",
+    EXPECT_EQ(log.texts("SubsysService"), (Texts{"SubsysService::setImsOrtcCallback",
+                                                 "SubsysService::serviceDied: Client died. Cleaning up callbacks",
                                                  "SubsysService::clearCallbacks"}));
     (void)service->killProcess(1, 0, "");
     const Client next;
@@ -129,16 +140,8 @@ TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItIsForgottenA
     EXPECT_EQ(client.response->responses.count(), 0u);
     EXPECT_EQ(client.indication->indications.count(), 1u);
     EXPECT_EQ(next.indication->indications.count(), 1u);
-}
-
-TEST_F(SubsysServiceTest, HidlClient_WhenItConnectsByAnotherWay_ThenOnlyAConnectionIsScheduled) {
-    service->onHidlClientDisconnected();
-    clock.advance(500);
-    looper.drain();
-    EXPECT_FALSE(log.has("RfSubsysService", "onSubsysConnected enter"));
-    service->onHidlClientConnected();
-    clock.advance(200);
-    EXPECT_TRUE(log.await("RfSubsysService", "onSubsysConnected enter"));
+    (void)ImsOrtcServiceResponse::getInstance()->setCallInfoResponse(9, SUBSYS_Errno::SUCCESS);
+    EXPECT_EQ(ims->calls.count(), 1u);
 }
 
 TEST_F(SubsysServiceTest, Dump_WhenClientsAndComponentsAreThere_ThenALineForEach) {
@@ -170,18 +173,6 @@ TEST_F(SubsysServiceTest, KillProcess_WhenRefusedOrDone_ThenAnswered2Or0) {
     EXPECT_EQ(client.response->responses.all(),
               (std::vector<test::Response>{{"killProcessResponse", {0, 1, SUBSYS_Errno::GENERIC_FAILURE}},
                                            {"killProcessResponse", {0, 2, SUBSYS_Errno::SUCCESS}}}));
-}
-
-TEST_F(SubsysServiceTest, ServiceDied_WhenAnImsClientIsRegistered_ThenThatOneIsKept) {
-    const auto ims = ndk::SharedRefBase::make<test::ImsResponseClient>();
-    looper.drain();
-    log.clear();
-    EXPECT_TRUE(service->setImsOrtcCallback(ims, nullptr).isOk());
-    EXPECT_EQ(log.texts("SubsysService"), Texts{"SubsysService::setImsOrtcCallback"});
-    EXPECT_TRUE(log.lines("SubsysServiceStateTracker").empty());
-    service->serviceDied();
-    (void)ImsOrtcServiceResponse::getInstance()->setCallInfoResponse(9, SUBSYS_Errno::SUCCESS);
-    EXPECT_EQ(ims->calls.count(), 1u);
 }
 
 }  // namespace
