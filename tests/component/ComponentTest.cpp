@@ -61,9 +61,9 @@ public:
     using Obituary::Obituary;
     void onInit() override {
         mCalls.push_back(mName + std::to_string(mInstanceId));
-        if (onInitAction) onInitAction();
+        onInitAction();
     }
-    std::function<void()> onInitAction;
+    std::function<void()> onInitAction = [] {};
 };
 
 class ComponentTest : public testing::Test {

@@ -11,12 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <utility>
-#include <vector>
 
 using namespace test::interface;
 
@@ -57,18 +55,9 @@ protected:
     ~SubsysServiceSuccessionTest() override {
         looper.run([&] { service.reset(); });
     }
-    // The service logs on several threads.
+    // The successor comes once. The service logs on several threads.
     void at(const std::string& when) {
-        std::unique_lock guard(lock);
-        if (when != moment) return;
-        const auto once = std::exchange(action, [] {});
-        guard.unlock();
-        once();
-    }
-    void doAt(const std::string& when, const std::function<void()>& what) {
-        const std::lock_guard guard(lock);
-        moment = when;
-        action = what;
+        if (isDue && when == moment && isDue.exchange(false)) connectSuccessor();
     }
     void connectSuccessor() { EXPECT_TRUE(service->setCallback(successor, successorsIndication).isOk()); }
     // A message may post another one.
@@ -85,9 +74,8 @@ protected:
 
     const test::NamesFolder names;
     test::ClientProcess<test::SubsysResponseClient> client{"first"};
-    std::mutex lock;  // guards the two below
-    std::string moment;
-    std::function<void()> action = [] {};
+    std::string moment;  // of the successor; set before it is due
+    std::atomic<bool> isDue{false};
     const test::LogCapture log{[this](const std::string& text) { at(text); }};
     test::LooperThread looper;
     std::shared_ptr<SubsysService> service = looper.run([] { return ndk::SharedRefBase::make<SubsysService>(); });
@@ -104,7 +92,8 @@ TEST_P(SubsysServiceSuccessionTest, ClientDeath_WhenASuccessorComesMeanwhile_The
     drain();
     looper.run([&] {  // The death is told while nothing is handled.
         (void)service->setCallback(dead, deadsIndication);
-        doAt(GetParam(), [&] { connectSuccessor(); });
+        moment = GetParam();
+        isDue = true;
         dead->whenAsked = [&] { at(""); };
     });
     expectSuccessorIsServed();
