@@ -61,23 +61,16 @@ protected:
     }
 };
 
-TEST_F(ComponentManagerTest, Init_WhenSeveralComponents_ThenThreePassesInOrderOfRegistration) {
+TEST_F(ComponentManagerTest, Init_WhenSeveralAreAdded_ThenThreePassesInOrderAndALateOneIsOnlyFound) {
     const sp<Component> preset = make("preset");
+    const sp<RecordingComponent> first = new RecordingComponent("first", calls);
+    first->atInit = [&] { manager.add(make("late", 8)); };
     preset->setInstanceId(5);
-    manager.add(make("first"));
-    manager.add(nullptr);
-    manager.add(preset);
-    manager.add(preset);
+    for (const sp<Component>& component : {sp<Component>(first), sp<Component>(), preset, preset}) {
+        manager.add(component);
+    }
     init(2);
     EXPECT_EQ(calls, (Calls{"first.init 2", "preset.init 5", "first.postInit 0", "preset.postInit 0"}));
-}
-
-TEST_F(ComponentManagerTest, Init_WhenAComponentAddsAnother_ThenThatIsFoundButNotStarted) {
-    const sp<RecordingComponent> early = new RecordingComponent("early", calls);
-    early->atInit = [&] { manager.add(make("late", 8)); };
-    manager.add(early);
-    init(2);
-    EXPECT_EQ(calls, (Calls{"early.init 2", "early.postInit 0"}));
     EXPECT_TRUE(manager.find(8));
 }
 
@@ -118,22 +111,16 @@ TEST_F(ComponentManagerTest, Find_WhenSeveralMatch_ThenTheFirstRegistered) {
     const sp<Component> first = make("first", 7);
     const sp<Component> second = make("second", 7);
     second->setInstanceId(1);
-    manager.add(nullptr);
-    manager.add(first);
-    manager.add(second);
-    EXPECT_EQ(manager.find(7), first);
-    EXPECT_EQ(manager.find(7, 1), second);
-    EXPECT_EQ(manager.find(7, 2), nullptr);
-    EXPECT_EQ(manager.find(8), nullptr);
-}
-
-TEST_F(ComponentManagerTest, GetComponent_WhenRegisteredLater_ThenFoundThenAndNullBefore) {
-    EXPECT_EQ(getComponent<RecordingComponent>(20), nullptr);
-    const sp<Component> component = make("rf", 20);
-    ComponentManager::getInstance()->add(component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20), component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20, 0), component);
-    EXPECT_EQ(getComponent<RecordingComponent>(20, 1), nullptr);
+    EXPECT_EQ(getComponent<RecordingComponent>(7), nullptr);
+    for (const sp<Component>& component : {sp<Component>(), first, second}) {
+        ComponentManager::getInstance()->add(component);
+    }
+    EXPECT_EQ(ComponentManager::getInstance()->find(7), first);
+    EXPECT_EQ(ComponentManager::getInstance()->find(8), nullptr);
+    EXPECT_EQ(getComponent<RecordingComponent>(7), first);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 0), first);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 1), second);
+    EXPECT_EQ(getComponent<RecordingComponent>(7, 2), nullptr);
 }
 
 }  // namespace

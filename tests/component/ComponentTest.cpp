@@ -61,9 +61,9 @@ public:
     using Obituary::Obituary;
     void onInit() override {
         mCalls.push_back(mName + std::to_string(mInstanceId));
-        if (onInitAction) onInitAction();
+        onInitAction();
     }
-    std::function<void()> onInitAction;
+    std::function<void()> onInitAction = [] {};
 };
 
 class ComponentTest : public testing::Test {
@@ -81,7 +81,9 @@ protected:
         EXPECT_TRUE(handler->replies.await());
         looper.drain();
         EXPECT_EQ(handler->replies.count(), 1u);
-        return handler->replies.all().front();
+        const ReplyHandler::Reply got = handler->replies.all().front();
+        handler->replies.clear();
+        return got;
     }
 };
 
@@ -126,67 +128,40 @@ TEST_F(ComponentTest, ProxyState_WhenComponentVotes_ThenTicketFollowsTheState) {
                   {ANDROID_LOG_DEBUG, "Component", "handleProxyStateChanged update tick for type 42 state is 0"}}));
 }
 
-// One row for each type of value: how it is sent by either class, and whether it arrived in its box.
-struct BoxingCase {
-    std::function<void(const sp<Message>&, int32_t)> send;
-    std::function<void(const sp<Message>&, SUBSYS_Errno)> sendErrno;
-    std::function<bool(const sp<Object>&)> isExpected;
-};
-
-template <typename... Value>
-BoxingCase boxing(std::function<bool(const sp<Object>&)> isExpected, Value... value) {
-    return {
-        [=](const sp<Message>& reply, int32_t error) { Component::sendResponse(reply, error, value...); },
-        [=](const sp<Message>& reply, SUBSYS_Errno error) { SubsysComponent::sendResponse(reply, error, value...); },
-        std::move(isExpected)};
-}
-
 template <typename Box, typename Expected>
 auto holds(Expected expected) {
     return [=](const sp<Object>& object) { return object && static_cast<const Box&>(*object).value() == expected; };
 }
 
-std::vector<BoxingCase> boxingCases() {
-    static const sp<Object> sObject = new Object();
-    static char sText[] = "text";
-    static unsigned char sBytes[] = {0, 255, 3};
-    static int sIntegers[] = {-1, 7};
-    return {
-        boxing([](const sp<Object>& object) { return object == sObject; }, sObject),
-        boxing(holds<Byte>(0xFF), uint8_t{0xFF}),
-        boxing(holds<Short>(0xFFFF), uint16_t{0xFFFF}),
-        boxing(holds<Integer>(-1), uint32_t{0xFFFFFFFF}),
-        boxing(holds<Long>(int64_t{-1}), uint64_t{0xFFFFFFFFFFFFFFFF}),
-        boxing(holds<String>(std::string("text")), &sText[0]),
-        boxing(holds<ByteArray>(std::vector<uint8_t>{0, 255, 3}), &sBytes[0], 3u),
-        boxing(
-            [](const sp<Object>& object) {
-                const auto& array = static_cast<const IntegerArray&>(*object);
-                return std::equal(array.data(), array.data() + array.size(), std::begin(sIntegers),
-                                  std::end(sIntegers));
-            },
-            &sIntegers[0], 2u),
-    };
-}
-
 TEST_F(ComponentTest, SendResponse_WhenWithValue_ThenItTravelsAlwaysOrForASubsysComponentOnlyWithSuccess) {
-    for (const BoxingCase& row : boxingCases()) {
-        handler->replies.clear();
-        row.send(reply(), -7);
-        const ReplyHandler::Reply got = onlyReply();
-        EXPECT_EQ(got.error, -7);
-        EXPECT_TRUE(row.isExpected(got.value));
-
-        handler->replies.clear();
-        row.sendErrno(reply(), SUBSYS_Errno::SUCCESS);
-        EXPECT_TRUE(row.isExpected(onlyReply().value));
-
-        handler->replies.clear();
-        row.sendErrno(reply(), SUBSYS_Errno(11));
+    const auto check = [this](auto isExpected, auto... value) {
+        Component::sendResponse(reply(), -7, value...);
+        const ReplyHandler::Reply sent = onlyReply();
+        EXPECT_EQ(sent.error, -7);
+        EXPECT_TRUE(isExpected(sent.value));
+        SubsysComponent::sendResponse(reply(), SUBSYS_Errno::SUCCESS, value...);
+        EXPECT_TRUE(isExpected(onlyReply().value));
+        SubsysComponent::sendResponse(reply(), SUBSYS_Errno(11), value...);
         const ReplyHandler::Reply failed = onlyReply();
         EXPECT_EQ(failed.error, 11);
         EXPECT_EQ(failed.value, before);
-    }
+    };
+    const sp<Object> object = new Object();
+    char text[] = "text";
+    unsigned char bytes[] = {0, 255, 3};
+    int integers[] = {-1, 7};
+    check([&](const sp<Object>& got) { return got == object; }, object);
+    check(holds<Byte>(0xFF), uint8_t{0xFF});
+    check(holds<Short>(0xFFFF), uint16_t{0xFFFF});
+    check(holds<Integer>(-1), uint32_t{0xFFFFFFFF});
+    check(holds<Long>(int64_t{-1}), uint64_t{0xFFFFFFFFFFFFFFFF});
+    check(holds<String>(std::string("text")), &text[0]);
+    check(holds<ByteArray>(std::vector<uint8_t>{0, 255, 3}), &bytes[0], 3u);
+    const auto holdsIntegers = [&](const sp<Object>& got) {
+        const auto& array = static_cast<const IntegerArray&>(*got);
+        return std::equal(array.data(), array.data() + array.size(), std::begin(integers), std::end(integers));
+    };
+    check(holdsIntegers, &integers[0], 2u);
 }
 
 TEST_F(ComponentTest, SendResponse_WhenWithoutValue_ThenObjectIsLeftAsItWas) {
@@ -236,22 +211,6 @@ TEST_F(ComponentTest, Destruction_WhenEverythingIsSet_ThenModulesGoFirstAndTheTi
     component->mModuleManager->addModule(new RecordingModule("module", calls));
     component.clear();
     EXPECT_EQ(calls, (std::vector<std::string>{"~module", "~registrants", "~ticket"}));
-}
-
-struct FakeProxy : Object {
-    FakeProxy(int32_t proxyId, const sp<HandlerThread>& proxyThread) : id(proxyId), thread(proxyThread) {}
-    const int32_t id;
-    const sp<HandlerThread> thread;
-};
-
-TEST_F(ComponentTest, CreateDedicateProxy_WhenCalledTwice_ThenEachHasAStartedThreadAndTheLastIsTheInstance) {
-    const sp<FakeProxy> first = SubsysComponent::createDedicateProxy<FakeProxy>(0);
-    const sp<FakeProxy> second = SubsysComponent::createDedicateProxy<FakeProxy>(5);
-    EXPECT_NE(first, second);
-    EXPECT_NE(first->thread, second->thread);
-    EXPECT_TRUE(first->thread->getLooper());
-    EXPECT_EQ(second->id, 5);
-    EXPECT_EQ(ComponentSingleton<FakeProxy>::sInstance, second);
 }
 
 }  // namespace

@@ -108,14 +108,10 @@ TYPED_TEST_SUITE(ImsOrtcChannelTest, Kinds);
 
 using Lines = std::vector<LogLine>;
 
-TYPED_TEST(ImsOrtcChannelTest, GetInstance_WhenFirstCalled_ThenMakesTwoHoldersAndAfterwardsGivesTheSame) {
+TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenNullAndThreeClientsCome_ThenTwoFillTheSlotsAndTheOthersAreIgnored) {
     const LogLine created{ANDROID_LOG_DEBUG, TypeParam::HOLDER_TAG, TypeParam::HOLDER_NAME};
     EXPECT_EQ(this->takeLines(), (Lines{created, created}));
     EXPECT_EQ(TypeParam::Channel::getInstance(), this->mChannel);
-}
-
-TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenNullAndThreeClientsCome_ThenTwoFillTheSlotsAndTheOthersAreIgnored) {
-    this->mLog.clear();
     const auto first = this->addClient();
     EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(0)}));
     this->mChannel->setCallback(nullptr);
@@ -124,49 +120,32 @@ TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenNullAndThreeClientsCome_ThenTwoFi
     EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(1)}));
     const auto third = this->addClient();
     EXPECT_EQ(this->takeLines(), Lines{});
-    TypeParam::deliver(*this->mChannel);
-    EXPECT_EQ(first->calls.count(), 1U);
-    EXPECT_EQ(second->calls.count(), 1U);
+    for (int i = 0; i < 2; ++i) TypeParam::deliver(*this->mChannel);  // Each call fails.
+    EXPECT_EQ(first->calls.count(), 2U);
+    EXPECT_EQ(second->calls.count(), 2U);
     EXPECT_EQ(third->calls.count(), 0U);
 }
 
-TYPED_TEST(ImsOrtcChannelTest, SetCallback_WhenASlotHoldsADeadClient_ThenTheNextTakesItOver) {
-    const auto dead = this->deadClient();
-    this->mChannel->setCallback(dead);
-    this->mLog.clear();
-    const auto next = this->addClient();
-    EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(0)}));
-    EXPECT_EQ(dead.use_count(), 1);
-    TypeParam::deliver(*this->mChannel);
-    EXPECT_EQ(next->calls.count(), 1U);
-}
-
-TYPED_TEST(ImsOrtcChannelTest, Deliver_WhenAClientIsDeadOrFails_ThenTheOtherIsServed) {
-    this->mChannel->setCallback(this->deadClient());
-    const auto live = this->addClient();
-    TypeParam::deliver(*this->mChannel);
-    TypeParam::deliver(*this->mChannel);
-    EXPECT_EQ(live->calls.count(), 2U);
-}
-
-TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenOneSlotIsFree_ThenBothAreCleared) {
+TYPED_TEST(ImsOrtcChannelTest, Slots_WhenFreeDeadOrLive_ThenADeathOrTheNextClientClearsAllButTheLiveOne) {
     const auto dead = this->deadClient();
     this->mChannel->setCallback(dead);
     this->mLog.clear();
     this->reportDeath();
     EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->freed(0), this->cbIsDead(), this->freed(1)}));
     EXPECT_EQ(dead.use_count(), 1);
-}
-
-TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenAClientLives_ThenItStays) {
-    const auto dead = this->deadClient();
     const auto live = this->addClient();
     this->mChannel->setCallback(dead);
     this->mLog.clear();
     this->reportDeath();
     EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->freed(1)}));
+    this->mChannel->setCallback(dead);
+    this->mLog.clear();
+    const auto next = this->addClient();
+    EXPECT_EQ(this->takeLines(), (Lines{this->cbIsDead(), this->set(1)}));
+    EXPECT_EQ(dead.use_count(), 1);
     TypeParam::deliver(*this->mChannel);
     EXPECT_EQ(live->calls.count(), 1U);
+    EXPECT_EQ(next->calls.count(), 1U);
 }
 
 TYPED_TEST(ImsOrtcChannelTest, OnClientDeath_WhenARegistrationIsUnderWay_ThenOnlyTheIndicationChannelWaits) {

@@ -24,66 +24,46 @@ protected:
         ImsOrtcServiceResponse::getInstance()->setCallback(client.callback<IImsOrtcResponse>());
         ImsOrtcServiceIndication::getInstance()->setCallback(client.callback<IImsOrtcIndication>());
     }
-    // The channels and a second client in this process; from here on the test has threads.
-    void start() {
+    // The channels and a second client in this process.
+    ImsOrtcClientDeathTest() {
         ABinderProcess_startThreadPool();  // deaths are told on its threads
-        mLog = std::make_unique<test::LogCapture>();
-        mLooper = std::make_unique<test::LooperThread>();
-        mLooper->run([] {
+        mLooper.run([] {
             (void)ImsOrtcServiceResponse::getInstance();
             (void)ImsOrtcServiceIndication::getInstance();
         });
         registerAtChannels(mClient);
         ImsOrtcServiceResponse::getInstance()->setCallback(mResponses);
         ImsOrtcServiceIndication::getInstance()->setCallback(mIndications);
-        mLog->clear();
-    }
-    [[nodiscard]] bool awaitFreed() const {
-        return mLog->await("ImsOrtcServiceResponse", "client death:0") &&
-               mLog->await("ImsOrtcServiceIndication", "client death:0");
+        mLog.clear();
     }
 
     const test::NamesFolder mNames;
     Client mClient{"first"};
     Client mSuccessor{"successor"};
-    std::unique_ptr<test::LogCapture> mLog;
-    std::unique_ptr<test::LooperThread> mLooper;
+    test::LogCapture mLog;
+    test::LooperThread mLooper;  // after the clients: they are made while the test has one thread
     const std::shared_ptr<test::ImsResponseClient> mResponses = SharedRefBase::make<test::ImsResponseClient>();
     const std::shared_ptr<test::ImsIndicationClient> mIndications = SharedRefBase::make<test::ImsIndicationClient>();
 };
 
-TEST_F(ImsOrtcClientDeathTest, Death_WhenOneOfTwoClientsDies_ThenItsSlotAloneIsFreedAndTakenOver) {
-    start();
-    mClient.kill();
-    ASSERT_TRUE(awaitFreed());
-    mLooper->drain();
-    EXPECT_EQ(mLog->count("ImsOrtcServiceResponseObj", "cb is dead"), 1U);
-    EXPECT_EQ(mLog->count("ImsOrtcServiceResponse", "client death:1"), 0U);
-    EXPECT_EQ(mLog->count("ImsOrtcServiceIndication", "client death:1"), 0U);
-    registerAtChannels(mSuccessor);
-    EXPECT_TRUE(mLog->has("ImsOrtcServiceResponse", "set cb:0", ANDROID_LOG_DEBUG));
-    EXPECT_TRUE(mLog->has("ImsOrtcServiceIndication", "set cb:0", ANDROID_LOG_DEBUG));
-}
-
 TEST_F(ImsOrtcClientDeathTest, Death_WhenItIsNotHandledYet_ThenTheSuccessorTakesTheSlotAndKeepsIt) {
-    start();
     const auto response = ImsOrtcServiceResponse::getInstance();
     test::Event go;
-    mLooper->handler()->obtainMessage(new mindroid::Runnable([&] { (void)go.await(); }))->sendToTarget();
+    mLooper.handler()->obtainMessage(new mindroid::Runnable([&] { (void)go.await(); }))->sendToTarget();
     // The looper is busy, so the slots hold the dead client until the successor comes.
     ASSERT_TRUE(mClient.killed<IImsOrtcResponse>());
     registerAtChannels(mSuccessor);
     go.signal();
-    mLooper->drain();
-    mLog->clear();
+    mLooper.drain();
+    mLog.clear();
     response->obtainMessage(0)->sendToTarget();
-    mLooper->drain();
-    EXPECT_EQ(mLog->lines("ImsOrtcServiceResponse").size(), 0U);
+    mLooper.drain();
+    EXPECT_EQ(mLog.lines("ImsOrtcServiceResponse").size(), 0U);
 }
 
-TEST_F(ImsOrtcClientDeathTest, Death_WhenItComesWhileEventsAreDelivered_ThenTheOtherClientMissesNothing) {
+TEST_F(ImsOrtcClientDeathTest,
+       Death_WhenItComesWhileEventsAreDelivered_ThenTheOtherClientMissesNothingAndTheSlotIsFreed) {
     constexpr size_t EVENTS = 2000;
-    start();
     std::thread death([&] {
         (void)mIndications->calls.await(EVENTS / 2);
         mClient.kill();
@@ -95,9 +75,18 @@ TEST_F(ImsOrtcClientDeathTest, Death_WhenItComesWhileEventsAreDelivered_ThenTheO
         (void)ImsOrtcServiceResponse::getInstance()->sendImsRtpDataResponse(1, SUBSYS_Errno::SUCCESS);
     }
     death.join();
-    EXPECT_TRUE(awaitFreed());
     EXPECT_EQ(mIndications->calls.count(), EVENTS);
     EXPECT_EQ(mResponses->calls.count(), EVENTS);
+    for (const char* tag : {"ImsOrtcServiceResponse", "ImsOrtcServiceIndication"}) {
+        EXPECT_TRUE(mLog.await(tag, "client death:0"));
+    }
+    mLooper.drain();
+    EXPECT_EQ(mLog.count("ImsOrtcServiceResponseObj", "cb is dead"), 1U);
+    registerAtChannels(mSuccessor);
+    for (const char* tag : {"ImsOrtcServiceResponse", "ImsOrtcServiceIndication"}) {
+        EXPECT_EQ(mLog.count(tag, "client death:1"), 0U);
+        EXPECT_TRUE(mLog.has(tag, "set cb:0", ANDROID_LOG_DEBUG));
+    }
 }
 
 }  // namespace

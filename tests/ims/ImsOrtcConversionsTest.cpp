@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <numeric>
 #include <string>
 
@@ -36,7 +35,7 @@ RecordBytes rtpRecord(size_t size, int32_t dataLen) {
     return record;
 }
 
-TEST(Pack, Record_WhenAllFits_ThenEachFieldStandsAtItsOffset) {
+TEST(Pack, Record_WhenTextsFit_ThenEachFieldStandsAtItsOffsetWithItsLowBits) {
     EXPECT_EQ(bytesOf(packCallInfo(CALL_INFO)), RecordBytes(924)
                                                     .put(0, 0x01020304, -2, 3, INT32_MAX)
                                                     .text(16, "one")
@@ -50,9 +49,6 @@ TEST(Pack, Record_WhenAllFits_ThenEachFieldStandsAtItsOffset) {
               RecordBytes(20).put(0, 1, -1, 0x01020304, INT32_MIN, 5));
     EXPECT_EQ(bytesOf(packImsRtpPubIpAddrInfo(ImsRtpPubIpAddrInfo{1, 2, 3, -4, 65535, INT32_MIN, "2001:db8::1"})),
               RecordBytes(88).put(0, 1, 2, 3, -4, 65535, INT32_MIN).text(24, "2001:db8::1"));
-}
-
-TEST(Pack, ImsRtpRedunSignalMsg_WhenIntegersAreWide_ThenTheirLowBitsAreKept) {
     EXPECT_EQ(bytesOf(packImsRtpRedunSignalMsg(ImsRtpRedunSignalMsg{0x1ff, -1, 0x100, 65'537, -2, "hello"})),
               RecordBytes(258).put(0, 0xffff, uint16_t{1}, uint16_t{0xfffe}).text(8, "hello"));
 }
@@ -68,51 +64,38 @@ TEST(Pack, ImsRtpDataInfo_WhenDataIsOfAnySize_ThenAllIsCopiedUpTo255BytesElseThe
     }
 }
 
-// One text field of a record: where it stands, how long it is, and the record that a text in it gives.
-struct TextField {
-    const char* name;
-    size_t offset;
-    size_t size;
-    std::function<Bytes(const std::string&)> pack;
-};
-
-template <typename Info, typename Pack>
-TextField textField(const char* name, size_t offset, size_t size, Info info, std::string Info::*text, Pack pack) {
-    return {name, offset, size, [=](const std::string& value) {
-                Info changed = info;
-                changed.*text = value;
-                return bytesOf(pack(changed));
-            }};
-}
-
 TEST(Pack, Text_WhenOfAnyLengthAndBytes_ThenItIsCopiedAsItIsWhereItIsShorterThanItsFieldElseTheFieldAloneStaysEmpty) {
-    const TextField fields[] = {
-        textField("text1", 16, 32, CALL_INFO, &CallInfo::text1, packCallInfo),
-        textField("text2", 48, 32, CALL_INFO, &CallInfo::text2, packCallInfo),
-        textField("text3", 80, 256, CALL_INFO, &CallInfo::text3, packCallInfo),
-        textField("text4", 336, 64, CALL_INFO, &CallInfo::text4, packCallInfo),
-        textField("text5", 400, 256, CALL_INFO, &CallInfo::text5, packCallInfo),
-        textField("text6", 656, 256, CALL_INFO, &CallInfo::text6, packCallInfo),
-        textField("ipAddr", 24, 64, ImsRtpPubIpAddrInfo(), &ImsRtpPubIpAddrInfo::ipAddr, packImsRtpPubIpAddrInfo),
-        textField("msg", 8, 250, ImsRtpRedunSignalMsg(), &ImsRtpRedunSignalMsg::msg, packImsRtpRedunSignalMsg)};
-    for (const auto& [name, offset, size, pack] : fields) {
-        SCOPED_TRACE(name);
+    const auto check = [](const auto& info, auto field, auto pack, size_t offset, size_t size) {
+        SCOPED_TRACE(offset);
+        const auto packed = [&](const std::string& text) {
+            auto changed = info;
+            changed.*field = text;
+            return bytesOf(pack(changed));
+        };
         // The record as with an empty text, and this one in its field.
-        const auto with = [at = static_cast<ptrdiff_t>(offset), record = pack("")](const std::string& text) {
-            Bytes changed = record;
-            std::copy(text.begin(), text.end(), changed.begin() + at);
+        const auto with = [&](const std::string& text) {
+            Bytes changed = packed("");
+            std::copy(text.begin(), text.end(), changed.begin() + static_cast<ptrdiff_t>(offset));
             return changed;
         };
         for (const size_t length : {size_t{0}, size_t{1}, size - 2, size - 1, size, size + 1, size_t{100'000}}) {
             const std::string text(length, 'x');
-            EXPECT_EQ(pack(text), with(length < size ? text : "")) << length;
+            EXPECT_EQ(packed(text), with(length < size ? text : "")) << length;
         }
         for (const auto& text : {std::string("a\0b", 3), std::string("\0\0", 2), std::string("\xff\xc3")}) {
-            EXPECT_EQ(pack(text), with(text));
+            EXPECT_EQ(packed(text), with(text));
         }
         // What counts is the length of the string, wherever its first NUL is.
-        EXPECT_EQ(pack("a" + std::string(size, '\0')), with(""));
-    }
+        EXPECT_EQ(packed("a" + std::string(size, '\0')), with(""));
+    };
+    check(CALL_INFO, &CallInfo::text1, packCallInfo, 16, 32);
+    check(CALL_INFO, &CallInfo::text2, packCallInfo, 48, 32);
+    check(CALL_INFO, &CallInfo::text3, packCallInfo, 80, 256);
+    check(CALL_INFO, &CallInfo::text4, packCallInfo, 336, 64);
+    check(CALL_INFO, &CallInfo::text5, packCallInfo, 400, 256);
+    check(CALL_INFO, &CallInfo::text6, packCallInfo, 656, 256);
+    check(ImsRtpPubIpAddrInfo(), &ImsRtpPubIpAddrInfo::ipAddr, packImsRtpPubIpAddrInfo, 24, 64);
+    check(ImsRtpRedunSignalMsg(), &ImsRtpRedunSignalMsg::msg, packImsRtpRedunSignalMsg, 8, 250);
 }
 
 // What a conversion makes of the record, in an interface record that was used before.

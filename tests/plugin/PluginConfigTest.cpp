@@ -57,9 +57,12 @@ TEST(LoadConfig, WhenItemsVary_ThenListsAsWritten) {
     }
 }
 
-TEST(LoadConfig, WhenLoaded_ThenLogsEachAttributeUntagged) {
+TEST(LoadConfig, WhenLoadedTwice_ThenLogsEachAttributeUntaggedAndAppends) {
+    const test::DeviceFolder device;
     const test::LogCapture log;
-    loadText(R"(<plugin_config><item name="A" path="/p"/></plugin_config>)");
+    device.write(CONFIG, R"(<plugin_config><item name="A" path="/p"/></plugin_config>)");
+    hal::PluginConfig config("not read");
+    EXPECT_EQ(load(config), (Pairs{{"A", "/p"}}));
     // The log gives its own default tag to a line that has none.
     std::vector<std::string> texts;
     for (const LogLine& line : log.lines()) {
@@ -67,6 +70,7 @@ TEST(LoadConfig, WhenLoaded_ThenLogsEachAttributeUntagged) {
     }
     EXPECT_EQ(texts, (std::vector<std::string>{"The file of plugin_config.xml is loaded.", "Get item name =A !\n",
                                                "configName =A !\n", "Get item path =/p !\n", "configPath =/p !\n"}));
+    EXPECT_EQ(load(config), (Pairs{{"A", "/p"}, {"A", "/p"}}));
 }
 
 TEST(LoadConfig, WhenThereIsNoReadableFile_ThenEmptyAndSilent) {
@@ -80,14 +84,6 @@ TEST(LoadConfig, WhenThereIsNoReadableFile_ThenEmptyAndSilent) {
     device.makeFifo(CONFIG);
     EXPECT_EQ(load(config), Pairs());
     EXPECT_EQ(log.lines(), std::vector<LogLine>());
-}
-
-TEST(LoadConfig, WhenCalledAgain_ThenAppends) {
-    const test::DeviceFolder device;
-    device.write(CONFIG, R"(<plugin_config><item name="A" path="/p"/></plugin_config>)");
-    hal::PluginConfig config("not read");
-    EXPECT_EQ(load(config), (Pairs{{"A", "/p"}}));
-    EXPECT_EQ(load(config), (Pairs{{"A", "/p"}, {"A", "/p"}}));
 }
 
 TEST(LoadConfig, WhenHostile_ThenEmptyOrPartial) {

@@ -1,15 +1,11 @@
 // A companion of the RF component as another vendor builds it: with classes of its own for what it delivers.
 #include "component/ComponentManager.h"
-#include "rf/VsComponent.h"
+#include "tests/rf/FakeVsComponent.h"
 
 namespace {
 
-using mindroid::Handler;
 using mindroid::Message;
-using mindroid::MessageCallback;
 using mindroid::Object;
-using mindroid::Registrant;
-using mindroid::RegistrantList;
 using mindroid::sp;
 
 struct Clat : Object {
@@ -35,31 +31,14 @@ struct RfIccInfo : Object {
     uint8_t brindle = 1;
 };
 
-class ForeignVsComponent : public hal::VsComponent {
+class ForeignVsComponent : public test::FakeVsComponent {
 public:
-    void registerClatStateInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
-                              const sp<Object>& obj) override {
-        mClat.add(new Registrant(handler, callback, obj));
-    }
-    void registerTxSharingInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
-                              const sp<Object>& obj) override {
-        mTxSharing.add(new Registrant(handler, callback, obj));
-    }
-    void registerIccEventInd(const sp<Handler>& handler, const sp<MessageCallback>& callback,
-                             const sp<Object>& obj) override {
-        mIccEvent.add(new Registrant(handler, callback, obj));
-    }
     void getRfIccInfo(const sp<Message>& message) override {
         sendResponse(message, hal::SUBSYS_Errno::SUCCESS, sp<Object>(new RfIccInfo()));
-        mClat.notify(new Clat());
-        mTxSharing.notify(new TxSharing());
-        mIccEvent.notify(new IccEvent());
+        clat.notify(new Clat());
+        txSharing.notify(new TxSharing());
+        iccEvent.notify(new IccEvent());
     }
-
-private:
-    RegistrantList mClat;
-    RegistrantList mTxSharing;
-    RegistrantList mIccEvent;
 };
 
 [[maybe_unused]] const bool sAdded = [] {

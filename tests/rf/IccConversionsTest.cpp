@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace {
@@ -27,37 +26,25 @@ TEST(FromRecord, WhenFieldsAreGiven_ThenEachIsCarriedInItsLayout) {
 }
 
 TEST(FromRecord, WhenCountVaries_ThenCutToTheRecordWithOneLine) {
-    const auto states = [](int64_t n) { return fromStateEvent({{}, 0, static_cast<uint8_t>(n), {}}).modeTypes.size(); };
-    const auto answers = [](int64_t n) {
-        return fromStateAnswer({{}, 0, static_cast<uint8_t>(n), {}}).modeValues.size();
-    };
-    const auto perceptions = [](int64_t n) {
-        return fromPerception({static_cast<uint32_t>(n), {}, {}}).percTypes.size();
-    };
-    const auto infos = [](int64_t n) { return fromInformation({5, {}, static_cast<uint32_t>(n)}).data.size(); };
-    const struct {
-        size_t (*deliver)(int64_t count);
-        int64_t count;
-        size_t delivered;
-        std::string line;
-    } cases[] = {
-        {states, 7, 7, ""},
-        {states, 8, 7, "mode count 8 out of range, taken as 7"},
-        {answers, 255, 7, "mode count 255 out of range, taken as 7"},
-        {perceptions, INT32_MIN, 0, "perception count -2147483648 out of range, taken as 0"},
-        {perceptions, 10, 10, ""},
-        {perceptions, 11, 10, "perception count 11 out of range, taken as 10"},
-        {infos, 256, 256, ""},
-        {infos, 257, 256, "information byte count 257 out of range, taken as 256"},
-        {infos, UINT32_MAX, 256, "information byte count 4294967295 out of range, taken as 256"},
-    };
-    for (const auto& [deliver, count, delivered, line] : cases) {
-        const test::LogCapture log;
-        EXPECT_EQ(deliver(count), delivered) << count;
-        std::vector<test::LogLine> expected;
-        if (!line.empty()) expected.push_back({ANDROID_LOG_ERROR, "RfSubsysService", line});
-        EXPECT_EQ(log.lines(), expected);
+    const test::LogCapture log;
+    EXPECT_EQ(fromStateEvent({{}, 0, 7, {}}).modeTypes.size(), 7U);
+    EXPECT_EQ(fromStateEvent({{}, 0, 8, {}}).modeTypes.size(), 7U);
+    EXPECT_EQ(fromStateAnswer({{}, 0, 255, {}}).modeValues.size(), 7U);
+    EXPECT_EQ(fromPerception({0x80000000, {}, {}}).percTypes.size(), 0U);
+    EXPECT_EQ(fromPerception({10, {}, {}}).percTypes.size(), 10U);
+    EXPECT_EQ(fromPerception({11, {}, {}}).percTypes.size(), 10U);
+    EXPECT_EQ(fromInformation({5, {}, 256}).data.size(), 256U);
+    EXPECT_EQ(fromInformation({5, {}, 257}).data.size(), 256U);
+    EXPECT_EQ(fromInformation({5, {}, UINT32_MAX}).data.size(), 256U);
+    std::vector<test::LogLine> expected;
+    for (const char* line :
+         {"mode count 8 out of range, taken as 7", "mode count 255 out of range, taken as 7",
+          "perception count -2147483648 out of range, taken as 0", "perception count 11 out of range, taken as 10",
+          "information byte count 257 out of range, taken as 256",
+          "information byte count 4294967295 out of range, taken as 256"}) {
+        expected.push_back({ANDROID_LOG_ERROR, "RfSubsysService", line});
     }
+    EXPECT_EQ(log.lines(), expected);
 }
 
 }  // namespace

@@ -23,32 +23,16 @@ static_assert(std::is_same_v<decltype(setScreenState), void(bool)>);
 static_assert(std::is_same_v<decltype(getIccState), spi_cmd_err_code_e(IccStateInfoType)>);
 static_assert(std::is_same_v<decltype(sendIccEventInd), void(uint32_t, uint8_t*, uint16_t)>);
 
-static_assert(offsetof(IccStateInfoType, iccState) == 0);
-static_assert(offsetof(IccStateInfoType, bypass) == 4);
-static_assert(offsetof(IccStateInfoType, modeNum) == 5);
-static_assert(offsetof(IccStateInfoType, modes) == 6);
-
-static_assert(offsetof(IccAclStatusRspMsgType, freq) == 0);
-static_assert(offsetof(IccAclStatusRspMsgType, ant) == 3);
-static_assert(offsetof(IccAclStatusRspMsgType, ui) == 4);
-static_assert(offsetof(IccAclStatusRspMsgType, gamma) == 8);
-
-static_assert(offsetof(IccDeviceErrType, devNum) == 0);
-static_assert(offsetof(IccDeviceErrType, id) == 1);
+static_assert(offsetof(IccStateInfoType, iccState) == 0 && offsetof(IccStateInfoType, bypass) == 4);
+static_assert(offsetof(IccStateInfoType, modeNum) == 5 && offsetof(IccStateInfoType, modes) == 6);
+static_assert(offsetof(IccAclStatusRspMsgType, freq) == 0 && offsetof(IccAclStatusRspMsgType, ant) == 3);
+static_assert(offsetof(IccAclStatusRspMsgType, ui) == 4 && offsetof(IccAclStatusRspMsgType, gamma) == 8);
+static_assert(offsetof(IccDeviceErrType, devNum) == 0 && offsetof(IccDeviceErrType, id) == 1);
 static_assert(offsetof(IccDeviceErrType, err) == 2);
-
-static_assert(offsetof(IccPercEntryType, value0) == 0);
-static_assert(offsetof(IccPercEntryType, value1) == 1);
+static_assert(offsetof(IccPercEntryType, value0) == 0 && offsetof(IccPercEntryType, value1) == 1);
 static_assert(offsetof(IccPercEntryType, value2) == 2);
-
-static_assert(offsetof(IccPercStateType, size) == 0);
-static_assert(offsetof(IccPercStateType, entries) == 4);
-
-static_assert(offsetof(IccCoexAntType, tech) == 0);
-static_assert(offsetof(IccCoexAntType, chain) == 1);
-static_assert(offsetof(IccCoexAntType, state) == 2);
-static_assert(offsetof(IccCoexAntType, config) == 3);
-
-static_assert(offsetof(IccIndInfoType, type) == 0);
-static_assert(offsetof(IccIndInfoType, data) == 4);
+static_assert(offsetof(IccPercStateType, size) == 0 && offsetof(IccPercStateType, entries) == 4);
+static_assert(offsetof(IccCoexAntType, tech) == 0 && offsetof(IccCoexAntType, chain) == 1);
+static_assert(offsetof(IccCoexAntType, state) == 2 && offsetof(IccCoexAntType, config) == 3);
+static_assert(offsetof(IccIndInfoType, type) == 0 && offsetof(IccIndInfoType, data) == 4);
 static_assert(offsetof(IccIndInfoType, length) == 260);

@@ -3,7 +3,7 @@
 #include "component/ComponentManager.h"
 #include "rf/IccProxy.h"
 #include "rf/RfSubsysComponent.h"
-#include "rf/VsComponent.h"
+#include "tests/rf/FakeVsComponent.h"
 #include "tests/rf/IccPluginModel.h"
 #include "tests/support/Await.h"
 #include "tests/support/DeviceFolder.h"
@@ -20,30 +20,6 @@
 #include <vector>
 
 namespace test {
-
-// A VsComponent that keeps what it is asked and answers when the test says so.
-class FakeVsComponent : public hal::VsComponent {
-public:
-    using Handler = mindroid::sp<mindroid::Handler>;
-    using Callback = mindroid::sp<mindroid::MessageCallback>;
-    using Obj = mindroid::sp<mindroid::Object>;
-
-    void registerClatStateInd(const Handler& handler, const Callback& callback, const Obj& obj) override {
-        clat.add(new mindroid::Registrant(handler, callback, obj));
-    }
-    void registerTxSharingInd(const Handler& handler, const Callback& callback, const Obj& obj) override {
-        txSharing.add(new mindroid::Registrant(handler, callback, obj));
-    }
-    void registerIccEventInd(const Handler& handler, const Callback& callback, const Obj& obj) override {
-        iccEvent.add(new mindroid::Registrant(handler, callback, obj));
-    }
-    void getRfIccInfo(const mindroid::sp<mindroid::Message>& message) override { infoRequests.add(message); }
-
-    mindroid::RegistrantList clat;
-    mindroid::RegistrantList txSharing;
-    mindroid::RegistrantList iccEvent;
-    Recorder<mindroid::sp<mindroid::Message>> infoRequests;
-};
 
 // A device with the test plugin and the ICC module enabled; the components that a test adds belong to `mLooper`.
 class RfFixture : public ::testing::Test {

@@ -138,21 +138,25 @@ TEST_F(RfSubsysComponentTest, OnVsComponentReady_WhenRepeatedOrOtherInstance_The
 }
 
 TEST_F(RfSubsysComponentTest, Notifications_WhenVsComponentSendsThem_ThenBecomeCommands) {
+    iccPlugin().code = SPI_CMD_FAILURE_4;
     start();
     becomeReady();
-    mVs->clat.notify(carrierOf(hal::VsClatState{1, 2600, 3, 4}));
-    mVs->txSharing.notify(carrierOf(hal::VsTxSharingState{1, {78, 41}, {5, 6}, {7, 8}}));
+    mVs->clat.notify(carrierOf(hal::VsClatState{1, 0xFFFE, 3, 4}));
+    mVs->txSharing.notify(carrierOf(hal::VsTxSharingState{1, {78, 41}, {500, 600}, {7, 8}}));
     mVs->mScreenStateRegistrants->notify(new Integer(-1));
     mVs->mScreenStateRegistrants->notify(new Integer(0));
     mVs->clat.notify(nullptr);
-    mVs->iccEvent.notify(carrierOf(hal::VsIccEvent<3>{9, 3, {1, 2, 3}}));
+    mVs->iccEvent.notify(carrierOf(hal::VsIccEvent<3>{9, 3, {1, 2, 255}}));
     mVs->iccEvent.notify(carrierOf(hal::VsIccEvent<8>{10, 0, {}}));
-    EXPECT_EQ(calls(6),
-              (Calls{"iccSetAclState(1,2600,3,4)", "iccSetTxSharingState(1,{78 41},{5 6},{7 8})", "setScreenState(1)",
-                     "setScreenState(0)", "sendIccEventInd(9,{1 2 3})", "sendIccEventInd(10,{})"}));
+    EXPECT_EQ(calls(6), (Calls{"iccSetAclState(1,65534,3,4)", "iccSetTxSharingState(1,{78 41},{500 600},{7 8})",
+                               "setScreenState(1)", "setScreenState(0)", "sendIccEventInd(9,{1 2 255})",
+                               "sendIccEventInd(10,{})"}));
     expectLogged(TAG, ANDROID_LOG_DEBUG,
-                 {"Set CLAT enable 1 freq 2600 cc 3 ant 4", "Set Tx Sharing enable 1 combo {78A, 5, 7} ++ {41A, 6, 8}",
-                  "screen state changed -1"});
+                 {"Set CLAT enable 1 freq 65534 cc 3 ant 4",
+                  "Set Tx Sharing enable 1 combo {78A, 500, 7} ++ {41A, 600, 8}", "screen state changed -1"});
+    expectLogged("IccProxy", ANDROID_LOG_DEBUG,
+                 {"setAclState ret: 4", "setTxSharingState ret: 4", "sendIccEventInd 9 data 0102ff"});
+    EXPECT_EQ(mLog.count("IccProxy", "loadIccApisPlugin done", ANDROID_LOG_DEBUG), 1U);
 }
 
 class ForeignVsComponentTest : public RfSubsysComponentTest, public testing::WithParamInterface<const char*> {};
