@@ -15,7 +15,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -295,7 +294,9 @@ TEST_F(TraceVerbs, Trace_WhenForATimeOrOfTheLastRun_ThenOnlyThat) {
     EXPECT_THAT(result.text, testing::Not(HasSubstr("before")));
     std::filesystem::rename(mNames.path() / "trace@subsysd", mNames.path() / "trace-last@subsysd");
     EXPECT_THAT(run("trace --last").text, HasSubstr("before"));
-    EXPECT_EQ(run("trace --last --output " + mNames.path().string()).code, 1);
+    const std::string output = "trace --last --output " + mNames.path().string();
+    EXPECT_EQ(run(output).code, 1);
+    EXPECT_THAT(run(output + "/file").text, testing::MatchesRegex("subsysctl: [0-9]+ marks of 1 process\n"));
     EXPECT_EQ(run("trace").code, 69);
 }
 
@@ -311,23 +312,6 @@ TEST_F(TraceVerbs, Requests_WhenTheDaemonRunsAgain_ThenOfTheLivingOneAlone) {
     EXPECT_THAT(result.text, HasSubstr("subsysd, pid " + std::to_string(getpid()) + ": waiting requests"));
     EXPECT_THAT(result.text, testing::ContainsRegex("\ngetLcdInfo  8 .*component for "));
     EXPECT_EQ(json::parse(run("--json requests --all").text).at("where"), "component");
-}
-
-TEST_F(TraceVerbs, Client_WhenAskedToRecord_ThenItsRequestsAreInTheTrace) {
-    test::Process server({FAKE_SERVER});
-    ASSERT_TRUE(server.awaitOutput("\n"));
-    setenv("SUBSYS_TRACE", "1", 1);
-    EXPECT_EQ(run("--serial 41 get-swtp-status").code, 0);
-    unsetenv("SUBSYS_TRACE");
-    const std::filesystem::path file = mNames.path() / "out.json";
-    const Result result = run("trace --output " + file.string());
-    EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.text, testing::MatchesRegex("subsysctl: [0-9]+ marks of 1 process\n"));
-    std::stringstream text;
-    text << std::ifstream(file).rdbuf();
-    const auto begins = stepsOf(text.str(), "b");
-    ASSERT_THAT(begins, SizeIs(1));
-    EXPECT_EQ(std::get<3>(begins[0]), "getSwtpStatus #41");
 }
 
 }  // namespace
