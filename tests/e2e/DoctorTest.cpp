@@ -2,20 +2,14 @@
 
 #include <sys/wait.h>
 
-#include <fstream>
-
 // A fault is prepared, and the doctor's first line names it.
 namespace test {
 namespace {
 
 constexpr int FAULT = 1;
-constexpr int NO_ANSWER = 124;
 
 class Doctor : public System {
 protected:
-    void script(const std::string& line) const {
-        std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app) << "\n" << line << "\n";
-    }
     // It is the first line that counts.
     static void expectFault(const std::string& arguments, const std::string& pattern) {
         expectRun({"doctor" + arguments, FAULT, {"^fault: " + pattern}});

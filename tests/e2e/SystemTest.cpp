@@ -1,14 +1,11 @@
 #include "tests/e2e/System.h"
 
-#include <fstream>
-
 namespace test {
 namespace {
 
 constexpr int KILLED = 128 + SIGKILL;
 constexpr int NO_SERVICE = 69;
 constexpr int OTHER_CLIENT = 75;
-constexpr int NO_ANSWER = 124;
 
 TEST_F(System, Request_WhenSent_ThenItsAnswer) {
     start();
@@ -79,8 +76,7 @@ TEST_F(System, RfClient_WhenAnotherLives_ThenRefusedOrTakenOverAndTheWatchComesB
 
 // A meta command takes no client's place.
 TEST_F(System, Events_WhenRequestsCauseThem_ThenTheyReachTheWatch) {
-    std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app)
-        << "\nicc on iccReloadConfig event perc size=2 entries=010203040506\n";
+    script("icc on iccReloadConfig event perc size=2 entries=010203040506");
     start();
     Client watch("watch");
     expectLog("IccProxy: registerIccInfoChangedInd cnt");
