@@ -1,5 +1,5 @@
 #include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
+#include "tests/tools/Program.h"
 #include "tools/Text.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
@@ -28,6 +28,8 @@ namespace {
 using device::MarkKind;
 using device::Trace;
 using nlohmann::json;
+using test::Result;
+using test::run;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
@@ -61,14 +63,10 @@ public:
         mTrace.open.push_back(mTrace.marks.back());
         return *this;
     }
-    // The ring has lost the last mark.
-    Recording& isLost() {
-        mTrace.marks.pop_back();
-        return *this;
-    }
     // One that waits, since 1 ms, in the plugin; one that was answered; and work on threads.
     Recording& addTraffic() {
-        begin(1, BINDER, "getIccState #-7", 1).isOpen().isLost();
+        begin(1, BINDER, "getIccState #-7", 1).isOpen();
+        mTrace.marks.pop_back();  // the ring has lost it
         begin(2, BINDER, "component", 1).end(3, MAIN, "component", 1).begin(3, MAIN, "plugin", 1).isOpen();
         mark(4, MAIN, MarkKind::BEGIN, "plugin iccGetState").isOpen();
         begin(5, BINDER, "getLcdInfo #8", 2).begin(6, BINDER, "component", 2).end(7, MAIN, "component", 2);
@@ -258,17 +256,6 @@ TEST(TraceEvents, Write_WhenProcessesCallEachOther_ThenArrowsGoFromCallToCall) {
 }
 
 // ---- The verbs, and what a recorder really writes. ----
-
-struct Result {
-    int code;
-    std::string text;
-};
-
-Result run(const std::string& arguments) {
-    test::Process process({"/bin/sh", "-c", std::string(SUBSYSCTL) + " " + arguments + " 2>&1"});
-    const int code = process.wait();
-    return {code, process.output()};
-}
 
 class TraceVerbs : public testing::Test {
 protected:
