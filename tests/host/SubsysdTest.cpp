@@ -17,6 +17,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -163,10 +164,7 @@ TEST_F(Subsysd, Start_WhenTheNameIsNotToBeHad_ThenItFailsAndTheFirstStays) {
 }
 
 TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {
-    const struct {
-        std::vector<std::string> arguments;
-        std::string line;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{"--nonsense=1"}, "unknown option '--nonsense=1'"},
         {{"-xy"}, "unknown option '-x'"},
         {{"argument"}, "unexpected argument 'argument'; expected options only"},
@@ -179,7 +177,7 @@ TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {
         {{"--stop-timeout", "1s"}, "--stop-timeout '1s': expected 0 to 600000"},
     };
     constexpr int USAGE = 2;
-    for (const auto& each : cases) expectEnd(each.arguments, USAGE, "subsysd: " + each.line + "\n");
+    for (const auto& [arguments, line] : cases) expectEnd(arguments, USAGE, "subsysd: " + line + "\n");
     expectEnd({"--help"}, EXIT_SUCCESS, "SUBSYS_DEVICE_ROOT");
     expectEnd({"--version"}, EXIT_SUCCESS, "subsysd " SUBSYS_VERSION "\n");
 }
@@ -202,10 +200,7 @@ TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
     mDevice.write("/text.so", std::string(100, 'x'));
     mDevice.copy("/foreign.so", "/proc/self/exe");
     std::fstream(place("/foreign.so")).seekp(offsetof(Elf64_Ehdr, e_machine)).write("\xff\xff", 2);
-    const struct {
-        std::string text;
-        std::string line;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"<plugin_config", list + " is malformed: XML_ERROR_"},
         {"<other/>", list + " has no item in a plugin_config\n"},
         {withItem("name='a'"), "plugin list: the item in line 2 lacks a name or a path\n"},
@@ -217,9 +212,9 @@ TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
          "plugin a: " + place("/foreign.so") + " is not a library for this machine\n"},
     };
     EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + list + " is missing\n"));
-    for (const auto& each : cases) {
-        writeList(each.text);
-        EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + each.line));
+    for (const auto& [text, line] : cases) {
+        writeList(text);
+        EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + line));
     }
     mDevice.copy("/good.so", COMPONENT_LIBRARY);
     writeList(withItem("name='a' path='/good.so'"));
