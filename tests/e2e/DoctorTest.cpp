@@ -25,9 +25,12 @@ TEST_F(Doctor, Look_WhenAllIsWell_ThenZero) {
     expectFault(" 7", "there is no request #7 in the recording; ");
 }
 
-TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFile) {
+TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFileAndOtherRequestsWork) {
     mDevice.remove("/vendor/lib64/libiccapis.so");
     start();
+    expectRun({"send-icc-cmd --req-id 5", 1, {"GENERIC_FAILURE"}});
+    expectLog("IccProxy: loadIccApisPlugin failed");
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
     expectFault("", "plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing; ");
 }
 

@@ -137,21 +137,5 @@ TEST_F(System, Daemon_WhenKilled_ThenTheNextTakesItsName) {
     expectRun({"get-lcd-info", 0, {"SUCCESS"}});
 }
 
-TEST_F(System, Plugin_WhenItsFileIsMissing_ThenItsRequestsFailAndTheOthersWork) {
-    mDevice.remove("/vendor/lib64/libiccapis.so");
-    start();
-    expectLog(" W subsysd: plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing");
-    expectRun({"send-icc-cmd --req-id 5", 1, {"GENERIC_FAILURE"}});
-    expectLog("IccProxy: loadIccApisPlugin failed");
-    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
-}
-
-TEST_F(System, Icc_WhenItsPropertyIsOff_ThenItsRequestsAreNotSupported) {
-    mDevice.write("/vendor/build.prop", "persist.vendor.nuvex.icc.module.enable=0\n");
-    start();
-    expectRun({"send-icc-cmd --req-id 5", 1, {"NOT_SUPPORTED"}});
-    expectLog("RfSubsysComponent: IccProxy is null");
-}
-
 }  // namespace
 }  // namespace test
