@@ -2,20 +2,14 @@
 
 #include <sys/wait.h>
 
-#include <fstream>
-
 // A fault is prepared, and the doctor's first line names it.
 namespace test {
 namespace {
 
 constexpr int FAULT = 1;
-constexpr int NO_ANSWER = 124;
 
 class Doctor : public System {
 protected:
-    void script(const std::string& line) const {
-        std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app) << "\n" << line << "\n";
-    }
     // It is the first line that counts.
     static void expectFault(const std::string& arguments, const std::string& pattern) {
         expectRun({"doctor" + arguments, FAULT, {"^fault: " + pattern}});
@@ -31,9 +25,12 @@ TEST_F(Doctor, Look_WhenAllIsWell_ThenZero) {
     expectFault(" 7", "there is no request #7 in the recording; ");
 }
 
-TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFile) {
+TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFileAndOtherRequestsWork) {
     mDevice.remove("/vendor/lib64/libiccapis.so");
     start();
+    expectRun({"send-icc-cmd --req-id 5", 1, {"GENERIC_FAILURE"}});
+    expectLog("IccProxy: loadIccApisPlugin failed");
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
     expectFault("", "plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing; ");
 }
 

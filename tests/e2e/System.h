@@ -9,6 +9,7 @@
 #include <signal.h>
 
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <optional>
 #include <sstream>
@@ -17,6 +18,8 @@
 
 // The whole system as an integrator runs it: the daemon on the simulated device, its clients, each a process.
 namespace test {
+
+inline constexpr int NO_ANSWER = 124;
 
 // The arguments have no blanks inside.
 inline std::vector<std::string> wordsOf(const std::string& program, const std::string& arguments) {
@@ -54,6 +57,10 @@ protected:
     void start() {
         mDaemon.emplace(wordsOf(SUBSYSD, "--log-level debug --load " SIMVS " --load " SIMIMS));
         ASSERT_TRUE(mDaemon->awaitOutput("subsysd: serving ")) << mDaemon->output();
+    }
+    // Adds a line to the simulator's scenario.
+    void script(const std::string& line) const {
+        std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app) << "\n" << line << "\n";
     }
     void expectLog(const std::string& text) { EXPECT_TRUE(mDaemon->awaitOutput(text)) << mDaemon->output(); }
     void TearDown() override {

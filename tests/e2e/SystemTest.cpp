@@ -1,14 +1,11 @@
 #include "tests/e2e/System.h"
 
-#include <fstream>
-
 namespace test {
 namespace {
 
 constexpr int KILLED = 128 + SIGKILL;
 constexpr int NO_SERVICE = 69;
 constexpr int OTHER_CLIENT = 75;
-constexpr int NO_ANSWER = 124;
 
 TEST_F(System, Request_WhenSent_ThenItsAnswer) {
     start();
@@ -56,15 +53,6 @@ TEST_F(System, KillProcess_WhenTheNameIsListed_ThenTheProcessIsKilled) {
     EXPECT_EQ(victim.wait(), KILLED);
 }
 
-TEST_F(System, Client_WhenKilled_ThenTheNextIsServed) {
-    start();
-    Client client("watch");
-    ASSERT_TRUE(client.awaitOutput("sendSubsysStateChanged state=true"));
-    client.end();
-    expectLog("SubsysService: SubsysService::serviceDied: Client died. Cleaning up callbacks");
-    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
-}
-
 TEST_F(System, RfClient_WhenAnotherLives_ThenRefusedOrTakenOverAndTheWatchComesBack) {
     start();
     Client watch("--json watch");
@@ -88,8 +76,7 @@ TEST_F(System, RfClient_WhenAnotherLives_ThenRefusedOrTakenOverAndTheWatchComesB
 
 // A meta command takes no client's place.
 TEST_F(System, Events_WhenRequestsCauseThem_ThenTheyReachTheWatch) {
-    std::ofstream(mDevice.place("/simulator/scenario"), std::ios::app)
-        << "\nicc on iccReloadConfig event perc size=2 entries=010203040506\n";
+    script("icc on iccReloadConfig event perc size=2 entries=010203040506");
     start();
     Client watch("watch");
     expectLog("IccProxy: registerIccInfoChangedInd cnt");
@@ -148,22 +135,6 @@ TEST_F(System, Daemon_WhenKilled_ThenTheNextTakesItsName) {
     expectRun({"get-lcd-info", NO_SERVICE, {"no such service"}});
     start();
     expectRun({"get-lcd-info", 0, {"SUCCESS"}});
-}
-
-TEST_F(System, Plugin_WhenItsFileIsMissing_ThenItsRequestsFailAndTheOthersWork) {
-    mDevice.remove("/vendor/lib64/libiccapis.so");
-    start();
-    expectLog(" W subsysd: plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing");
-    expectRun({"send-icc-cmd --req-id 5", 1, {"GENERIC_FAILURE"}});
-    expectLog("IccProxy: loadIccApisPlugin failed");
-    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
-}
-
-TEST_F(System, Icc_WhenItsPropertyIsOff_ThenItsRequestsAreNotSupported) {
-    mDevice.write("/vendor/build.prop", "persist.vendor.nuvex.icc.module.enable=0\n");
-    start();
-    expectRun({"send-icc-cmd --req-id 5", 1, {"NOT_SUPPORTED"}});
-    expectLog("RfSubsysComponent: IccProxy is null");
 }
 
 }  // namespace

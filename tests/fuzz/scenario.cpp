@@ -1,6 +1,7 @@
 // Any scenario file: it is read, and what it says is played.
 
 #include "simulator/ScenarioPlayer.h"
+#include "tests/simulator/ScenarioVocabulary.h"
 #include "tests/support/DeviceFolder.h"
 
 #include <algorithm>
@@ -11,22 +12,7 @@
 namespace {
 
 using namespace simulator;
-
-struct Record {
-    uint8_t small;
-    uint16_t pair[2];
-    int64_t large;
-    uint8_t data[4];
-    char text[4];
-};
-constexpr Field FIELDS[] = {SIMULATOR_FIELD(Record, small), SIMULATOR_FIELD(Record, pair),
-                            SIMULATOR_FIELD(Record, large), SIMULATOR_HEX_FIELD(Record, data),
-                            SIMULATOR_FIELD(Record, text)};
-constexpr RequestKind REQUESTS[] = {
-    {"whole", DELAY | SILENT | TWICE | NULL_OBJECT | SHORT, 4, FIELDS}, {"byteCode", DELAY, 1}, {"plain", 0, 0}};
-constexpr EventKind EVENTS[] = {{"record", sizeof(Record), FIELDS}, {"bare", 0, {}}};
-constexpr Vocabulary SIZED = {"icc", REQUESTS, EVENTS, true};
-constexpr Vocabulary UNSIZED = {"ims", REQUESTS, EVENTS, false};
+using test::ScenarioRecord;
 
 // A scenario may end the process or deliver a million events: what it says, not what it should do here.
 bool isPlayable(const std::vector<ScenarioLine>& lines) {
@@ -43,12 +29,12 @@ void play(const Vocabulary& vocabulary) {
         [&](int64_t, ScenarioPlayer::Task task) {
             if (tasks.size() < MAX_TASKS) tasks.push_back(std::move(task));
         },
-        [](const ScenarioEvent& event) { (void)withFields(Record{}, event.fields); });
+        [](const ScenarioEvent& event) { (void)withFields(ScenarioRecord{}, event.fields); });
     player.start();
     for (int time = 0; time < 3; ++time) {
-        for (size_t request = 0; request < std::size(REQUESTS); ++request) {
+        for (size_t request = 0; request < std::size(test::REQUESTS); ++request) {
             const Reaction reaction = player.react(request);
-            (void)withFields(Record{}, reaction.answer.fields);
+            (void)withFields(ScenarioRecord{}, reaction.answer.fields);
             player.play(reaction);
         }
     }
@@ -61,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const test::DeviceFolder DEVICE;
     const std::string text(data, data + size);
     DEVICE.write(SCENARIO_PATH, text);
-    for (const Vocabulary& vocabulary : {SIZED, UNSIZED}) {
+    for (const Vocabulary& vocabulary : {test::SIZED, test::UNSIZED}) {
         std::istringstream file(text);
         if (isPlayable(parseScenario(file, vocabulary, [](int, const std::string&) {}))) play(vocabulary);
     }

@@ -1,3 +1,5 @@
+#include "tests/support/DeviceFolder.h"
+#include "tests/support/NamesFolder.h"
 #include "tests/support/Process.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
@@ -6,16 +8,16 @@
 #include <elf.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -51,15 +53,7 @@ public:
 // Runs daemons with a folder of names, a device folder and nothing else of the environment.
 class Subsysd : public testing::Test {
 protected:
-    Subsysd() : folder(testing::TempDir() + "subsysd-" + std::to_string(getpid())) {
-        std::filesystem::create_directories(folder / "device/odm/etc");
-        std::filesystem::create_directories(folder / "libraries");
-        setenv("SUBSYS_BINDER_DIR", (folder / "names").c_str(), 1);
-        setenv("SUBSYS_DEVICE_ROOT", device().c_str(), 1);
-    }
-    ~Subsysd() override { std::filesystem::remove_all(folder); }
-
-    [[nodiscard]] std::string device() const { return folder / "device"; }
+    Subsysd() { std::filesystem::remove(mNames.path()); }  // the daemon makes it
 
     // Runs to its end.
     static void expectEnd(const std::vector<std::string>& arguments, int code, const std::string& text) {
@@ -76,23 +70,17 @@ protected:
     }
 
     // The plugin list of the device, and what the daemon says of it.
-    void writeList(const std::string& text) const { std::ofstream(device() + "/odm/etc/plugin_config.xml") << text; }
+    void writeList(const std::string& text) const { mDevice.write("/odm/etc/plugin_config.xml", text); }
     static std::string withItem(const std::string& attributes) {
         return "<plugin_config>\n<item " + attributes + "/></plugin_config>";
     }
 
-    const std::filesystem::path folder;
-};
+    // Where the device's file is on this machine.
+    [[nodiscard]] std::string place(const std::string& file) const { return mDevice.place(file); }
 
-// What a line of the thread's status file says, as that of "SigBlk:".
-[[maybe_unused]] std::string statusOf(const std::filesystem::path& task, const std::string& key) {
-    std::ifstream status(task / "status");
-    std::string word;
-    while (status >> word && word != key) {
-    }
-    status >> word;
-    return word;
-}
+    const test::NamesFolder mNames;
+    const test::DeviceFolder mDevice;
+};
 
 std::shared_ptr<ISubsys> service() {
     return ISubsys::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(NAME.c_str())));
@@ -128,7 +116,9 @@ TEST_F(Subsysd, Signal_WhenTheParentBlocksIt_ThenItEndsAllTheSame) {
     Daemon daemon;
 #if !defined(__SANITIZE_THREAD__)
     // A debugger stops at a signal only where it is not blocked.
-    EXPECT_EQ(statusOf("/proc/" + std::to_string(daemon.pid()), "SigBlk:"), "0000000000000000");
+    std::stringstream status;
+    status << std::ifstream("/proc/" + std::to_string(daemon.pid()) + "/status").rdbuf();
+    EXPECT_THAT(status.str(), HasSubstr("\nSigBlk:\t0000000000000000\n"));
 #endif
     daemon.expectEnd(SIGTERM, 0);
 }
@@ -174,10 +164,7 @@ TEST_F(Subsysd, Start_WhenTheNameIsNotToBeHad_ThenItFailsAndTheFirstStays) {
 }
 
 TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {
-    const struct {
-        std::vector<std::string> arguments;
-        std::string line;
-    } cases[] = {
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{"--nonsense=1"}, "unknown option '--nonsense=1'"},
         {{"-xy"}, "unknown option '-x'"},
         {{"argument"}, "unexpected argument 'argument'; expected options only"},
@@ -190,87 +177,81 @@ TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {
         {{"--stop-timeout", "1s"}, "--stop-timeout '1s': expected 0 to 600000"},
     };
     constexpr int USAGE = 2;
-    for (const auto& each : cases) expectEnd(each.arguments, USAGE, "subsysd: " + each.line + "\n");
+    for (const auto& [arguments, line] : cases) expectEnd(arguments, USAGE, "subsysd: " + line + "\n");
     expectEnd({"--help"}, EXIT_SUCCESS, "SUBSYS_DEVICE_ROOT");
     expectEnd({"--version"}, EXIT_SUCCESS, "subsysd " SUBSYS_VERSION "\n");
 }
 
 TEST_F(Subsysd, Start_WhenThereIsNoDeviceFolder_ThenItSaysSo) {
-    std::ofstream(folder / "file") << "no folder";
+    mDevice.write("/file", "no folder");
     const auto expectFault = [](const std::string& device, const std::string& fault) {
         const std::string line = "subsysd: can't use the device folder '" + device + "': " + fault + "\n";
         expectEnd({"--device", device}, EXIT_FAILURE, line);
         setenv("SUBSYS_DEVICE_ROOT", device.c_str(), 1);
         if (!device.empty()) expectEnd({}, EXIT_FAILURE, line);
     };
-    expectFault(folder / "missing", "No such file or directory");
-    expectFault(folder / "file", "Not a directory");
+    expectFault(place("/missing"), "No such file or directory");
+    expectFault(place("/file"), "Not a directory");
     expectFault("", "Invalid argument");
 }
 
 TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
-    const std::string list = "plugin list: " + device() + "/odm/etc/plugin_config.xml";
-    std::ofstream(device() + "/text.so") << std::string(100, 'x');
-    std::ofstream(device() + "/foreign.so") << std::ifstream("/proc/self/exe").rdbuf();
-    std::fstream(device() + "/foreign.so").seekp(offsetof(Elf64_Ehdr, e_machine)).write("\xff\xff", 2);
-    const struct {
-        std::string text;
-        std::string line;
-    } cases[] = {
+    const std::string list = "plugin list: " + place("/odm/etc/plugin_config.xml");
+    mDevice.write("/text.so", std::string(100, 'x'));
+    mDevice.copy("/foreign.so", "/proc/self/exe");
+    std::fstream(place("/foreign.so")).seekp(offsetof(Elf64_Ehdr, e_machine)).write("\xff\xff", 2);
+    const std::pair<std::string, std::string> cases[] = {
         {"<plugin_config", list + " is malformed: XML_ERROR_"},
         {"<other/>", list + " has no item in a plugin_config\n"},
         {withItem("name='a'"), "plugin list: the item in line 2 lacks a name or a path\n"},
-        {withItem("name='a' path='/none.so'"), "plugin a: " + device() + "/none.so is missing\n"},
-        {withItem("name='a' path='/odm'"), "plugin a: " + device() + "/odm is not a regular file\n"},
+        {withItem("name='a' path='/none.so'"), "plugin a: " + place("/none.so") + " is missing\n"},
+        {withItem("name='a' path='/odm'"), "plugin a: " + place("/odm") + " is not a regular file\n"},
         {withItem("name='a' path='/text.so'"),
-         "plugin a: " + device() + "/text.so is not a library for this machine\n"},
+         "plugin a: " + place("/text.so") + " is not a library for this machine\n"},
         {withItem("name='a' path='/foreign.so'"),
-         "plugin a: " + device() + "/foreign.so is not a library for this machine\n"},
+         "plugin a: " + place("/foreign.so") + " is not a library for this machine\n"},
     };
     EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + list + " is missing\n"));
-    for (const auto& each : cases) {
-        writeList(each.text);
-        EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + each.line));
+    for (const auto& [text, line] : cases) {
+        writeList(text);
+        EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + line));
     }
-    std::filesystem::copy_file(COMPONENT_LIBRARY, device() + "/good.so");
+    mDevice.copy("/good.so", COMPONENT_LIBRARY);
     writeList(withItem("name='a' path='/good.so'"));
     const std::string output = serveAndEnd({});
     EXPECT_THAT(output, AllOf(Not(HasSubstr(" W ")), Not(HasSubstr("HostTestComponent"))));
 }
 
-TEST_F(Subsysd, Load_WhenTheLibraryIsNoLibrary_ThenItFailsWithItsPath) {
-    const auto write = [&](const char* name, const std::string& bytes) { std::ofstream(folder / name) << bytes; };
-    write("empty.so", "");
-    write("text.so", std::string(10'000, 'x'));
-    std::filesystem::copy_file(COMPONENT_LIBRARY, folder / "cut.so");
-    std::filesystem::resize_file(folder / "cut.so", 1000);
-    ASSERT_EQ(mkfifo((folder / "fifo.so").c_str(), 0600), 0);
-    for (const char* name : {"missing.so", "empty.so", "text.so", "cut.so", "fifo.so", "device"}) {
-        const std::string path = folder / name;
-        expectEnd({"--load", COMPONENT_LIBRARY, "--load", path}, EXIT_FAILURE,
-                  " E subsysd: can't load component library " + path + ": ");
+TEST_F(Subsysd, Load_WhenTheLibraryIsNoLibrary_ThenItFailsWithItsPathAndWhy) {
+    mDevice.write("/text.so", "x");
+    mDevice.makeDirectory("/folder");
+    for (const auto& [file, why] :
+         {std::pair("/missing.so", ""), {"/text.so", ""}, {"/folder", "not a regular file"}}) {
+        expectEnd({"--load", COMPONENT_LIBRARY, "--load", place(file)}, EXIT_FAILURE,
+                  " E subsysd: can't load component library " + place(file) + ": " + why);
     }
 }
 
 TEST_F(Subsysd, Load_WhenTheLibraryIsAComponentLibrary_ThenItsComponentStartsOnce) {
     const std::filesystem::path library = COMPONENT_LIBRARY;
     std::filesystem::current_path(library.parent_path());
-    setenv("SUBSYS_DEVICE_ROOT", folder.c_str(), 1);
-    const std::string output = serveAndEnd({"--device", device(), "--load", library.filename(), "--load", library});
-    EXPECT_THAT(output, HasSubstr("HostTestComponent: loaded: looper yes, device " + device() + "\n"));
+    setenv("SUBSYS_DEVICE_ROOT", "/", 1);
+    const std::string output =
+        serveAndEnd({"--device", mDevice.path(), "--load", library.filename(), "--load", library});
+    EXPECT_THAT(output, HasSubstr("HostTestComponent: loaded: looper yes, device " + mDevice.path().string() + "\n"));
     EXPECT_THAT(output, HasSubstr(" W subsysd: component library " COMPONENT_LIBRARY " adds no component\n"));
     EXPECT_THAT(output, HasSubstr("HostTestComponent: init 0\n"));
 }
 
 TEST_F(Subsysd, LoadDir_WhenItHasLibrariesOrNone_ThenEachInNameOrderAndALineForNone) {
-    const auto place = [&](const char* name) { return (folder / "libraries" / name).string(); };
-    std::filesystem::copy_file(COMPONENT_LIBRARY, place("c.so"));
-    std::filesystem::copy_file(COMPONENT_LIBRARY, place("notes.txt"));
-    for (const char* name : {"b.so", "d.so", "a.so"}) std::ofstream(place(name)) << "no library";
-    const std::string empty = folder / "device", missing = folder / "missing";
-    const std::string output =
-        serveAndEnd({"--load-dir", folder / "libraries", "--load-dir", empty, "--load-dir", missing});
-    const auto fault = [&](const char* name) { return "can't load component library " + place(name) + ": .*"; };
+    mDevice.copy("/libraries/c.so", COMPONENT_LIBRARY);
+    mDevice.copy("/libraries/notes.txt", COMPONENT_LIBRARY);
+    for (const char* name : {"b.so", "d.so", "a.so"}) mDevice.write(std::string("/libraries/") + name, "no library");
+    const std::string libraries = place("/libraries"), empty = mDevice.path(), missing = place("/missing");
+    const std::string output = serveAndEnd({"--load-dir", libraries, "--load-dir", empty, "--load-dir", missing});
+    const auto fault = [&](const char* name) {
+        return "can't load component library " + libraries + "/" + name + ": .*";
+    };
     EXPECT_THAT(output, ContainsRegex(fault("a.so") + "\n.*" + fault("b.so") + "\n.*HostTestComponent: loaded.*\n.*" +
                                       fault("d.so") + "\n"));
     EXPECT_THAT(output, Not(AnyOf(HasSubstr("notes.txt"), HasSubstr("adds no component"))));

@@ -91,14 +91,6 @@ public:
         component->registerIccEventInd(handler(), listener("iccEvent"), nullptr);
         start();
     }
-    template <typename Record>
-    const Record& record(size_t index) {
-        return hal::carriedRecord<Record>(*came.all().at(index).obj);
-    }
-    int32_t integer(size_t index) {
-        return static_cast<const mindroid::Integer*>(came.all().at(index).obj.get())->value();
-    }
-
     sp<hal::VsComponent> component;
 };
 
@@ -134,7 +126,7 @@ TEST(SimVsComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {
     EXPECT_THAT((std::array<int, 4>{clat.enable, clat.freq, clat.cc, clat.ant}), ElementsAre(1, 1800, 2, 3));
     EXPECT_THAT(vs.record<hal::VsTxSharingState>(1).band, ElementsAre(1, 2));
     EXPECT_THAT(vs.record<hal::VsTxSharingState>(1).param2, ElementsAre(5, 6));
-    EXPECT_EQ(vs.integer(2), 0);
+    EXPECT_EQ(static_cast<const Integer*>(vs.came.all()[2].obj.get())->value(), 0);
     const auto& event = vs.record<hal::VsIccEvent<256>>(3);
     EXPECT_THAT((std::array<int, 3>{static_cast<int>(event.event), event.length, event.data[1]}),
                 ElementsAre(9, 256, 2));
@@ -185,16 +177,14 @@ TEST(SimImsOrtcComponent, Request_WhenAnswered_ThenItsEventsFollowTheReply) {
 
 TEST(SimImsOrtcComponent, Request_WhenTheScenarioMisbehaves_ThenSo) {
     Ims ims(
-        "ims on sendImsRtpData 1 answer 3\nims on sendImsRtpData 2 silent\nims on sendImsRtpData 3 delay 200\n"
-        "ims on sendImsRtpData 4 twice\nims on sendImsRtpData 2 event link linkField1=9\n");
+        "ims on sendImsRtpData 1 answer 3\nims on sendImsRtpData 2 silent\nims on sendImsRtpData 3 twice\n"
+        "ims on sendImsRtpData 2 event link linkField1=9\n");
     hal::ImsRtpDataInfoType data{1, 2, 3, {4, 5}, -6};
     data.data[255] = 7;
-    for (int i = 0; i < 4; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpData, data);
+    for (int i = 0; i < 3; ++i) ims.ask(&hal::ImsOrtcComponent::sendImsRtpData, data);
     ASSERT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp"));
     const auto echo = ims.record<hal::ImsRtpDataInfoType>(3);
     EXPECT_EQ(std::memcmp(&echo, &data, sizeof(data)), 0);
-    ims.advance(200);
-    EXPECT_THAT(ims.names(), ElementsAre("reply 3", "link", "reply 0", "rtp", "reply 0", "rtp"));
 }
 
 TEST(SimImsOrtcComponent, Event_WhenDue_ThenItsListenerGetsTheRecord) {

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace subsysctl {
@@ -54,10 +55,7 @@ std::vector<std::string> textsOf(const Evidence& evidence) {
 }
 
 TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
-    const struct {
-        std::function<void(Evidence&)> spoil;
-        std::string text;
-    } cases[] = {
+    const std::pair<std::function<void(Evidence&)>, std::string> cases[] = {
         {[](auto& e) { e.isServed = false; }, "notServed: subsysd, pid 10, runs but does not serve name in /names"},
         {[](auto& e) {
              e.daemon = ProcessState{10, "subsysd", 't', 7};
@@ -89,10 +87,10 @@ TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
         {[](auto& e) { e.serial = 3; }, "noRequest: there is no request #3 in the recording"},
     };
     EXPECT_THAT(textsOf(wellEvidence()), IsEmpty());
-    for (const auto& each : cases) {
+    for (const auto& [spoil, text] : cases) {
         Evidence evidence = wellEvidence();
-        each.spoil(evidence);
-        EXPECT_THAT(textsOf(evidence), ElementsAre(each.text));
+        spoil(evidence);
+        EXPECT_THAT(textsOf(evidence), ElementsAre(text));
     }
 }
 

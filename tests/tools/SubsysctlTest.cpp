@@ -1,5 +1,5 @@
 #include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
+#include "tests/tools/Program.h"
 
 #include <gtest/gtest.h>
 
@@ -11,21 +11,12 @@
 namespace {
 
 using test::Process;
-
-struct Result {
-    int code;
-    std::string text;
-};
+using test::Result;
+using test::run;
 
 // Which channel's output is kept.
 constexpr const char* OUTPUT = "2>/dev/null";
 constexpr const char* ERRORS = "2>&1 >/dev/null";
-
-Result run(const std::string& arguments, const std::string& channels = OUTPUT) {
-    Process process({"/bin/sh", "-c", std::string(SUBSYSCTL) + " " + arguments + " " + channels});
-    const int code = process.wait();
-    return {code, process.output()};
-}
 
 const std::string SERVICE = "vendor.nuvex.hardware.subsys_interface.subsys.ISubsys/default";
 
@@ -67,27 +58,25 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
          "\n"},
         {"send-icc-meta-cmd --token 9", 1, "onIccMetaResp FAILED id=0 token=9 type=2 result=false data=\"\"\n"},
         {"set-callback set-ims-ortc-callback", 0, "registered kind=\"rf\"\nregistered kind=\"ims\"\n"},
+        {"get-lcd-info --type 3 get-swtp-status", 69, ""},  // the server dies, and no further verb is sent
     };
     for (const Case& each : cases) expectRun(each);
 }
 
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
+    const std::string NO_IMS_ANSWER =
+        "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two other "
+        "clients hold both places?\n";
     const Case cases[] = {
         {"--timeout 0.5 get-lcd-info --type 2", 124,
          "subsysctl: get-lcd-info: no answer in 500.0 ms; is the component missing or silent?\n"},
-        {"--timeout 0.5 set-call-info", 124,
-         "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two "
-         "other "
-         "clients hold both places?\n"},
+        {"--timeout 0.5 set-call-info", 124, NO_IMS_ANSWER},
         {"--timeout 0.5 send-icc-meta-cmd --id -1", 124,
          "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; is the component missing or silent?\n"},
         {"get-lcd-info --type 6", 1,
          "subsysctl: get-lcd-info: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
         {"set-call-info --timeout 0.5 --text1 " + std::string(32, 'x'), 124,
-         "subsysctl: set-call-info: --text1 has 32 bytes, more than 31: it arrives empty\n"
-         "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two "
-         "other "
-         "clients hold both places?\n"},
+         "subsysctl: set-call-info: --text1 has 32 bytes, more than 31: it arrives empty\n" + NO_IMS_ANSWER},
     };
     for (const Case& each : cases) expectRun(each, ERRORS);
 }
@@ -129,10 +118,6 @@ TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailu
         batch.output());
 }
 
-TEST_F(Subsysctl, Request_WhenTheServerDies_Then69AndNoFurtherVerb) {
-    expectRun({"get-lcd-info --type 3 get-swtp-status", 69, ""});
-}
-
 TEST_F(Subsysctl, Request_WhenTheServerIsStopped_Then124) {
     mServer.signal(SIGSTOP);
     for (const char* command : {"--timeout 0.2 get-swtp-status", "get-swtp-status"}) {
@@ -144,7 +129,7 @@ TEST_F(Subsysctl, Request_WhenTheServerIsStopped_Then124) {
 }
 
 TEST_F(Subsysctl, Watch_WhenCounted_ThenIndicationsInOrderAlsoThoseOfEarlierVerbs) {
-    const Result result = run("--json get-lcd-info --type 5 watch --count 3");
+    const Result result = run("--json get-lcd-info --type 5 watch --count 3", OUTPUT);
     EXPECT_EQ(0, result.code);
     const std::string now = R"(,"time":"20\d\d-\d\d-\d\dT\d\d:\d\d:\d\d\.\d\d\dZ"\}\n)";
     const std::regex lines(
@@ -162,7 +147,7 @@ TEST_F(Subsysctl, Watch_WhenTimeIsUp_ThenSummaryAnd0Or124) {
     const Result enough = run("watch --for 0.05", ERRORS);
     EXPECT_EQ(0, enough.code);
     EXPECT_NE(std::string::npos, enough.text.find(" indication in ")) << enough.text;
-    EXPECT_EQ(124, run("watch --for 0.05 --count 9").code);
+    EXPECT_EQ(124, run("watch --for 0.05 --count 9", OUTPUT).code);
 }
 
 TEST_F(Subsysctl, Watch_WhenInterrupted_ThenSummaryAnd0) {

@@ -1,5 +1,5 @@
 #include "tests/support/NamesFolder.h"
-#include "tests/support/Process.h"
+#include "tests/tools/Program.h"
 #include "tools/Text.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
@@ -15,7 +15,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -29,6 +28,8 @@ namespace {
 using device::MarkKind;
 using device::Trace;
 using nlohmann::json;
+using test::Result;
+using test::run;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
@@ -62,14 +63,10 @@ public:
         mTrace.open.push_back(mTrace.marks.back());
         return *this;
     }
-    // The ring has lost the last mark.
-    Recording& isLost() {
-        mTrace.marks.pop_back();
-        return *this;
-    }
     // One that waits, since 1 ms, in the plugin; one that was answered; and work on threads.
     Recording& addTraffic() {
-        begin(1, BINDER, "getIccState #-7", 1).isOpen().isLost();
+        begin(1, BINDER, "getIccState #-7", 1).isOpen();
+        mTrace.marks.pop_back();  // the ring has lost it
         begin(2, BINDER, "component", 1).end(3, MAIN, "component", 1).begin(3, MAIN, "plugin", 1).isOpen();
         mark(4, MAIN, MarkKind::BEGIN, "plugin iccGetState").isOpen();
         begin(5, BINDER, "getLcdInfo #8", 2).begin(6, BINDER, "component", 2).end(7, MAIN, "component", 2);
@@ -260,17 +257,6 @@ TEST(TraceEvents, Write_WhenProcessesCallEachOther_ThenArrowsGoFromCallToCall) {
 
 // ---- The verbs, and what a recorder really writes. ----
 
-struct Result {
-    int code;
-    std::string text;
-};
-
-Result run(const std::string& arguments) {
-    test::Process process({"/bin/sh", "-c", std::string(SUBSYSCTL) + " " + arguments + " 2>&1"});
-    const int code = process.wait();
-    return {code, process.output()};
-}
-
 class TraceVerbs : public testing::Test {
 protected:
     const test::NamesFolder mNames;
@@ -295,7 +281,9 @@ TEST_F(TraceVerbs, Trace_WhenForATimeOrOfTheLastRun_ThenOnlyThat) {
     EXPECT_THAT(result.text, testing::Not(HasSubstr("before")));
     std::filesystem::rename(mNames.path() / "trace@subsysd", mNames.path() / "trace-last@subsysd");
     EXPECT_THAT(run("trace --last").text, HasSubstr("before"));
-    EXPECT_EQ(run("trace --last --output " + mNames.path().string()).code, 1);
+    const std::string output = "trace --last --output " + mNames.path().string();
+    EXPECT_EQ(run(output).code, 1);
+    EXPECT_THAT(run(output + "/file").text, testing::MatchesRegex("subsysctl: [0-9]+ marks of 1 process\n"));
     EXPECT_EQ(run("trace").code, 69);
 }
 
@@ -311,23 +299,6 @@ TEST_F(TraceVerbs, Requests_WhenTheDaemonRunsAgain_ThenOfTheLivingOneAlone) {
     EXPECT_THAT(result.text, HasSubstr("subsysd, pid " + std::to_string(getpid()) + ": waiting requests"));
     EXPECT_THAT(result.text, testing::ContainsRegex("\ngetLcdInfo  8 .*component for "));
     EXPECT_EQ(json::parse(run("--json requests --all").text).at("where"), "component");
-}
-
-TEST_F(TraceVerbs, Client_WhenAskedToRecord_ThenItsRequestsAreInTheTrace) {
-    test::Process server({FAKE_SERVER});
-    ASSERT_TRUE(server.awaitOutput("\n"));
-    setenv("SUBSYS_TRACE", "1", 1);
-    EXPECT_EQ(run("--serial 41 get-swtp-status").code, 0);
-    unsetenv("SUBSYS_TRACE");
-    const std::filesystem::path file = mNames.path() / "out.json";
-    const Result result = run("trace --output " + file.string());
-    EXPECT_EQ(result.code, 0);
-    EXPECT_THAT(result.text, testing::MatchesRegex("subsysctl: [0-9]+ marks of 1 process\n"));
-    std::stringstream text;
-    text << std::ifstream(file).rdbuf();
-    const auto begins = stepsOf(text.str(), "b");
-    ASSERT_THAT(begins, SizeIs(1));
-    EXPECT_EQ(std::get<3>(begins[0]), "getSwtpStatus #41");
 }
 
 }  // namespace

@@ -71,33 +71,28 @@ TEST(Looper, State_WhenAMessageRuns_ThenOthersSeeTheThreadTheHandlerAndWhatWaits
 }
 
 TEST(Looper, Loop_WhenOutputWaits_ThenItIsWrittenBeforeTheLoopSleepsAndBeforeItEnds) {
+    static constexpr int32_t FLUSH = 99;
     class Output final : public device::LoopOutput {
     public:
-        explicit Output(std::function<void()> atFlush) : mAtFlush(std::move(atFlush)) {}
+        explicit Output(Probe& probe) : mProbe(probe) {}
         void flush() override {
             isWaiting = false;
-            mAtFlush();
+            mProbe.seen.push_back(FLUSH);
+            test::send(&mProbe, ++mFlushes == 1 ? 3 : 4);
         }
 
     private:
-        const std::function<void()> mAtFlush;
+        Probe& mProbe;
+        int mFlushes = 0;
     };
-    constexpr int32_t FLUSH = 99;
-    Seen* order = nullptr;
     sp<Probe> probe;
     EXPECT_EQ(nullptr, device::LoopThread::current()) << "no loop runs here";
     test::runLoop([&] {
         probe = new Probe();
-        order = &probe->seen;
         probe->action = [&](const sp<Message>& message) {
             device::LoopThread& loop = *device::LoopThread::current();
             EXPECT_EQ(message->what == 1, loop.hasMore) << message->what;
-            if (loop.output == nullptr) {
-                loop.output = std::make_unique<Output>([&, flushes = 0]() mutable {
-                    order->push_back(FLUSH);
-                    test::send(probe, ++flushes == 1 ? 3 : 4);
-                });
-            }
+            if (loop.output == nullptr) loop.output = std::make_unique<Output>(*probe);
             loop.output->isWaiting = message->what == 2 || message->what == 3;
             if (message->what == 4) {
                 loop.output->isWaiting = true;
@@ -227,10 +222,8 @@ TEST(Looper, Sleep_WhenALaterMessageIsSent_ThenGoesOnUntilAnEarlierOneIsDue) {
 // ---- A thread with a looper. ----
 
 TEST(HandlerThread, Name_WhenAnyLength_ThenIsCutTo15) {
-    const struct {
-        sp<HandlerThread> thread;
-        const char* name;
-    } cases[] = {{new HandlerThread(), "HandlerThread"}, {new HandlerThread("a-name-of-sixteen"), "a-name-of-sixte"}};
+    const std::pair<sp<HandlerThread>, const char*> cases[] = {
+        {new HandlerThread(), "HandlerThread"}, {new HandlerThread("a-name-of-sixteen"), "a-name-of-sixte"}};
     for (const auto& [thread, name] : cases) {
         ASSERT_TRUE(thread->start());
         char given[16] = {};

@@ -68,26 +68,24 @@ TEST(Message, SendToTarget_WhenNoTarget_ThenFailsAndMayBeSentLater) {
 }
 
 TEST(Message, Message_WhenDispatchedDroppedOrRefused_ThenLetsGoOfAllItHolds) {
-    const struct {
-        const char* how;
-        std::function<void(const sp<Handler>&)> drop;
-    } cases[] = {{"dispatched",
-                  [](const auto& handler) {
-                      handler->obtainMessage(new Runnable([] { Looper::myLooper()->quit(); }))->sendToTarget();
-                      Looper::loop();
-                  }},
-                 {"quit", [](const auto&) { Looper::myLooper()->quit(); }},
-                 {"thread ended", [](const auto&) {}}};
-    for (const auto& end : cases) {
+    const std::pair<const char*, std::function<void(const sp<Handler>&)>> cases[] = {
+        {"dispatched",
+         [](const auto& handler) {
+             handler->obtainMessage(new Runnable([] { Looper::myLooper()->quit(); }))->sendToTarget();
+             Looper::loop();
+         }},
+        {"quit", [](const auto&) { Looper::myLooper()->quit(); }},
+        {"thread ended", [](const auto&) {}}};
+    for (const auto& [how, drop] : cases) {
         std::atomic<int> deaths{0};
-        std::thread([&] {
+        std::thread([&, &drop = drop] {
             Looper::prepare();
             const sp<Handler> handler = new Handler();
             selfHolding(handler, deaths)->sendToTarget();
             test::sendLater(handler, selfHolding(handler, deaths));
-            end.drop(handler);
+            drop(handler);
         }).join();
-        EXPECT_EQ(deaths, 2) << end.how;
+        EXPECT_EQ(deaths, 2) << how;
     }
     std::atomic<int> deaths{0};
     EXPECT_FALSE(selfHolding(new Handler(), deaths)->sendToTarget());

@@ -137,13 +137,12 @@ TEST(Record, Read_WhenOlderSenderStopsBetweenFields_ThenLaterFieldsKeepDefaults)
 }
 
 TEST(Record, Read_WhenAnArrayCannotBe_ThenItsStatus) {
-    struct Case {
-        int32_t count;
-        binder_status_t status;
-    };
-    for (const auto& [count, status] :
-         {Case{-1, STATUS_UNEXPECTED_NULL}, Case{-2, STATUS_BAD_VALUE}, Case{9, STATUS_NO_MEMORY},
-          Case{0x40000000, STATUS_NO_MEMORY}, Case{INT_MAX, STATUS_NO_MEMORY}}) {
+    const std::pair<int32_t, binder_status_t> cases[] = {{-1, STATUS_UNEXPECTED_NULL},
+                                                         {-2, STATUS_BAD_VALUE},
+                                                         {9, STATUS_NO_MEMORY},
+                                                         {0x40000000, STATUS_NO_MEMORY},
+                                                         {INT_MAX, STATUS_NO_MEMORY}};
+    for (const auto& [count, status] : cases) {
         IccPerceptionInfo records;
         EXPECT_EQ(status, readFrom({12, count, 0}, records)) << count;
         IccIndInfo bytes;

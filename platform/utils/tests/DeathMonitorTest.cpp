@@ -74,14 +74,6 @@ TEST_F(DeathMonitors, Death_WhenTheClientIsKilled_ThenOneMessageWithWhatAndObjec
     EXPECT_THAT(handler->deaths.all(), ElementsAre(Death{WHAT, obj.get()}, Death{WHAT, nullptr}));
 }
 
-TEST_F(DeathMonitors, Death_WhenNobodyElseHoldsTheCallback_ThenStillTold) {
-    const auto watched = monitor();
-    watched->init(first.callback<Response>());
-    EXPECT_EQ(handler->deaths.count(), 0u);
-    first.kill();
-    EXPECT_TRUE(handler->deaths.await());
-}
-
 TEST_F(DeathMonitors, Init_WhenTheCallbackIsDeadAlready_ThenTold) {
     const auto callback = first.killed<Response>();
     const auto watched = monitor();
@@ -102,29 +94,21 @@ TEST_F(DeathMonitors, Init_WhenThereIsANewCallback_ThenTheOldOnesDeathIsSilent) 
     EXPECT_TRUE(handler->deaths.await());
 }
 
-TEST_F(DeathMonitors, Init_WhenTheOldOnesDeathIsQueued_ThenItIsDropped) {
-    const auto dead = first.killed<Response>();
-    const auto watched = monitor();
-    looper.run([&] {  // The death waits in the queue.
-        watched->init(dead);
-        watched->init(second.callback<Response>());
-    });
-    looper.drain();
-    EXPECT_EQ(handler->deaths.count(), 0u);
-    second.kill();
-    EXPECT_TRUE(handler->deaths.await());
-}
-
-TEST_F(DeathMonitors, Init_WhenAnotherMonitorSharesHandlerAndWhat_ThenItsQueuedDeathStays) {
+TEST_F(DeathMonitors, Monitor_WhenADeathIsQueued_ThenItIsDroppedForTheReplacedAndTheDestroyedAlone) {
     const auto dead = first.killed<Response>();
     const auto replaced = monitor(), other = monitor();
-    looper.run([&] {
-        replaced->init(dead);
-        other->init(dead);
-        replaced->init(nullptr);
+    auto destroyed = monitor();
+    const sp<mindroid::Object> obj = new mindroid::Integer(1);
+    other->registerClientDeathEvent(handler, WHAT, obj);
+    looper.run([&] {  // The deaths wait in the queue.
+        for (DeathMonitor* each : {replaced.get(), destroyed.get(), other.get()}) each->init(dead);
+        replaced->init(second.callback<Response>());
+        destroyed.clear();
     });
     looper.drain();
-    EXPECT_EQ(handler->deaths.count(), 1u);
+    EXPECT_THAT(handler->deaths.all(), ElementsAre(Death{WHAT, obj.get()}));
+    second.kill();
+    EXPECT_TRUE(handler->deaths.await(2));
 }
 
 TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
@@ -141,17 +125,6 @@ TEST_F(DeathMonitors, Init_WhenTheCallbackIsNullOrLocal_ThenNothingIsWatched) {
         EXPECT_EQ(before.use_count(), holders);
     }
     ASSERT_TRUE(first.killed<Response>());
-    looper.drain();
-    EXPECT_EQ(handler->deaths.count(), 0u);
-}
-
-TEST_F(DeathMonitors, Destroy_WhenADeathIsQueued_ThenNoMessage) {
-    const auto dead = first.killed<Response>();
-    auto watched = monitor();
-    looper.run([&] {
-        watched->init(dead);
-        watched.clear();
-    });
     looper.drain();
     EXPECT_EQ(handler->deaths.count(), 0u);
 }
