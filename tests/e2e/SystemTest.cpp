@@ -53,6 +53,15 @@ TEST_F(System, KillProcess_WhenTheNameIsListed_ThenTheProcessIsKilled) {
     EXPECT_EQ(victim.wait(), KILLED);
 }
 
+TEST_F(System, Client_WhenKilled_ThenTheNextIsServed) {
+    start();
+    Client client("watch");
+    ASSERT_TRUE(client.awaitOutput("sendSubsysStateChanged state=true"));
+    client.end();
+    expectLog("SubsysService: SubsysService::serviceDied: Client died. Cleaning up callbacks");
+    expectRun({"get-lcd-info", 0, {"SUCCESS"}});
+}
+
 TEST_F(System, RfClient_WhenAnotherLives_ThenRefusedOrTakenOverAndTheWatchComesBack) {
     start();
     Client watch("--json watch");

@@ -2,12 +2,12 @@
 
 #include "tests/fuzz/support/Require.h"
 
+#include <android/binder_to_string.h>
 #include <stubs/Sinks.h>
-#include <stubs/Text.h>
 
 #include <array>
 #include <memory>
-#include <sstream>
+#include <string>
 
 namespace fuzz {
 
@@ -19,10 +19,9 @@ class Callback : public subsys_stubs::Sink<I, Callback<I>> {
 public:
     template <class Method, class... Args>
     ndk::ScopedAStatus onCall(const Method& method, const Args&... arguments) {
-        std::ostringstream text;
-        text << method.name;
-        (subsys_stubs::print(text, arguments), ...);
-        require(!text.str().empty());
+        std::string text = method.name;
+        ((text += android::internal::ToString(arguments)), ...);
+        require(!text.empty());
         return ndk::ScopedAStatus::ok();
     }
 };
