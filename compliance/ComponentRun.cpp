@@ -97,7 +97,7 @@ void ComponentRun::checkTogether(const std::vector<ComponentRequest>& requests) 
         }
         std::this_thread::sleep_for(SETTLE);
         for (size_t i = 0; i < probes.size(); ++i) {
-            const Verdict verdict = judge(*asked[i], probes[i].get(), refusedMessages() - refused);
+            Verdict verdict = judge(*asked[i], probes[i].get(), refusedMessages() - refused);
             if (verdict.kind != Verdict::OK) return verdict;
         }
         return ok();

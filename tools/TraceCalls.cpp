@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 
 namespace subsysctl {
 
@@ -24,7 +25,8 @@ std::optional<std::string> nameAtBothEnds(const TraceMark& mark, int32_t pid) {
         if ((!isSent && !rest.starts_with("from ")) || end == std::string_view::npos) break;
         const size_t start = isSent ? 3 : 5;
         const std::string peer(rest.substr(start, end - start)), own = std::to_string(pid);
-        return std::string(kind) + (isSent ? own + " " + peer : peer + " " + own) + std::string(rest.substr(end));
+        const auto& [caller, callee] = isSent ? std::tie(own, peer) : std::tie(peer, own);
+        return std::string(kind).append(caller).append(" ").append(callee).append(rest.substr(end));
     }
     return std::nullopt;
 }
