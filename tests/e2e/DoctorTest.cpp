@@ -20,7 +20,7 @@ protected:
 TEST_F(Doctor, Look_WhenAllIsWell_ThenZero) {
     start();
     expectRun({"get-icc-state", 0, {}});
-    expectRun({"doctor", 0, {"\nnothing is wrong: " + daemon() + "serves .* in " + mNames.path().string() + "\n"}});
+    expectRun({"doctor", 0, {"nothing is wrong: " + daemon() + "serves .* in " + mNames.path().string() + "\n"}});
     expectRun({"--json doctor 1", 0, {R"("finding":"answered","level":"note","text":"getIccState #1 was answered )"}});
     expectFault(" 7", "there is no request #7 in the recording; ");
 }
