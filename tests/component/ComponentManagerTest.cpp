@@ -1,5 +1,6 @@
 #include "component/ComponentManager.h"
 
+#include "component/ModuleManager.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/LooperThread.h"
 
@@ -30,9 +31,19 @@ public:
     void postInit(int32_t phase) override { mCalls.push_back(mName + ".postInit " + std::to_string(phase)); }
 
     std::function<void()> atInit = [] {};
+    using Component::mModuleManager;
 
 private:
     const std::string mName;
+    Calls& mCalls;
+};
+
+class RecordingModule : public Module {
+public:
+    explicit RecordingModule(Calls& calls) : mCalls(calls) {}
+    void onInit() override { mCalls.emplace_back("module.onInit"); }
+
+private:
     Calls& mCalls;
 };
 
@@ -62,15 +73,18 @@ protected:
 };
 
 TEST_F(ComponentManagerTest, Init_WhenSeveralAreAdded_ThenThreePassesInOrderAndALateOneIsOnlyFound) {
-    const sp<Component> preset = make("preset");
+    const sp<RecordingComponent> preset = new RecordingComponent("preset", calls);
+    preset->atInit = [&] { preset->mModuleManager->addModule(new RecordingModule(calls)); };
     const sp<RecordingComponent> first = new RecordingComponent("first", calls);
     first->atInit = [&] { manager.add(make("late", 8)); };
     preset->setInstanceId(5);
-    for (const sp<Component>& component : {sp<Component>(first), sp<Component>(), preset, preset}) {
+    for (const sp<Component>& component :
+         {sp<Component>(first), sp<Component>(), sp<Component>(preset), sp<Component>(preset)}) {
         manager.add(component);
     }
     init(2);
-    EXPECT_EQ(calls, (Calls{"first.init 2", "preset.init 5", "first.postInit 0", "preset.postInit 0"}));
+    EXPECT_EQ(calls,
+              (Calls{"first.init 2", "preset.init 5", "module.onInit", "first.postInit 0", "preset.postInit 0"}));
     EXPECT_TRUE(manager.find(8));
 }
 

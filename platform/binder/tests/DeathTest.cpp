@@ -62,11 +62,11 @@ TEST_F(DeathTest, LinkToDeath_WhenTheProcessIsKilled_ThenEachLinkHearsItOnceAndI
 TEST_F(DeathTest, UnlinkToDeath_WhenLinkedAndNot_ThenOneLinkEndsAndTheRestWithTheRecipientSilently) {
     ASSERT_EQ(STATUS_OK, link(mFirst));
     ASSERT_EQ(STATUS_OK, link(mFirst));
+    EXPECT_EQ(STATUS_NAME_NOT_FOUND, unlink(mSecond));
     ASSERT_EQ(STATUS_OK, unlink(mFirst));
     EXPECT_EQ("u", mFirst.all());
     ASSERT_EQ(STATUS_OK, unlink(mFirst));
     EXPECT_EQ(STATUS_NAME_NOT_FOUND, unlink(mFirst));
-    EXPECT_EQ(STATUS_NAME_NOT_FOUND, unlink(mSecond));
     EXPECT_EQ("uu", mFirst.all());
     ASSERT_EQ(STATUS_OK, link(mFirst));
     ASSERT_EQ(STATUS_OK, link(mSecond));

@@ -103,7 +103,7 @@ binder_status_t onTransact(AIBinder* binder, transaction_code_t code, const APar
 binder_status_t onDump(AIBinder*, int fd, const char** args, uint32_t count) {
     for (uint32_t i = 0; i < count; ++i) {
         if (strcmp(args[i], "fail") == 0) return STATUS_BAD_VALUE;
-        dprintf(fd, "%s\n", args[i]);
+        dprintf(fd, strcmp(args[i], "large") == 0 ? "%2000000s\n" : "%s\n", args[i]);
     }
     return STATUS_OK;
 }

@@ -1,3 +1,4 @@
+#include "binder/src/Class.h"
 #include "binder/src/Frame.h"
 #include "binder/src/Socket.h"
 #include "binder/tests/Peer.h"
@@ -137,7 +138,7 @@ public:
     }
     /** The service keeps object 5 of this peer. */
     void lend() const {
-        const Bytes object = bytesOf(FlatObject{ObjectKind::Senders, 5, 0});
+        const Bytes object = bytesOf(FlatObject{ObjectKind::Senders, 5, echoClass()->descriptorHash});
         const auto offset = static_cast<uint32_t>(token().size());
         ASSERT_TRUE(calls.send(frame(FrameKind::Call, root, KEEP, token() + object + bytesOf(offset), 1)));
         EXPECT_EQ(0u, calls.receive<FrameHeader>().code);
@@ -296,17 +297,30 @@ TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread
         }
     }
     for (const Fd& each : slow) EXPECT_EQ(12u, each.receiveData().size());
+    const Fd greeting = mBad.connect();
+    const Bytes hello = mBad.hello(HelloKind::Identify);
+    ASSERT_TRUE(greeting.send({hello.front()}));
+    const RawPeer other(mFolder, /*withCalls=*/false);  // after that byte is read
+    ASSERT_TRUE(greeting.send(Bytes(hello.begin() + 1, hello.end())));
+    EXPECT_EQ(PROTOCOL, greeting.receive<HelloReply>().protocol);
 }
 
-TEST_F(HostilePeerTest, Frame_WhenTooMuchIsHalfSent_ThenTheOldestConnectionsEndAndTheLatestIsServed) {
+TEST_F(OneThreadTest, Frame_WhenTooMuchIsHalfSent_ThenTheOldestConnectionsEndAndTheLatestIsServed) {
     const Bytes call = mBad.echoCall(900'000);
     const auto middle = call.begin() + 700'000;
     std::vector<Fd> connections;
     for (int i = 0; i < 6; ++i) {
         connections.push_back(mBad.openCalls());
         ASSERT_TRUE(connections.back().send(Bytes(call.begin(), middle)));
+        ASSERT_TRUE(mGood.isServed()) << "after what was sent is read";
+        if (i == 1) {
+            ASSERT_TRUE(connections.front().send({*middle}));  // which makes it no younger
+        } else if (i == 2) {
+            EXPECT_TRUE(connections.front().isClosed());
+            uint8_t byte = 0;
+            EXPECT_EQ(-1, recv(connections[1].get(), &byte, sizeof(byte), MSG_DONTWAIT)) << "it is open";
+        }
     }
-    EXPECT_TRUE(connections.front().isClosed());
     EXPECT_TRUE(isTold("sends too much half: a connection of it is closed"));
     ASSERT_TRUE(connections.back().send(Bytes(middle, call.end())));
     EXPECT_EQ(900'004u, connections.back().receiveData().size());
@@ -365,6 +379,41 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     }
     EXPECT_TRUE(mGood.isServed());
     for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
+}
+
+TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterTheNextCallAndNotBefore) {
+    mBad.lend();
+    ASSERT_TRUE(mBad.calls.send(frame(FrameKind::Call, mBad.root, GIVE, token())));
+    EXPECT_EQ(sizeof(FlatObject), mBad.calls.receiveData().size());
+    (void)mBad.calls.receive<uint32_t>();
+    mEcho->keep(nullptr);
+    EXPECT_TRUE(mGood.isServed()) << "after the reply is forgotten";
+    EXPECT_FALSE(hasUnread(mBad.incoming.get()));
+    EXPECT_TRUE(mBad.isServed());
+    EXPECT_EQ(FrameKind::Release, mBad.incoming.receive<FrameHeader>().kind);
+}
+
+TEST_F(HostilePeerTest, Oneway_WhenThePeerEndsWithoutReading_ThenALineCountsThoseThatDidNotGetThere) {
+    mBad.lend();
+    const auto note = [this] {
+        return call(
+            mEcho->kept(), NOTE, [](AParcel* in) { ndk::AParcel_writeVector(in, Bytes(100'000)); }, {}, FLAG_ONEWAY);
+    };
+    int lost = 0;
+    while (lost < 5 && note() == STATUS_OK) ++lost;
+    EXPECT_EQ(5, lost);
+    mBad.channel.close();
+    EXPECT_TRUE(mBad.calls.isClosed());
+    const auto isNextWhole = [this] {
+        FrameHeader header{};
+        if (recv(mBad.incoming.get(), &header, sizeof(header), MSG_WAITALL) != sizeof(header)) return false;
+        Bytes data(header.dataSize());
+        return recv(mBad.incoming.get(), data.data(), data.size(), MSG_WAITALL) == static_cast<ssize_t>(data.size());
+    };
+    while (isNextWhole()) --lost;
+    const std::string process = std::to_string(getpid());
+    EXPECT_TRUE(
+        mLog.await("Binder", std::to_string(lost) + " oneway calls to process " + process + " were not delivered"));
 }
 
 TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {

@@ -217,7 +217,7 @@ TEST(ParcelTest, SetDataPosition_WhenWritingOverAnObject_ThenItIsGone) {
     echo->onDestroy = [&] { destroyed = true; };
     ASSERT_EQ(STATUS_OK, AParcel_writeStrongBinder(parcel.get(), test::newEcho(echo).get()));
     ASSERT_EQ(STATUS_OK, AParcel_writeStrongBinder(parcel.get(), test::newEcho(new test::Echo).get()));
-    AParcel_setDataPosition(parcel.get(), 4);
+    AParcel_setDataPosition(parcel.get(), 12);
     EXPECT_FALSE(destroyed);
     AParcel_writeInt32(parcel.get(), 1);
     EXPECT_TRUE(destroyed);

@@ -1,3 +1,4 @@
+#include "binder/src/UniqueFd.h"
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
 #include "tests/support/LogCapture.h"
@@ -8,6 +9,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 
 #include <array>
@@ -154,6 +156,19 @@ TEST_F(ProcessesTest, WriteStrongBinder_WhenAnObjectTravels_ThenItStaysOneAndThe
     EXPECT_EQ(STATUS_OK, keep(mService, nullptr));
 }
 
+TEST_F(ProcessesTest, WriteStrongBinder_WhenThereAreMany_ThenTheyTravelUpToTheLimit) {
+    const ndk::SpAIBinder own = newEcho(new Echo);
+    const auto sending = [&](int count) {
+        return call(mService, ECHO, [&](AParcel* in) {
+            ndk::AParcel_writeVector(in, ofSize(4));
+            for (int i = 0; i < count; ++i) AParcel_writeStrongBinder(in, own.get());
+        });
+    };
+    EXPECT_EQ(STATUS_OK, sending(4096));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, sending(4097));
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+}
+
 TEST_F(ProcessesTest, DecStrong_WhenThePeerLetsGo_ThenTheObjectIsDestroyed) {
     Event destroyed;
     for (size_t round = 1; round <= 3; ++round) {
@@ -252,6 +267,10 @@ TEST_F(ProcessesTest, Dump_WhenTheObjectIsRemote_ThenArgumentsGoThereAndTheTextC
     EXPECT_EQ("a\n\nb c\n", dump({"a", "", "b c"}));
     const char* const fails = "fail";
     EXPECT_EQ(STATUS_BAD_VALUE, AIBinder_dump(mService.get(), 1, const_cast<const char**>(&fails), 1));
+    const binder::UniqueFd file(memfd_create("dump", MFD_CLOEXEC));
+    const char* const large = "large";
+    EXPECT_EQ(STATUS_OK, AIBinder_dump(mService.get(), file.get(), const_cast<const char**>(&large), 1));
+    EXPECT_GT(lseek(file.get(), 0, SEEK_END), 1'000'000) << "as much as a reply holds";
     EXPECT_EQ(STATUS_UNKNOWN_ERROR, AIBinder_dump(mService.get(), -1, const_cast<const char**>(&ECHO_DESCRIPTOR), 1));
 }
 
@@ -318,7 +337,18 @@ void fillUp(const Peer& server, const ndk::SpAIBinder& service) {
     while (sent < 10'000 && note(service, 0, BALLAST) == STATUS_OK) ++sent;
     EXPECT_GT(sent * BALLAST, 350u * 1024);
     EXPECT_LT(sent * BALLAST, 640u * 1024);
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(service, 0, BALLAST));
+    for (int i = 0; i < 9; ++i) EXPECT_EQ(STATUS_FAILED_TRANSACTION, note(service, 0, BALLAST));
+    auto* const unsent = new Echo;
+    bool destroyed = false;
+    unsent->onDestroy = [&] { destroyed = true; };
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, call(
+                                             service, KEEP,
+                                             [&](AParcel* in) {
+                                                 AParcel_writeStrongBinder(in, newEcho(unsent).get());
+                                                 ndk::AParcel_writeVector(in, ofSize(BALLAST));
+                                             },
+                                             {}, FLAG_ONEWAY));
+    EXPECT_TRUE(destroyed);
     const std::string line =
         "process " + std::to_string(server.pid()) + " does not read: oneway calls to it fail until it does";
     EXPECT_EQ(1u, log.count("Binder", line, ANDROID_LOG_WARN));

@@ -128,6 +128,24 @@ TEST_F(ServiceManagerTest, AddService_WhenItsFilesAreDeletedLater_ThenTheyAreMad
     EXPECT_TRUE(log.await("Binder", "the folder of names was deleted: no service of this process is found any more"));
 }
 
+TEST_F(ServiceManagerTest, AddService_WhenAnotherProcesssFilesReplaceItsOwn_ThenTheyAreLeftAlone) {
+    const LogCapture log;
+    ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    const NamesFolder others;
+    Peer other("serve", "name");
+    ASSERT_TRUE(other.isReady());
+    setenv("SUBSYS_BINDER_DIR", mFolder.c_str(), 1);
+    for (const char* const file : {"lock@name", "socket@name"}) {
+        std::filesystem::create_hard_link(others.path() / file, mFolder / "link");
+        std::filesystem::rename(mFolder / "link", mFolder / file);
+    }
+    EXPECT_TRUE(log.await("Binder",
+                          "the lock file of name was deleted and cannot be made again: another process "
+                          "holds the name"));
+    EXPECT_EQ(EX_NONE, add(mObject, "next")) << "after that";
+    EXPECT_EQ(2U, std::filesystem::hard_link_count(mFolder / "socket@name")) << "still the other's";
+}
+
 TEST_F(ServiceManagerTest, AddService_WhenTheNameCannotBeTaken_ThenNothingStaysBehindInTheFolder) {
     std::filesystem::create_directory(mFolder / "socket@name");
     EXPECT_EQ(EX_UNSUPPORTED_OPERATION, add(mObject, "name"));
