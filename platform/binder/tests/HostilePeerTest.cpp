@@ -288,6 +288,7 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesInTheMiddle_ThenNothingIsLoggedAndO
 
 TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
     std::vector<Fd> slow;
+    slow.reserve(6);
     for (int i = 0; i < 6; ++i) slow.push_back(mBad.openCalls());
     const Bytes call = mBad.echoCall(8);
     for (size_t i = 0; i < call.size(); ++i) {
@@ -429,6 +430,7 @@ TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
 
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
     std::vector<Fd> silent;
+    silent.reserve(1000);
     for (int i = 0; i < 1000; ++i) silent.push_back(mBad.connect());
     EXPECT_TRUE(silent.back().isClosed());
     EXPECT_TRUE(mGood.isServed());
@@ -442,6 +444,7 @@ TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClose
 
 TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRestIsRefused) {
     std::vector<Fd> calls;
+    calls.reserve(MAX_SERVED);
     for (int i = 0; i < MAX_SERVED; ++i) calls.push_back(mGood.openCalls());
     EXPECT_TRUE(calls.back().isClosed());
     std::vector<RawPeer> sessions;

@@ -105,7 +105,7 @@ TEST_F(ServiceManagerTest, AddService_WhenTheFolderIsNotThisUsersAlone_ThenRefus
     std::filesystem::create_directory(mFolder / "own");
     std::filesystem::create_directory_symlink(mFolder / "own", link);
     refused(link, "is a link");
-    std::ofstream(mFolder / "file");
+    std::ofstream(mFolder / "file").close();
     refused(mFolder / "file", "is no folder");
     ASSERT_EQ(0, chmod((mFolder / "own").c_str(), 0750));
     refused(mFolder / "own", "is open to other users");
