@@ -82,7 +82,10 @@ TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
 }
 
 TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
-    const Case cases[] = {
+    const Case served[] = {
+        {"get-lcd-info --type 1x --json", 2,
+         R"({"error":"usage","message":"--type: expected an integer, -2147483648 to 2147483647, not '1x'"})"
+         "\n"},
         {"--json --timeout 0.5 send-icc-meta-cmd --id -1", 124,
          R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 500.0 ms","serial":1,)"
          R"("hint":"is the component missing or silent?"})"
@@ -90,14 +93,12 @@ TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
         {"--json get-lcd-info --type 3", 69,
          R"({"error":"died","verb":"get-lcd-info","message":"the service has died","serial":1})"
          "\n"},
-        {"--json get-lcd-info", 69,
-         R"({"error":"noService","verb":"get-lcd-info","message":"no such service: )" + SERVICE + " in " +
-             mNames.path().string() + "\"}\n"},
-        {"get-lcd-info --type 1x --json", 2,
-         R"({"error":"usage","message":"--type: expected an integer, -2147483648 to 2147483647, not '1x'"})"
-         "\n"},
     };
-    for (const Case& each : cases) expectRun(each);
+    for (const Case& each : served) expectRun(each);
+    mServer.wait();  // while it ends, its name is still held
+    expectRun({"--json get-lcd-info", 69,
+               R"({"error":"noService","verb":"get-lcd-info","message":"no such service: )" + SERVICE + " in " +
+                   mNames.path().string() + "\"}\n"});
 }
 
 TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailuresCode) {
