@@ -16,14 +16,6 @@ using interface::ISubsysResponse;
 // A process of this name is on nobody's list, so that nothing is killed.
 constexpr const char* UNLISTED = "subsys-compliance";
 
-template <class Response>
-bool isAnsweredBy(const std::string& method) {
-    bool isAnswered = false;
-    subsys_stubs::forEachMethod<Response>(
-        [&](const auto& response) { isAnswered = isAnswered || response.name == method + "Response"; });
-    return isAnswered;
-}
-
 template <class T>
 void fill(const std::string& name, T& argument, int32_t serial) {
     if constexpr (std::is_same_v<T, int32_t>) {
@@ -82,7 +74,9 @@ std::vector<Call> takeAnswers(const Client& client, int32_t serial, std::chrono:
 
 void checkRequests(ServiceRun& run) {
     subsys_stubs::forEachMethod<ISubsys>([&](const auto& method) {
-        if (!isAnsweredBy<ISubsysResponse>(method.name) && !isAnsweredBy<IImsOrtcResponse>(method.name)) return;
+        const std::string answer = std::string(method.name) + "Response";
+        if (!subsys_stubs::hasMethod<ISubsysResponse>(answer) && !subsys_stubs::hasMethod<IImsOrtcResponse>(answer))
+            return;
         run.checks.check(std::string("request ") + method.name, CALLING, [&] { return checkRequest(run, method); });
     });
 }

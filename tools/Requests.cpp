@@ -114,17 +114,9 @@ auto sender(const Method& method, const typename Method::Arguments& arguments) {
 
 using IsAnswer = std::function<bool(const Json&, int32_t)>;
 
-template <class Response>
-bool isAnsweredBy(const std::string& method) {
-    bool isAnswered = false;
-    subsys_stubs::forEachMethod<Response>(
-        [&](const auto& response) { isAnswered = isAnswered || response.name == method + "Response"; });
-    return isAnswered;
-}
-
 Needs needsOf(const std::string& method) {
-    if (isAnsweredBy<ISubsysResponse>(method)) return Needs::RF;
-    return isAnsweredBy<IImsOrtcResponse>(method) ? Needs::IMS : Needs::NOTHING;
+    if (subsys_stubs::hasMethod<ISubsysResponse>(method + "Response")) return Needs::RF;
+    return subsys_stubs::hasMethod<IImsOrtcResponse>(method + "Response") ? Needs::IMS : Needs::NOTHING;
 }
 
 IsAnswer responseTo(const std::string& method) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -77,6 +78,13 @@ constexpr void forEachField(R& record, Visitor&& visitor) {
 template <class I, class Visitor>
 constexpr void forEachMethod(Visitor&& visitor) {
     std::apply([&](const auto&... method) { (visitor(method), ...); }, InterfaceTraits<I>::methods);
+}
+
+template <class I>
+constexpr bool hasMethod(std::string_view name) {
+    bool has = false;
+    forEachMethod<I>([&](const auto& method) { has = has || method.name == name; });
+    return has;
 }
 
 template <class I, uint32_t code>
