@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/Dump.h"
 #include "tools/ProcessState.h"
 
 #include <device/TraceFile.h>
@@ -12,9 +13,6 @@
 
 // Why a request was not answered, from what can be seen of the service from outside.
 namespace subsysctl {
-
-// The lines of a dump.
-using DumpLines = std::map<std::string, std::string>;
 
 // What is known. The daemon may be stopped, hung, or gone: then less is.
 struct Evidence {

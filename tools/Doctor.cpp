@@ -18,7 +18,6 @@
 #include <cstdlib>
 #include <future>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -31,16 +30,6 @@ namespace {
 
 // A daemon that is well answers in a few milliseconds.
 constexpr std::chrono::seconds PATIENCE{3};
-
-DumpLines linesOf(const std::string& text) {
-    DumpLines lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        const size_t colon = line.find(": ");
-        if (colon != std::string::npos) lines[line.substr(0, colon)] = line.substr(colon + 2);
-    }
-    return lines;
-}
 
 std::optional<DumpLines> askForDump(const std::string& service) {
     const ndk::SpAIBinder binder(AServiceManager_checkService(service.c_str()));

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <sstream>
 
 namespace subsysctl {
 
@@ -21,6 +22,16 @@ binder_status_t dumpOf(AIBinder* binder, const std::vector<const char*>& argumen
     }
     close(file);
     return status;
+}
+
+DumpLines linesOf(const std::string& dump) {
+    DumpLines lines;
+    std::istringstream in(dump);
+    for (std::string line; std::getline(in, line);) {
+        const size_t colon = line.find(": ");
+        if (colon != std::string::npos) lines[line.substr(0, colon)] = line.substr(colon + 2);
+    }
+    return lines;
 }
 
 }  // namespace subsysctl

@@ -2,7 +2,10 @@
 
 #include "tools/Callbacks.h"
 #include "tools/Dump.h"
+#include "tools/ProcessState.h"
 #include "tools/Text.h"
+
+#include <device/Mutex.h>
 
 #include <signal.h>
 #include <unistd.h>
@@ -11,8 +14,7 @@
 #include <charconv>
 #include <chrono>
 #include <condition_variable>
-#include <fstream>
-#include <mutex>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -21,21 +23,6 @@ namespace subsysctl {
 namespace {
 
 constexpr std::chrono::seconds BETWEEN_LOOKS(1);
-constexpr std::string_view KEY = "rf.response: ";
-
-std::string lineOf(const std::string& state, std::string_view key) {
-    size_t at = state.starts_with(key) ? 0 : state.find("\n" + std::string(key));
-    if (at == std::string::npos) return "";
-    at = state.find(key, at) + key.size();
-    return state.substr(at, state.find('\n', at) - at);
-}
-
-std::string nameOf(pid_t pid) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
-    std::string name;
-    std::getline(file, name);
-    return name;
-}
 
 Json note(const char* what, const RfClient& client, const std::string& message) {
     return {{"note", what},
@@ -54,16 +41,18 @@ ndk::ScopedAStatus becomeRfClient(Request::Service& service, const std::shared_p
                                newReporter<interface::ISubsysIndication>("indication", mailbox));
 }
 
-RfClient rfClientIn(const std::string& state) {
-    const std::string line = lineOf(state, KEY);
-    if (line.empty()) return {};
+RfClient rfClientIn(const std::string& dump) {
+    const DumpLines lines = linesOf(dump);
+    const auto found = lines.find("rf.response");
+    if (found == lines.end()) return {};
+    const std::string& line = found->second;
     constexpr std::string_view PID = "pid ";
     RfClient client{RfClient::NONE, 0, ""};
     if (!line.starts_with(PID) || !line.ends_with(", alive")) return client;
     std::from_chars(line.data() + PID.size(), line.data() + line.size(), client.pid);
     if (kill(client.pid, 0) != 0 && errno == ESRCH) return client;  // the service has not seen it yet
     client.kind = client.pid == getpid() ? RfClient::SELF : RfClient::OTHER;
-    client.name = nameOf(client.pid);
+    if (const auto process = processState(client.pid)) client.name = process->name;
     return client;
 }
 
@@ -75,13 +64,15 @@ struct RfKeeper::State {
     const std::shared_ptr<Request::Service> service;
     const std::shared_ptr<Mailbox> mailbox;
     RfClient inPlace{};  // of this process; its own thread's
-    std::mutex mutex{};
+    device::Mutex mutex{};
     std::condition_variable changed{};
-    bool stopped = false;  // guarded by mutex
+    bool stopped SUBSYS_GUARDED_BY(mutex) = false;
 
     bool waitForNextLook() {
-        std::unique_lock lock(mutex);
-        return !changed.wait_for(lock, BETWEEN_LOOKS, [this] { return stopped; });
+        const auto until = std::chrono::steady_clock::now() + BETWEEN_LOOKS;
+        device::MutexLock lock(mutex);
+        while (!stopped && std::chrono::steady_clock::now() < until) lock.waitUntil(changed, until);
+        return !stopped;
     }
 
     void look() {
@@ -108,7 +99,7 @@ RfKeeper::RfKeeper(std::shared_ptr<Request::Service> service, std::shared_ptr<Ma
 }
 
 RfKeeper::~RfKeeper() {
-    const std::lock_guard lock(mState->mutex);
+    const device::MutexLock lock(mState->mutex);
     mState->stopped = true;
     mState->changed.notify_one();
 }

@@ -11,7 +11,7 @@
 // Who is the service's RF client: there is one, and whoever registers takes its place.
 namespace subsysctl {
 
-// Responses and indications go to the mailbox from now on. (any)
+// Responses and indications go to the mailbox from now on. Thread: any.
 [[nodiscard]] ndk::ScopedAStatus becomeRfClient(Request::Service& service, const std::shared_ptr<Mailbox>& mailbox);
 
 struct RfClient {
@@ -22,7 +22,7 @@ struct RfClient {
 };
 
 // As the dump says.
-[[nodiscard]] RfClient rfClientIn(const std::string& state);
+[[nodiscard]] RfClient rfClientIn(const std::string& dump);
 
 // "pid 12 (name)"
 [[nodiscard]] std::string describe(const RfClient& client);
