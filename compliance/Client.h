@@ -28,7 +28,7 @@ struct Call {
 // Whether the call is the answer to a request with a serial.
 [[nodiscard]] bool isAnswer(const Call& call);
 
-// What a client's callbacks were told. Any thread.
+// What a client's callbacks were told. Thread: any.
 class Inbox {
 public:
     using Matches = std::function<bool(const Call&)>;

@@ -41,32 +41,32 @@ public:
     Component(int32_t voteMode, int32_t type);
     ~Component() override;
 
-    // Any other message than MSG_PROXY_STATE_CHANGED is logged and dropped. Looper.
+    // Any other message than MSG_PROXY_STATE_CHANGED is logged and dropped. Thread: looper.
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
-    // Start-up, in this order. A subclass that overrides init calls it. Looper.
+    // Start-up, in this order. A subclass that overrides init calls it. Thread: looper.
     virtual void init(int32_t instanceId);
     virtual void postInit(int32_t phase);
 
-    // Deliberate: only the first call counts, for owners that give a component its id before start-up. Looper.
+    // Deliberate: only the first call counts, for owners that give a component its id before start-up. Thread: looper.
     void setInstanceId(int32_t instanceId);
-    // Initialises the component's modules. Looper.
+    // Initialises the component's modules. Thread: looper.
     void loadModules();
-    // Tells the listeners the new state and feeds the ticket with it. Looper.
+    // Tells the listeners the new state and feeds the ticket with it. Thread: looper.
     void handleProxyStateChanged(const mindroid::sp<mindroid::Message>& message);
 
-    // Any.
+    // Thread: any.
     [[nodiscard]] int32_t getType() const { return mType; }
     [[nodiscard]] int32_t getInstanceId() const { return mInstanceId; }
     [[nodiscard]] int32_t getVoteMode() const { return mVoteMode; }
     [[nodiscard]] const mindroid::sp<mindroid::Ticket>& getTicket() const { return mTicket; }
 
-    // Answers with a value of one of the types in Boxing.h, whatever the error is. Any.
+    // Answers with a value of one of the types in Boxing.h, whatever the error is. Thread: any.
     template <typename... Value>
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error, const Value&... value) {
         reply->obj = box(value...);
         sendReply(reply, error);
     }
-    // Answers without a value; obj is left as it was. Any.
+    // Answers without a value; obj is left as it was. Thread: any.
     void sendErrorResponse(const mindroid::sp<mindroid::Message>& reply, int32_t error);
 
 protected:

@@ -30,18 +30,18 @@ public:
     ComponentManager& operator=(const ComponentManager&) = delete;
 
     // A component that is listed already is not listed again. Before init; one that comes later is found by lookups but
-    // not started. Looper.
+    // not started. Thread: looper.
     void add(const mindroid::sp<Component>& component);
-    // Starts all components and then the readiness vote. Once in a process. Looper.
+    // Starts all components and then the readiness vote. Once in a process. Thread: looper.
     void init(int32_t instanceId);
-    // Takes every component through setInstanceId; then init and loadModules; then postInit. Looper.
+    // Takes every component through setInstanceId; then init and loadModules; then postInit. Thread: looper.
     void initComponents(int32_t instanceId);
     // The callback runs once, on the handler's looper, when all components are ready. A listener that comes later is
-    // not told. Any.
+    // not told. Thread: any.
     void registeComponentReady(const mindroid::sp<mindroid::Handler>& handler,
                                const mindroid::sp<mindroid::MessageCallback>& callback);
 
-    // The component registered first with the type (and the instance id), or null. Any.
+    // The component registered first with the type (and the instance id), or null. Thread: any.
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId) const;
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId, int32_t instanceId) const;
     // All that were added, in that order; null ones too. Any, after start-up.
@@ -62,7 +62,7 @@ private:
 };
 
 // The component registered first with the type (and the instance id), or null. The type is not checked: the id is
-// trusted, and component libraries may be built without type information. Any.
+// trusted, and component libraries may be built without type information. Thread: any.
 template <typename T>
 [[nodiscard]] mindroid::sp<T> getComponent(int32_t typeId) {
     return static_cast<T*>(ComponentManager::getInstance()->find(typeId).get());

@@ -15,9 +15,9 @@ public:
     explicit ExecutorProxy(const mindroid::sp<mindroid::HandlerThread>& thread);
     ~ExecutorProxy() override;
 
-    // Runs the task once for each call, after what is queued already. Any.
+    // Runs the task once for each call, after what is queued already. Thread: any.
     void execute(const mindroid::sp<mindroid::Runnable>& task) override;
-    // Drops every pending run of the task; a run under way goes on. Any.
+    // Drops every pending run of the task; a run under way goes on. Thread: any.
     void cancel(const mindroid::sp<mindroid::Runnable>& task) override;
 
 private:

@@ -12,10 +12,10 @@ public:
     Module();
 
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
-    // Called once the component itself is initialised. Looper.
+    // Called once the component itself is initialised. Thread: looper.
     virtual void onInit();
 
-    // The component's instance id. Looper.
+    // The component's instance id. Thread: looper.
     void setInstanceId(int32_t instanceId);
 
 protected:

@@ -54,7 +54,7 @@ private:
     int32_t mCookie = 0;
 };
 
-// One request on its way, from the bridge on. Without a scope, or while nobody records, it marks nothing. Any.
+// One request on its way, from the bridge on. Without a scope, or while nobody records, it marks nothing. Thread: any.
 class RequestTrace {
 public:
     // The request of the calling thread's scope goes to its component.

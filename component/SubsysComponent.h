@@ -23,11 +23,11 @@ public:
 
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
 
-    // Answers without a value; obj is left as it was. Any.
+    // Answers without a value; obj is left as it was. Thread: any.
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, SUBSYS_Errno error);
     // Answers with a value of one of the types in Boxing.h.
     // Deliberate: a failed reply carries no value, obj is left as it was. Readers of a reply look at the error first.
-    // Any.
+    // Thread: any.
     template <typename... Value>
     static void sendResponse(const mindroid::sp<mindroid::Message>& reply, SUBSYS_Errno error, const Value&... value) {
         mindroid::sp<mindroid::Object> boxed = box(value...);

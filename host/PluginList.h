@@ -4,5 +4,5 @@
 #include <vector>
 
 // What is wrong with the device's plugin list and the files that it names, a line for each fault: the service library
-// passes over them in silence. Opens no library. Any thread.
+// passes over them in silence. Opens no library. Thread: any.
 [[nodiscard]] std::vector<std::string> pluginListFaults();

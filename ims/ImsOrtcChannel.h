@@ -26,7 +26,7 @@ namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 //   LOCKS_ON_DEATH  whether freeing the slots of dead clients takes the registration lock
 
 // One client slot: free, or a client's callback and the watch on its process. The channel serialises
-// registration. Any.
+// registration. Thread: any.
 template <typename Traits>
 class ImsOrtcHolder final : public ::mindroid::Object {
 public:
@@ -63,13 +63,13 @@ class ImsOrtcChannel : public ::mindroid::Handler {
 public:
     using Callback = typename Traits::Callback;
 
-    // Puts a client into the first slot that is free or whose client is dead. Null changes nothing. Binder.
+    // Puts a client into the first slot that is free or whose client is dead. Null changes nothing. Thread: binder.
     void setCallback(std::shared_ptr<Callback> callback);
-    // Frees the slots whose clients are dead. Looper.
+    // Frees the slots whose clients are dead. Thread: looper.
     void onClientDeath(const ::mindroid::sp<::mindroid::Message>& msg);
     void handleMessage(const ::mindroid::sp<::mindroid::Message>& msg) override;
 
-    // The process in each slot and whether it lives. Any.
+    // The process in each slot and whether it lives. Thread: any.
     [[nodiscard]] std::array<std::string, 2> describeClients() const {
         return {mSlots[0]->describe(), mSlots[1]->describe()};
     }

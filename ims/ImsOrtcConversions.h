@@ -13,7 +13,7 @@
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcRoomInfo.h>
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/OrtcStatus.h>
 
-// Between the records of the binder interface and those of the component. Safe on any input. Any.
+// Between the records of the binder interface and those of the component. Safe on any input. Thread: any.
 namespace hal {
 
 // Text is copied byte for byte, embedded NULs too, where it is strictly shorter than its field; a longer one is not

@@ -25,7 +25,7 @@ public:
     void init();
 
     // Each returns OK at once; the outcome comes through ImsOrtcServiceResponse. Without a component the request is
-    // dropped and never answered. Binder.
+    // dropped and never answered. Thread: binder.
     ::ndk::ScopedAStatus setCallInfo(int32_t serial, const CallInfo& info);
     ::ndk::ScopedAStatus setOrtcRoomInfo(int32_t serial, const OrtcRoomInfo& info);
     ::ndk::ScopedAStatus sendImsRtpData(int32_t serial, const ImsRtpDataInfo& info);

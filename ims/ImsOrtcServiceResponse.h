@@ -23,7 +23,7 @@ struct ImsOrtcResponseTraits {
 
 using ImsOrtcServiceResponseObj = ImsOrtcHolder<ImsOrtcResponseTraits>;
 
-// Fills the header of a response. An error outside 0..9 becomes GENERIC_FAILURE. Any.
+// Fills the header of a response. An error outside 0..9 becomes GENERIC_FAILURE. Thread: any.
 void populateImsOrtcResponseInfo(SubsysResponseInfo& info, int32_t serial, SUBSYS_Errno error);
 
 // Carries the answers to IMS ORTC requests to the clients: each to both of them, whoever asked. The operations always

@@ -35,7 +35,7 @@ public:
     [[nodiscard]] const std::string& getPath() const { return mPath; }
     // Deliberate: always false, no operation sets it. Callers of PluginManager::isPluginLoaded know it so.
     [[nodiscard]] bool isLoaded() const { return mLoaded; }
-    // Whether load has opened the library. Any.
+    // Whether load has opened the library. Thread: any.
     [[nodiscard]] bool isOpen() const { return mPluginHandle != nullptr; }
 
     // Whether this process may read the device's file with this path.

@@ -19,7 +19,7 @@ public:
     PluginManagerComponent();
     ~PluginManagerComponent() override;
 
-    // Lives as long as the process. Any.
+    // Lives as long as the process. Thread: any.
     [[nodiscard]] PluginManager* getPluginManager() const { return mPluginManager; }
 
 private:
@@ -33,14 +33,14 @@ class loadComponent {
 public:
     loadComponent() { ComponentManager::getInstance()->add(getComponent()); }
 
-    // Made at the first call, whoever makes it. Any.
+    // Made at the first call, whoever makes it. Thread: any.
     [[nodiscard]] static mindroid::sp<T> getComponent() {
         static const mindroid::sp<T> sComponent = new T();
         return sComponent;
     }
 };
 
-// The plugin manager of the process. Any.
+// The plugin manager of the process. Thread: any.
 [[nodiscard]] PluginManager* getPluginManager();
 
 }  // namespace hal

@@ -30,7 +30,7 @@ public:
                         const mindroid::sp<mindroid::Message>& reply);
     void sendIccCmdExt(int32_t reqId, const std::vector<uint8_t>& data, const mindroid::sp<mindroid::Message>& reply);
 
-    // The outcome of a command as the commands above 254 report it. Any.
+    // The outcome of a command as the commands above 254 report it. Thread: any.
     [[nodiscard]] static SUBSYS_Errno getIccStateError(spi_cmd_err_code_e code);
 
 private:

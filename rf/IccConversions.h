@@ -9,7 +9,7 @@
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 
 // The plugin's records as clients see them. A count that the record can't hold is cut to what it can, with one error
-// line. Any.
+// line. Thread: any.
 
 // The event holds its modes as pairs of type and value; the answer to a query all types, then all values.
 [[nodiscard]] IccStateInfo fromStateEvent(const IccStateInfoType& record);

@@ -17,11 +17,11 @@ public:
     static constexpr uint32_t MESSAGE_BASE = 1000;
 
     // Puts the callback in the place of what the handler registered for this event before. An event that comes while it
-    // changes places is missed. Any.
+    // changes places is missed. Thread: any.
     void add(IccEventType type, const mindroid::sp<mindroid::Handler>& handler,
              const mindroid::sp<mindroid::MessageCallback>& callback, const mindroid::sp<mindroid::Object>& obj);
 
-    // Tells the listeners of the event in the message, whose obj is an IccEvent. Proxy.
+    // Tells the listeners of the event in the message, whose obj is an IccEvent. Thread: proxy.
     void handleMessage(const mindroid::sp<mindroid::Message>& message);
 
 private:

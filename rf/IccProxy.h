@@ -38,7 +38,7 @@ public:
     IccProxy(int32_t instance, const mindroid::sp<mindroid::HandlerThread>& thread);
     ~IccProxy() override;
 
-    // Everything up to sendIccCmd returns at once; the proxy's thread does the work. Any.
+    // Everything up to sendIccCmd returns at once; the proxy's thread does the work. Thread: any.
 
     // `speed` in Hz.
     void iccApisInit(uint8_t version, uint32_t speed, uint8_t brindle);
@@ -76,17 +76,17 @@ public:
     void sendIccCmd(int32_t reqId, std::vector<uint8_t> data, int32_t timeoutMs,
                     const mindroid::sp<mindroid::Message>& reply);
 
-    // The outcome of a command as the commands above 254 report it. Any.
+    // The outcome of a command as the commands above 254 report it. Thread: any.
     [[nodiscard]] static SUBSYS_Errno getIccStateError(spi_cmd_err_code_e code) {
         return IccCommands::getIccStateError(code);
     }
 
-    // Takes an event over from the plugin. Any.
+    // Takes an event over from the plugin. Thread: any.
     void processIccStateEvent(IccEventType type, const void* data, int size);
-    // Tells the listeners of an event. Proxy.
+    // Tells the listeners of an event. Thread: proxy.
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
 
-    // Whether the plugin is there to be called. Tries again each time until it is. Proxy.
+    // Whether the plugin is there to be called. Tries again each time until it is. Thread: proxy.
     bool loadIccApisPlugin() { return mPlugin.loadIccApisPlugin(); }
 
 private:

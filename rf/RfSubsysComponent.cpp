@@ -34,7 +34,8 @@ constexpr int32_t RF_ICC_INFO_MAX_TRIES = 5;
 constexpr uint32_t ICC_BUS_SPEED_HZ = 4000000;
 constexpr int32_t NOT_SUPPORTED = 1;
 
-// Deliberate: one-time steps are taken once for the process, not for the component. The plugin relies on it. Looper.
+// Deliberate: one-time steps are taken once for the process, not for the component. The plugin relies on it.
+// Thread: looper.
 bool sVsReady = false;
 bool sRfIccInfoDone = false;
 int32_t sRfIccInfoTries = 0;

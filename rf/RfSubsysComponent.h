@@ -30,11 +30,11 @@ public:
     RfSubsysComponent();
     ~RfSubsysComponent() override;
 
-    // Looper.
+    // Thread: looper.
     void handleMessage(const mindroid::sp<mindroid::Message>& message) override;
-    // Only instance 0 has work to do. Looper.
+    // Only instance 0 has work to do. Thread: looper.
     void init(int32_t phase) override;
-    // Wires the notifications and starts asking for the RF ICC information; once in a process. Looper.
+    // Wires the notifications and starts asking for the RF ICC information; once in a process. Thread: looper.
     virtual void onVsComponentReady();
 
     // Requests. Each answers its reply message.
@@ -62,7 +62,7 @@ public:
     Registration registerIccPercChangeInd;
     Registration registerIccInfoChangedInd;
 
-    // What the property "persist.vendor.nuvex.icc.module.enable" said when it was first asked for. Any.
+    // What the property "persist.vendor.nuvex.icc.module.enable" said when it was first asked for. Thread: any.
     [[nodiscard]] static bool isIccSupported();
 
 private:
@@ -86,7 +86,7 @@ private:
     mindroid::sp<IccProxy> mIccProxy;
 };
 
-// The component of this process, or null. Any.
+// The component of this process, or null. Thread: any.
 [[nodiscard]] mindroid::sp<RfSubsysComponent> getRfSubsysComponent();
 
 }  // namespace hal

@@ -25,9 +25,9 @@ public:
     void init();
     void postInit();
     // A client came: connects to the RF component's events 200 ms later, once for each call. One that left changes
-    // nothing. Any.
+    // nothing. Thread: any.
     void setSubsysState(bool connected);
-    // For the RF side, when the SWTP status changed. Any.
+    // For the RF side, when the SWTP status changed. Thread: any.
     void sendSwtpStatusChanged(uint8_t status);
 
     ndk::ScopedAStatus getSwtpStatus(int32_t serial);

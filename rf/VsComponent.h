@@ -17,7 +17,7 @@ public:
 
     VsComponent() : SubsysComponent(TYPE) {}
 
-    // Each keeps the callback and reports every event to it from then on. See VsRecords.h for the records. Any.
+    // Each keeps the callback and reports every event to it from then on. See VsRecords.h for the records. Thread: any.
     virtual Registration registerClatStateInd = 0;  // VsClatState
     virtual Registration registerTxSharingInd = 0;  // VsTxSharingState
     virtual Registration registerIccEventInd = 0;   // VsIccEvent

@@ -31,24 +31,24 @@ class SubsysService : public BnSubsys {
 public:
     static constexpr const char* TAG = "SubsysService";
 
-    // Looper.
+    // Thread: looper.
     SubsysService();
     ~SubsysService() override;
 
-    // In this order. Looper.
+    // In this order. Thread: looper.
     void init();
     void postInit();
     // 0, or -1 when the name could not be registered.
     [[nodiscard]] int32_t registerAsServer();
 
     // Writes what the library knows of itself to the file, in lines of "key: value". Takes no client's place and waits
-    // for no thread. A host may override it and add what it knows. Any.
+    // for no thread. A host may override it and add what it knows. Thread: any.
     binder_status_t dump(int fd, const char** args, uint32_t numArgs) override;
 
-    // A client came or went by another way than setCallback. Any.
+    // A client came or went by another way than setCallback. Thread: any.
     void onHidlClientConnected();
     void onHidlClientDisconnected();
-    // Forgets the client that is stored, alive or dead. The IMS ORTC clients are not touched. Any.
+    // Forgets the client that is stored, alive or dead. The IMS ORTC clients are not touched. Thread: any.
     void serviceDied();
     void clearCallbacks();
 
@@ -84,7 +84,7 @@ private:
         explicit SubsysServiceHandler(SubsysService& service);
         void handleMessage(const ::mindroid::sp<::mindroid::Message>& message) override;
         virtual void onClientDeath(const ::mindroid::sp<::mindroid::Message>& message);
-        // The service ends: a death that is still told reaches nobody. Looper.
+        // The service ends: a death that is still told reaches nobody. Thread: looper.
         void detach() { mService = nullptr; }
 
     private:

@@ -18,9 +18,9 @@ public:
 
     void handleMessage(const ::mindroid::sp<::mindroid::Message>& message) override;
 
-    // Reports the subsystem as up: it counts as up from the start. Any.
+    // Reports the subsystem as up: it counts as up from the start. Thread: any.
     void init();
-    // 1 while a client is connected, else 0. Any.
+    // 1 while a client is connected, else 0. Thread: any.
     void setHidlState(uint8_t state);
 
     // All: looper.

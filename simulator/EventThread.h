@@ -20,7 +20,7 @@ public:
     EventThread(const EventThread&) = delete;
     EventThread& operator=(const EventThread&) = delete;
 
-    // Any.
+    // Thread: any.
     void post(int64_t delayMillis, Task task);
 
 private:

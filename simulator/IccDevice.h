@@ -33,7 +33,7 @@ static_assert(sizeof(IccResponse) == 256);
 
 // The ICC controller that the plugin stands for. Each operation is the plugin function of the like name: it does what
 // the scenario says, or else changes the state and succeeds. Events come from a thread of the device's own, one at a
-// time. Lives until the process ends, and its thread with it. Any.
+// time. Lives until the process ends, and its thread with it. Thread: any.
 class IccDevice {
 public:
     static IccDevice& get();

@@ -31,9 +31,10 @@ public:
 
     // The times of the scenario count from here. Once.
     void start();
-    // Counts the request, an index into Vocabulary::requests. Ends the process where the scenario wants that. Any.
+    // Counts the request, an index into Vocabulary::requests. Ends the process where the scenario wants that.
+    // Thread: any.
     [[nodiscard]] Reaction react(size_t request);
-    // Any.
+    // Thread: any.
     void play(const Reaction& reaction);
 
 private:

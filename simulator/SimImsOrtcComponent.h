@@ -11,7 +11,7 @@
 
 namespace simulator {
 
-// The IMS ORTC media path, as the scenario wants it: it keeps one call and its room and plays the far end. Any.
+// The IMS ORTC media path, as the scenario wants it: it keeps one call and its room and plays the far end. Thread: any.
 class SimImsOrtcComponent final : public hal::ImsOrtcComponent {
 public:
     using Target = const mindroid::sp<mindroid::Handler>&;
@@ -21,7 +21,7 @@ public:
 
     SimImsOrtcComponent();
 
-    // The scenario starts here. Looper.
+    // The scenario starts here. Thread: looper.
     void init(int32_t instanceId) override;
 
     void registerLocalPubIpAddrChangedInd(Target handler, Callback callback, Extra obj) override {
@@ -64,7 +64,7 @@ private:
     [[nodiscard]] hal::ImsRtpRedunDataLinkStateInfoType linkState() const;
 
     std::array<mindroid::sp<mindroid::RegistrantList>, EVENT_COUNT> mListeners;
-    // Looper.
+    // Thread: looper.
     hal::CallInfoType mCall{};
     hal::OrtcRoomInfoType mRoom{};
     ComponentPlayer mPlayer;

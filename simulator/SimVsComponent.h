@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-// The companion of the RF component, as the scenario wants it. Any.
+// The companion of the RF component, as the scenario wants it. Thread: any.
 class SimVsComponent final : public hal::VsComponent {
 public:
     using Target = const mindroid::sp<mindroid::Handler>&;
@@ -16,7 +16,7 @@ public:
 
     SimVsComponent();
 
-    // The scenario starts here. Looper.
+    // The scenario starts here. Thread: looper.
     void init(int32_t instanceId) override;
 
     void registerClatStateInd(Target handler, Callback callback, Extra obj) override {

@@ -26,10 +26,10 @@ public:
     Mailbox(const Mailbox&) = delete;
     Mailbox& operator=(const Mailbox&) = delete;
 
-    void putAnswer(Json answer);          // any
-    void putIndication(Json indication);  // any
-    void putDeath();                      // any
-    // Ends the present and every later takeIndication. Allowed in a signal handler. (any)
+    void putAnswer(Json answer);
+    void putIndication(Json indication);
+    void putDeath();
+    // Ends the present and every later takeIndication. Allowed in a signal handler. Thread: any.
     void interrupt() noexcept;
 
     // The first answer that matches; others are dropped, since their requests are over. Empty when the server died or

@@ -17,11 +17,11 @@ struct ProcessState {
     [[nodiscard]] bool isStopped() const { return state == 'T' || state == 't'; }
 };
 
-// Nothing when there is no such process, or it has ended. Any.
+// Nothing when there is no such process, or it has ended. Thread: any.
 [[nodiscard]] std::optional<ProcessState> processState(int32_t pid);
 
 // The processes of this name, and what their environment was at their start: "NAME=value", or empty without the
-// variable. Of other users' processes nothing is known. Any.
+// variable. Of other users' processes nothing is known. Thread: any.
 [[nodiscard]] std::map<int32_t, std::string> environmentsOf(const std::string& process, const std::string& variable);
 
 }  // namespace subsysctl

@@ -7,7 +7,7 @@
 
 namespace aidl::vendor::nuvex::hardware::subsys_interface::subsys {
 
-// Fills the header of a response. A code that the interface doesn't know becomes GENERIC_FAILURE. Any.
+// Fills the header of a response. A code that the interface doesn't know becomes GENERIC_FAILURE. Thread: any.
 inline void populateResponseInfo(SubsysResponseInfo& info, int32_t serial, SUBSYS_Errno error) {
     constexpr uint32_t LAST_KNOWN = 9;
     info.type = 0;

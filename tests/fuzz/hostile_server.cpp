@@ -32,7 +32,7 @@ public:
         }
         for (UniqueFd* each : {&mToClient, &mFromClient, &mCalls, &mControl}) *each = UniqueFd();
     }
-    // The client is done. Any thread.
+    // The client is done. Thread: any.
     void stop() const { send(mStop.first, "stop"); }
 
 private:

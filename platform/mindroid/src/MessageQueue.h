@@ -32,16 +32,16 @@ public:
     MessageQueue& operator=(const MessageQueue&) = delete;
 
     // Queues for a due time in uptime milliseconds. False after close. When it returns, the message may have run, and
-    // the last reference to the looper may be gone. Any thread.
+    // the last reference to the looper may be gone. Thread: any.
     [[nodiscard]] bool enqueue(Message& message, uint64_t dueTime);
 
     // Waits for the next message; null after close. The looper's thread, which is `thread`.
     [[nodiscard]] sp<Message> next(device::LoopThread& thread);
 
-    // Drops the pending messages for which the predicate holds. Any thread.
+    // Drops the pending messages for which the predicate holds. Thread: any.
     void remove(const Predicate& matches);
 
-    // Drops all messages, for ever. When it returns, what they held is gone, and this queue may be. Any thread.
+    // Drops all messages, for ever. When it returns, what they held is gone, and this queue may be. Thread: any.
     void close();
 
     // The queue keeps all but the thread up to date.

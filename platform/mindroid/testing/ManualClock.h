@@ -13,7 +13,7 @@ public:
     ManualClock(const ManualClock&) = delete;
     ManualClock& operator=(const ManualClock&) = delete;
 
-    // Moves the time; loopers look at it within a millisecond. Any thread.
+    // Moves the time; loopers look at it within a millisecond. Thread: any.
     void advance(uint64_t millis);
 };
 

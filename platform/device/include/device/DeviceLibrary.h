@@ -5,7 +5,7 @@
 namespace device {
 
 // Opens the library with this absolute path of a device, as dlopen does with RTLD_NOW | RTLD_GLOBAL. Returns its
-// handle, or null. Any thread.
+// handle, or null. Thread: any.
 //
 // On Linux the file is the one at device::path(), and an error line says why it can't be opened: once for each file and
 // reason, since callers try again.

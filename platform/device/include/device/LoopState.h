@@ -18,14 +18,14 @@ struct LoopState {
 };
 
 // A place for the loop's state, which the loop gives back when it is gone. Loops for which there is no place share one
-// that is not listed. Any thread.
+// that is not listed. Thread: any.
 [[nodiscard]] LoopState& takeLoopState();
 void giveBack(LoopState& state);
 
-// All places, also those that are not taken. They are never destroyed. Any thread.
+// All places, also those that are not taken. They are never destroyed. Thread: any.
 [[nodiscard]] std::span<const LoopState> loopStates();
 
-// For LoopState::since; reads no clock that costs a system call. Any thread.
+// For LoopState::since; reads no clock that costs a system call. Thread: any.
 [[nodiscard]] int64_t coarseNanos();
 
 }  // namespace device

@@ -11,7 +11,7 @@ namespace device {
 //
 // Where the file can't be made, nothing is recorded, one warning is logged and the result is false. A file on a disk,
 // unlike one in memory (XDG_RUNTIME_DIR is), can make a mark wait while the kernel writes it back. To be called once,
-// before the threads whose marks matter are named. Any thread.
+// before the threads whose marks matter are named. Thread: any.
 bool startRecorder(std::string_view program);
 
 // The same for a program that records only when the environment variable SUBSYS_TRACE is "1".

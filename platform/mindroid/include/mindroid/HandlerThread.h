@@ -18,7 +18,7 @@ public:
     // Starts the thread, which runs what its looper was sent before and since. False when it was started before, and,
     // with an error line, when the system has no thread to give for a second: the looper has quit then. Owner's thread.
     bool start();
-    // There from the beginning. Any thread.
+    // There from the beginning. Thread: any.
     [[nodiscard]] sp<Looper> getLooper() const { return mLooper; }
 
 private:

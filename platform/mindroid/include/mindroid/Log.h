@@ -2,7 +2,7 @@
 
 namespace mindroid {
 
-// Log lines with a printf format, written to the Android log. Any thread.
+// Log lines with a printf format, written to the Android log. Thread: any.
 class Log {
 public:
     [[gnu::format(printf, 2, 3)]] static void d(const char* tag, const char* format, ...);

@@ -33,7 +33,7 @@ public:
     void setCallback(const sp<Runnable>& callback);
 
     // Posts the message to its target. False, with a warning, when there is no target, the target has no live looper,
-    // or the message was sent before. Any thread.
+    // or the message was sent before. Thread: any.
     bool sendToTarget();
 
 private:

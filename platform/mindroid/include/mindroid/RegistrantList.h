@@ -18,7 +18,7 @@ public:
     // Told by running the callback on the handler's looper.
     Registrant(const sp<Handler>& handler, const sp<MessageCallback>& callback, const sp<Object>& obj);
 
-    // Posts one message whose obj is `result`, or the registrant's own object where `result` is null. Any thread.
+    // Posts one message whose obj is `result`, or the registrant's own object where `result` is null. Thread: any.
     void notify(const sp<Object>& result) const;
 
 private:

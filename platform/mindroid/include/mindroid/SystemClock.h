@@ -6,7 +6,7 @@ namespace mindroid {
 
 class SystemClock {
 public:
-    // Milliseconds since boot, not counting suspend; what message times are measured in. Any thread.
+    // Milliseconds since boot, not counting suspend; what message times are measured in. Thread: any.
     [[nodiscard]] static uint64_t uptimeMillis();
 };
 

@@ -10,7 +10,7 @@ namespace mindroid {
 
 class VoteBox;
 
-// One vote in a VoteBox: up or down, down at first. Any thread.
+// One vote in a VoteBox: up or down, down at first. Thread: any.
 class Ticket : public Object {
 public:
     void updateState(bool up);
@@ -28,7 +28,7 @@ private:
 
 // Completes once, when it was started and every ticket is up at the same time; an empty box completes at startVote.
 // The callback runs with a Boolean(true), on the thread that completed the vote, without a lock held. A ticket that
-// goes down after that changes nothing. Any thread.
+// goes down after that changes nothing. Thread: any.
 class VoteBox : public Object {
 public:
     ~VoteBox() override;

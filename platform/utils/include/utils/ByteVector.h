@@ -6,7 +6,7 @@
 
 namespace subsys_utils {
 
-// A copy of `size` bytes; empty when `data` is null. Any thread.
+// A copy of `size` bytes; empty when `data` is null. Thread: any.
 [[nodiscard]] inline std::vector<uint8_t> toVec(const uint8_t* data, size_t size) {
     return data == nullptr ? std::vector<uint8_t>() : std::vector<uint8_t>(data, data + size);
 }
