@@ -29,16 +29,18 @@ void sendIccCmd(interface::ISubsys& service, int32_t) {
 
 void compareRequest() {
     const auto bare = makeBareShape();
+    const auto polling = makeBareShape({.polls = true});
     const auto sdBus = makeSdBusShape();
     const Daemon daemon;
     SystemShape ours(SystemShape::Counted::RESPONSES, getSwtpStatus);
-    Ratio median, p95, pipelined, sdMedian, sdP95, sdPipelined;
+    Ratio median, p95, pipelined, pollingMedian, sdMedian, sdP95, sdPipelined;
     for (int round = 1; round <= ROUNDS; ++round) {
-        const auto latency = measureLatency({{ours}, {*bare}, {*sdBus}}, CALLS);
+        const auto latency = measureLatency({{ours}, {*bare}, {*sdBus}, {*polling}}, CALLS);
         const double inFlight = measurePipelined(ours, CALLS, WINDOW);
         median.add(latency[0].medianNanos, latency[1].medianNanos);
         p95.add(latency[0].p95Nanos, latency[1].p95Nanos);
         pipelined.add(inFlight, measurePipelined(*bare, CALLS, WINDOW));
+        pollingMedian.add(latency[0].medianNanos, latency[3].medianNanos);
         sdMedian.add(latency[0].medianNanos, latency[2].medianNanos);
         sdP95.add(latency[0].p95Nanos, latency[2].p95Nanos);
         sdPipelined.add(inFlight, measurePipelined(*sdBus, CALLS, WINDOW));
@@ -46,10 +48,12 @@ void compareRequest() {
         printFigures("getSwtpStatus", latency[0]);
         printFigures("bare sockets and futex", latency[1]);
         printFigures("sd-bus, peer to peer", latency[2]);
+        printFigures("bare, waiting with epoll", latency[3]);
     }
     median.print("getSwtpStatus / bare, median", "1.10");
     p95.print("getSwtpStatus / bare, p95", "1.15");
     pipelined.print("getSwtpStatus / bare, 64 in flight", "1.12");
+    pollingMedian.print("getSwtpStatus / bare with epoll, median", "none");
     sdMedian.print("getSwtpStatus / sd-bus, median", "none");
     sdP95.print("getSwtpStatus / sd-bus, p95", "none");
     sdPipelined.print("getSwtpStatus / sd-bus, 64 in flight", "none");

@@ -4,6 +4,7 @@
 
 #include <linux/futex.h>
 #include <signal.h>
+#include <sys/epoll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -22,6 +23,7 @@
 #include <functional>
 #include <mutex>
 #include <new>
+#include <span>
 #include <thread>
 #include <vector>
 
@@ -94,6 +96,33 @@ bool readAll(int fd, void* data, size_t size) {
     return true;
 }
 
+// Reads what comes on a socket, and waits for it there or on an epoll.
+class Input {
+public:
+    Input(int fd, bool polls) : mFd(fd) {
+        if (!polls) return;
+        mEpoll = epoll_create1(EPOLL_CLOEXEC);
+        epoll_event event{};
+        event.events = EPOLLIN | EPOLLET;
+        if (epoll_ctl(mEpoll, EPOLL_CTL_ADD, fd, &event) != 0) fail("epoll");
+    }
+    ~Input() {
+        if (mEpoll >= 0) close(mEpoll);
+    }
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
+
+    bool read(std::span<char> message) {
+        epoll_event event{};
+        if (mEpoll >= 0) epoll_wait(mEpoll, &event, 1, -1);
+        return readAll(mFd, message.data(), message.size());
+    }
+
+private:
+    const int mFd;
+    int mEpoll = -1;
+};
+
 void writeAll(int fd, const void* data, size_t size) {
     if (write(fd, data, size) != static_cast<ssize_t>(size)) _exit(0);
 }
@@ -107,7 +136,8 @@ std::array<int, 2> socketPair() {
 class BareShape final : public Shape {
 public:
     explicit BareShape(BareOptions options)
-        : mHops(options.hops),
+        : mPolls(options.polls),
+          mHops(options.hops),
           mAnswerSize(BARE_MESSAGE + options.payload),
           mRequests(socketPair()),
           mAnswers(socketPair()) {
@@ -116,7 +146,8 @@ public:
         close(mAnswers[1]);
         mReader = std::thread([this] {
             std::vector<char> message(mAnswerSize);
-            while (readAll(mAnswers[0], message.data(), message.size())) arrivals.note();
+            Input answers(mAnswers[0], mPolls);
+            while (answers.read(message)) arrivals.note();
         });
     }
 
@@ -147,13 +178,15 @@ private:
             forEach(hops.back(), [&] { writeAll(mAnswers[1], answer.data(), answer.size()); });
         }).detach();
         std::array<char, BARE_MESSAGE> message{};
-        while (readAll(mRequests[1], message.data(), message.size())) {
+        Input requests(mRequests[1], mPolls);
+        while (requests.read(message)) {
             hops.front().post();
             writeAll(mRequests[1], message.data(), message.size());
         }
         _exit(0);
     }
 
+    const bool mPolls;
     const size_t mHops;
     const size_t mAnswerSize;
     const std::array<int, 2> mRequests;

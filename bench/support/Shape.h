@@ -45,6 +45,7 @@ public:
 struct BareOptions {
     size_t hops = 1;     // threads of the server between a request and its message back
     size_t payload = 0;  // bytes of the message back that a request does not have
+    bool polls = false;  // waits on an epoll before it reads, as a process with many connections has to
 };
 // The floor: request and reply on one blocking stream socket, futex hops to other threads of the server, one message
 // back on a second socket to a thread that waits for it. The server is a process of its own.
