@@ -27,7 +27,7 @@ IccStateInfo toStateInfo(const IccStateInfoType& record, size_t stride, const ui
     IccStateInfo info;
     info.state = static_cast<int8_t>(record.iccState);
     info.bypass = static_cast<int8_t>(record.bypass);
-    info.modeNum = static_cast<int8_t>(count);
+    info.modeNum = static_cast<int8_t>(count);  // clients go by it through the entries
     for (size_t i = 0; i < count; ++i) {
         info.modeTypes.push_back(types[i * stride]);
         info.modeValues.push_back(values[i * stride]);

@@ -6,8 +6,6 @@
 #include <mindroid/Log.h>
 #include <mindroid/Looper.h>
 
-#include <pthread.h>
-
 #include <tuple>
 #include <utility>
 
@@ -46,7 +44,6 @@ IccProxy::IccProxy(int32_t instance, const sp<HandlerThread>& thread)
       mExecutor(thread ? new ExecutorProxy(thread) : nullptr),
       mCommands(mPlugin) {
     Log::d(TAG, "new IccProxy %d", instance);
-    if (mExecutor) mExecutor->execute(new Runnable([] { pthread_setname_np(pthread_self(), TAG); }));
 }
 
 IccProxy::~IccProxy() = default;

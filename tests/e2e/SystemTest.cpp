@@ -16,7 +16,7 @@ TEST_F(System, Request_WhenSent_ThenItsAnswer) {
          {"interface.version: 5\n", "rf.response: none\n", "plugin.0: libiccapis, ", "daemon.log-level: debug\n",
           "looper.[0-9]: subsysd, thread " + std::to_string(mDaemon->pid()) +
               ", [0-9]+ waiting, (idle|runs [^\n]* ms)\n",
-          "looper.[0-9]: IccProxy, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
+          "looper.[0-9]: HandlerThread, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
           "peer.[0-9]+: 0 calls waiting, [0-9]+ bytes unread, 0 undelivered\n"}},
         {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
         {"log loud", 2, {"LEVEL: loud not in"}},
