@@ -4,6 +4,7 @@
 #include "host/PluginList.h"
 
 #include <device/DevicePath.h>
+#include <device/Escape.h>
 #if !defined(__ANDROID__)
 #include <binder/peer.h>
 #include <device/LoopState.h>
@@ -31,7 +32,8 @@ void describeProcess(std::ostream& out) {
     out << "daemon.pid: " << getpid() << "\ndaemon.device: " << device::path("/")
         << "\ndaemon.log-level: " << logLevelName() << '\n';
     size_t index = 0;
-    for (const std::string& fault : pluginListFaults()) out << "plugin-list.fault." << index++ << ": " << fault << '\n';
+    for (const std::string& fault : pluginListFaults())
+        out << "plugin-list.fault." << index++ << ": " << device::escaped(fault) << '\n';
 }
 
 #if !defined(__ANDROID__)

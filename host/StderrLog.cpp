@@ -1,7 +1,6 @@
 #include "host/StderrLog.h"
 
-#include "host/Escape.h"
-
+#include <device/Escape.h>
 #include <device/Mutex.h>
 
 #include <limits.h>
@@ -72,9 +71,9 @@ void writeLine(const __android_logger_data* data, const char* message) {
     char line[PIPE_BUF];
     const char* const end = line + sizeof(line) - 1;
     char* out = line + writeHead(line, sizeof(line), data->priority);
-    out = escape(data->tag != nullptr ? data->tag : "", out, end);
-    out = escape(": ", out, end);
-    out = escape(text, out, end);
+    out = device::escape(data->tag != nullptr ? data->tag : "", out, end);
+    out = device::escape(": ", out, end);
+    out = device::escape(text, out, end);
     *out++ = '\n';
     putOrDrop(line, static_cast<size_t>(out - line));
 }

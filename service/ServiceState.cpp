@@ -9,6 +9,7 @@
 #include "service/channel/SubsysServiceResponse.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>
+#include <device/Escape.h>
 #include <mindroid/SystemClock.h>
 
 #include <sstream>
@@ -40,8 +41,8 @@ void describeComponents(std::ostream& out) {
 void describePlugins(std::ostream& out) {
     size_t index = 0;
     for (const Plugin* plugin : getPluginManager()->plugins()) {
-        out << "plugin." << index++ << ": " << plugin->getName() << ", " << plugin->getPath() << ", "
-            << (plugin->isOpen() ? "open" : "not open") << '\n';
+        out << "plugin." << index++ << ": " << device::escaped(plugin->getName()) << ", "
+            << device::escaped(plugin->getPath()) << ", " << (plugin->isOpen() ? "open" : "not open") << '\n';
     }
 }
 

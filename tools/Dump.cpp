@@ -1,5 +1,7 @@
 #include "tools/Dump.h"
 
+#include <device/Escape.h>
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,6 +11,18 @@
 #include <sstream>
 
 namespace subsysctl {
+
+namespace {
+
+// A service may write anything.
+std::string printable(const std::string& text) {
+    std::string lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines += device::escaped(line) + "\n";
+    return lines;
+}
+
+}  // namespace
 
 binder_status_t dumpOf(AIBinder* binder, const std::vector<const char*>& arguments, std::string& text) {
     const int file = memfd_create("dump", MFD_CLOEXEC);
@@ -21,6 +35,7 @@ binder_status_t dumpOf(AIBinder* binder, const std::vector<const char*>& argumen
         text.append(part.data(), static_cast<size_t>(size));
     }
     close(file);
+    text = printable(text);
     return status;
 }
 

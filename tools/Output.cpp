@@ -1,6 +1,7 @@
 #include "tools/Output.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
+#include <device/Escape.h>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -21,7 +22,7 @@ constexpr std::string_view CYAN = "36";
 
 std::string describeValue(const Json& value) {
     if (value.is_object()) return "{" + describe(value) + "}";
-    if (!value.is_array()) return dump(value);
+    if (!value.is_array()) return device::escaped(dump(value));
     std::string text;
     for (const Json& element : value) text += (text.empty() ? "" : ", ") + describeValue(element);
     return "[" + text + "]";
@@ -110,8 +111,9 @@ Output::Line Output::lineFor(const Json& problem) const {
     if (mStyle.json) return {STDOUT_FILENO, dump(problem) + "\n"};
     const std::string verb = part(problem, "verb");
     const std::string hint = part(problem, "hint");
-    return {STDERR_FILENO, "subsysctl: " + verb + (verb.empty() ? "" : ": ") + part(problem, "message") +
-                               (hint.empty() ? "" : "; ") + hint + "\n"};
+    const std::string line = "subsysctl: " + verb + (verb.empty() ? "" : ": ") + part(problem, "message") +
+                             (hint.empty() ? "" : "; ") + hint;
+    return {STDERR_FILENO, device::escaped(line) + "\n"};
 }
 
 void Output::progress(const std::string& text) {

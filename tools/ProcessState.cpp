@@ -1,5 +1,7 @@
 #include "tools/ProcessState.h"
 
+#include <device/Escape.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -44,7 +46,7 @@ std::optional<ProcessState> processState(int32_t pid) {
     if (open == std::string::npos || close == std::string::npos || close + 2 >= text.size()) return std::nullopt;
     const char state = text[close + 2];
     if (state == 'Z' || state == 'X') return std::nullopt;
-    return ProcessState{pid, text.substr(open + 1, close - open - 1), state, readTracer(folder)};
+    return ProcessState{pid, device::escaped(text.substr(open + 1, close - open - 1)), state, readTracer(folder)};
 }
 
 std::map<int32_t, std::string> environmentsOf(const std::string& process, const std::string& variable) {

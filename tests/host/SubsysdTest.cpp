@@ -146,7 +146,10 @@ TEST_F(Subsysd, Log_WhenNobodyReads_ThenRequestsAreServedAndLinesAreDropped) {
 
 TEST_F(Subsysd, Log_WhenATextHasControlCharacters_ThenTheyAreEscaped) {
     writeList(withItem("name='\xc3\xa9&#27;[31m&#127;&#155;' path='a\nb&#10;c'"));
-    const std::string output = serveAndEnd({});
+    Daemon daemon;
+    daemon.signal(SIGUSR1);
+    EXPECT_TRUE(daemon.awaitOutput(": plugin.0: \xc3\xa9\\x1b[31m\\x7f\\xc2\\x9b, a\\x0ab\\x0ac, not open\n"));
+    const std::string output = daemon.output();
     EXPECT_THAT(output, HasSubstr("configName =\xc3\xa9\\x1b[31m\\x7f\\xc2\\x9b !\n"));
     EXPECT_THAT(output, HasSubstr("\\x0ac !\n"));
 }

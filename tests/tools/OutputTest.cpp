@@ -32,12 +32,12 @@ std::string printed(const Json& event, bool json, bool colour = false) {
 }
 
 const Json LCD = callJson<ISubsysResponse, ISubsysResponse::TRANSACTION_getLcdInfoResponse>(
-    "response", SubsysResponseInfo{0, 7, SUBSYS_Errno::NOT_SUPPORTED}, std::string("a\"b\n"));
+    "response", SubsysResponseInfo{0, 7, SUBSYS_Errno::NOT_SUPPORTED}, std::string("a\"b\n\x7f\xc2\x9b"));
 const Json PERCEPTION = callJson<ISubsysIndication, ISubsysIndication::TRANSACTION_notifyIccPercStateChangedInd>(
     "indication", IccPerceptionInfo{{{1, -2, 3}, {}}});
 
 TEST(Output, Text_WhenRecordsAreNestedOrBytesNotPrintable_ThenOneReadableLine) {
-    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\"", printed(LCD, false));
+    EXPECT_EQ("getLcdInfoResponse #7 NOT_SUPPORTED lcdInfo=\"a\\\"b\\n\\x7f\\xc2\\x9b\"", printed(LCD, false));
     EXPECT_EQ(
         "indication notifyIccPercStateChangedInd percTypes=[{value0=1 value1=-2 value2=3}, "
         "{value0=0 value1=0 value2=0}]",
@@ -56,8 +56,8 @@ TEST(Output, Progress_WhenOnATerminal_ThenTakenAwayBeforeTheNextLine) {
     Output output(out, err, {.progress = true, .textWidth = 40});
     output.progress(std::string(50, 'x'));
     output.print(LCD);
-    output.report(errorJson("usage", "", "no"));
-    EXPECT_EQ("\r\033[K" + std::string(39, 'x') + "\r\033[Ksubsysctl: no\n", err.str());
+    output.report(errorJson("usage", "", "\033no"));
+    EXPECT_EQ("\r\033[K" + std::string(39, 'x') + "\r\033[Ksubsysctl: \\x1bno\n", err.str());
 }
 
 // The service may hold a dead process for alive, for a moment.

@@ -1,8 +1,10 @@
-#include "host/Escape.h"
+#include <device/Escape.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+
+namespace device {
 
 namespace {
 
@@ -39,3 +41,12 @@ char* escape(std::string_view text, char* out, const char* end) {
     }
     return out;
 }
+
+std::string escaped(std::string_view text) {
+    constexpr size_t LONGEST = 4;  // of a byte
+    std::string copy(LONGEST * text.size(), '\0');
+    copy.resize(static_cast<size_t>(escape(text, copy.data(), copy.data() + copy.size()) - copy.data()));
+    return copy;
+}
+
+}  // namespace device
