@@ -55,24 +55,27 @@ const char* findUnloadable(const std::string& file) {
 
 using Faults = std::vector<std::string>;
 
-void checkItem(const XMLElement& item, Faults& faults) {
-    const char* name = item.Attribute("name");
-    const char* path = item.Attribute("path");
-    if (name == nullptr || path == nullptr) {
-        const std::string line = std::to_string(item.GetLineNum());
-        faults.push_back("plugin list: the item in line " + line + " lacks a name or a path");
-        return;
-    }
-    const std::string file = device::path(path);
-    if (const char* fault = findUnloadable(file))
-        faults.push_back(std::string("plugin ") + name + ": " + file + " " + fault);
+void checkPlugin(const std::string& name, const std::string& file, Faults& faults) {
+    if (const char* fault = findUnloadable(file)) faults.push_back("plugin " + name + ": " + file + " " + fault);
 }
 
 void checkItems(const std::string& list, const tinyxml2::XMLDocument& document, Faults& faults) {
     const XMLElement* root = document.FirstChildElement("plugin_config");
     const XMLElement* item = root != nullptr ? root->FirstChildElement("item") : nullptr;
     if (item == nullptr) faults.push_back("plugin list: " + list + " has no item in a plugin_config");
-    for (; item != nullptr; item = item->NextSiblingElement("item")) checkItem(*item, faults);
+    const char* name = nullptr;
+    const char* path = nullptr;
+    for (; item != nullptr; item = item->NextSiblingElement("item")) {
+        // As the service library reads it: an item takes what it lacks from those before.
+        item->QueryStringAttribute("name", &name);
+        item->QueryStringAttribute("path", &path);
+        if (name != nullptr && path != nullptr) {
+            checkPlugin(name, device::path(path), faults);
+        } else {
+            const std::string line = std::to_string(item->GetLineNum());
+            faults.push_back("plugin list: the item in line " + line + " lacks a name or a path");
+        }
+    }
 }
 
 }  // namespace

@@ -207,6 +207,7 @@ TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
         {"<plugin_config", list + " is malformed: XML_ERROR_"},
         {"<other/>", list + " has no item in a plugin_config\n"},
         {withItem("name='a'"), "plugin list: the item in line 2 lacks a name or a path\n"},
+        {withItem("name='a' path='/none.so'/><item name='b'"), "plugin b: " + place("/none.so") + " is missing\n"},
         {withItem("name='a' path='/none.so'"), "plugin a: " + place("/none.so") + " is missing\n"},
         {withItem("name='a' path='/odm'"), "plugin a: " + place("/odm") + " is not a regular file\n"},
         {withItem("name='a' path='/text.so'"),
