@@ -41,6 +41,9 @@ TEST_F(System, Trace_WhenAClientRecordsToo_ThenOneRequestIsFollowedThroughBothPr
     EXPECT_TRUE(arrows.contains({clientPid, daemon}));
     EXPECT_TRUE(arrows.contains({daemon, clientPid}));
     EXPECT_TRUE(arrows.contains({daemon, daemon})) << "from thread to thread";
+    Process drawing({TRACE_SVG, file.string(), "getIccState #41"});
+    EXPECT_EQ(drawing.wait(), 0);
+    EXPECT_THAT(drawing.output(), testing::ContainsRegex("^<svg .*subsysd: HandlerThread.*plugin .*</svg>\n$"));
 }
 
 }  // namespace
