@@ -44,7 +44,7 @@ public:
     // The component registered first with the type (and the instance id), or null. Thread: any.
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId) const;
     [[nodiscard]] mindroid::sp<Component> find(int32_t typeId, int32_t instanceId) const;
-    // All that were added, in that order; null ones too. Any, after start-up.
+    // All that were added, in that order; null ones too. Thread: any, after start-up.
     [[nodiscard]] const std::vector<mindroid::sp<Component>>& components() const { return mComponents; }
 
 private:

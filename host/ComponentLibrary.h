@@ -3,7 +3,7 @@
 #include <string>
 
 // Both load component libraries, which add their components to the component manager from their static initialisers and
-// stay loaded. A library that adds none gets a warning. Main thread.
+// stay loaded. A library that adds none gets a warning. Thread: looper.
 
 // False, with an error line, where the library can't be loaded.
 [[nodiscard]] bool loadComponentLibrary(const std::string& name);

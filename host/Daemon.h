@@ -6,8 +6,9 @@
 // reads the device's plugin list while it is loaded; looked up by name.
 extern "C" {
 
-// Loads the component libraries, starts all components, publishes the service and serves until SIGTERM or SIGINT. Main
-// thread. Returns the exit code; ends the process where it gets stuck.
+// Loads the component libraries, starts all components, publishes the service and serves until SIGTERM or SIGINT.
+// Returns the exit code; ends the process where it gets stuck. Once, on the main thread: it
+// becomes the looper.
 [[nodiscard]] int subsysdServe(const Options& options);
 using SubsysdServe = int(const Options& options);
 }

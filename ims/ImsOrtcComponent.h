@@ -73,7 +73,7 @@ public:
                                                const mindroid::sp<mindroid::Message>& reply);
 };
 
-// The first component that was added under TYPE, or null. Any, once the components are added.
+// The first component that was added under TYPE, or null. Thread: any, once the components are added.
 [[nodiscard]] mindroid::sp<ImsOrtcComponent> getImsOrtcComponent();
 
 }  // namespace hal

@@ -21,7 +21,7 @@ public:
     ImsOrtcService();
 
     // Subscribes to the events of the component. One that is added later is asked for every request, but its events
-    // reach no client. Looper, once.
+    // reach no client. Once. Thread: looper.
     void init();
 
     // Each returns OK at once; the outcome comes through ImsOrtcServiceResponse. Without a component the request is

@@ -18,10 +18,11 @@ struct ImsOrtcIndicationTraits {
 using ImsOrtcServiceIndicationObj = ImsOrtcHolder<ImsOrtcIndicationTraits>;
 
 // Carries the events of the IMS ORTC component to the clients: each to both of them. Events
-// arrive in the order of the calls, and are lost where there is no client. The operations: any.
+// arrive in the order of the calls, and are lost where there is no client. Thread: any.
 class ImsOrtcServiceIndication final : public ImsOrtcChannel<ImsOrtcIndicationTraits> {
 public:
-    // The one channel, made on first use: by the thread that starts the service, before others ask. Any after that.
+    // The one channel, made on first use: by the thread that starts the service, before others ask. Thread: any,
+    // after that.
     [[nodiscard]] static ::mindroid::sp<ImsOrtcServiceIndication> getInstance();
 
     void LocalPubIpAddrChanged(const ImsRtpPubIpAddrInfo& info);

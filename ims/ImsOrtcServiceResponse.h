@@ -27,10 +27,11 @@ using ImsOrtcServiceResponseObj = ImsOrtcHolder<ImsOrtcResponseTraits>;
 void populateImsOrtcResponseInfo(SubsysResponseInfo& info, int32_t serial, SUBSYS_Errno error);
 
 // Carries the answers to IMS ORTC requests to the clients: each to both of them, whoever asked. The operations always
-// succeed, and answers arrive in the order of the calls. The operations: any.
+// succeed, and answers arrive in the order of the calls. Thread: any.
 class ImsOrtcServiceResponse final : public ImsOrtcChannel<ImsOrtcResponseTraits> {
 public:
-    // The one channel, made on first use: by the thread that starts the service, before others ask. Any after that.
+    // The one channel, made on first use: by the thread that starts the service, before others ask. Thread: any,
+    // after that.
     [[nodiscard]] static ::mindroid::sp<ImsOrtcServiceResponse> getInstance();
 
     ::ndk::ScopedAStatus setCallInfoResponse(int32_t serial, SUBSYS_Errno error);

@@ -23,7 +23,7 @@ struct PluginSym {
 };
 
 // One plugin library: opened on request, its exported C functions called by name. Opened once and never closed on a
-// device. All operations: one thread at a time, for the ICC plugin the proxy's.
+// device. Thread: one at a time; for the ICC plugin: proxy.
 class Plugin {
 public:
     // Does not open the library.

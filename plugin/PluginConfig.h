@@ -13,7 +13,7 @@ struct PluginPathInfo {
     std::string path;
 };
 
-// The list of the plugin libraries that the system may open. One thread at a time.
+// The list of the plugin libraries that the system may open. Thread: one at a time.
 class PluginConfig {
 public:
     static constexpr const char* DEFAULT_PATH = "/odm/etc/plugin_config.xml";

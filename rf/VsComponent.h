@@ -24,7 +24,7 @@ public:
 
     // Answers, now or later and from any thread, by SubsysComponent::sendResponse on the message with a carrier of
     // VsRfIccInfo, or with an error alone. The caller asks again every 50 ms, five times; the first answer counts.
-    // Looper of the RF component.
+    // Thread: looper, the RF component's.
     virtual void getRfIccInfo(const mindroid::sp<mindroid::Message>& message) = 0;
 
     // Notify with an Integer 1 when the component is ready. Listeners added later are not told again of an earlier
