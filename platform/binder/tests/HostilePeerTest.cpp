@@ -286,6 +286,24 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesInTheMiddle_ThenNothingIsLoggedAndO
     EXPECT_EQ(std::vector<std::string>(), warnings());
 }
 
+TEST_F(OneThreadTest, Control_WhenItEndsAndTheChannelsDoNot_ThenWhatWasSentRunsAndTheSessionEnds) {
+    Event gate;
+    Event begun;
+    mEcho->onNote([&](int32_t) {
+        begun.signal();
+        EXPECT_TRUE(gate.await());
+    });
+    ASSERT_TRUE(mGood.channel.send(mGood.oneway(1)));
+    ASSERT_TRUE(begun.await());
+    ASSERT_TRUE(mBad.channel.send(mBad.oneway(2)));
+    mBad.control.close();
+    EXPECT_TRUE(mBad.channel.isClosed());
+    gate.signal();
+    EXPECT_TRUE(mBad.calls.isClosed()) << "nothing of the session is left";
+    EXPECT_EQ(2, mEcho->last);
+    EXPECT_TRUE(mGood.isServed());
+}
+
 TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
     std::vector<Fd> slow;
     slow.reserve(6);
