@@ -1,5 +1,6 @@
 #include "binder/src/Class.h"
 #include "binder/src/Frame.h"
+#include "binder/src/FrameBuffer.h"
 #include "binder/src/Socket.h"
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
@@ -14,8 +15,36 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <future>
+#include <new>
+
+namespace {
+/** There is no memory for so many bytes at once, or more. */
+std::atomic<size_t> sTooMuch{SIZE_MAX};
+}  // namespace
+
+void* operator new(size_t size) {
+    void* const memory = size < sTooMuch ? malloc(size) : nullptr;
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void* operator new[](size_t size) {
+    return operator new(size);
+}
+void operator delete(void* memory) noexcept {
+    free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    free(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+    free(memory);
+}
 
 namespace {
 
@@ -444,6 +473,20 @@ TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
     EXPECT_TRUE(isTold("sends too many oneway calls: its connections are closed"));
     EXPECT_TRUE(mGood.isServed());
     gate.set_value();
+}
+
+TEST_F(HostilePeerTest, Oneway_WhenThereIsNoMemoryForTheNext_ThenItRunsAndOthersAreServed) {
+    Recorder<int32_t> notes;
+    mEcho->onNote([&](int32_t value) { notes.add(value); });
+    const Bytes next = mBad.oneway(2);
+    sTooMuch = sizeof(FrameBuffer::Scratch);
+    ASSERT_TRUE(mBad.channel.send(mBad.oneway(1) + Bytes(next.begin(), next.end() - 1)));
+    EXPECT_TRUE(mBad.calls.isClosed());
+    sTooMuch = SIZE_MAX;
+    EXPECT_TRUE(isTold("lost a oneway call, for which there is no memory: its connections are closed"));
+    ASSERT_TRUE(mGood.channel.send(mGood.oneway(3)));
+    EXPECT_TRUE(notes.await(2));
+    EXPECT_EQ((std::vector<int32_t>{1, 3}), notes.all());
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
