@@ -419,6 +419,23 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     mEcho->keep(nullptr);
 }
 
+TEST_F(HostilePeerTest, Transact_WhenThereIsNoMemoryForTheReplies_ThenEachCallFailsAndTheNextWorks) {
+    mBad.lend();
+    const auto answered = [this](const Bytes& reply) {
+        auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
+        const Fd connection = mBad.control.receivePassed();
+        (void)connection.receive<FrameHeader>();
+        EXPECT_TRUE(connection.send(reply));
+        return call.get();
+    };
+    const Bytes reply = frame(FrameKind::Reply, 0, STATUS_OK);
+    sTooMuch = sizeof(FrameBuffer::Scratch);
+    for (size_t i = 0; i < MAX_CALLS; ++i) ASSERT_EQ(STATUS_NO_MEMORY, answered(Bytes(reply.begin(), reply.end() - 1)));
+    sTooMuch = SIZE_MAX;
+    EXPECT_EQ(STATUS_OK, answered(reply));
+    mEcho->keep(nullptr);
+}
+
 TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater) {
     std::vector<Fd> calls;
     for (int i = 0; i < 6; ++i) {  // more than there are threads
