@@ -20,7 +20,10 @@ binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t ta
     }
     std::unique_ptr<Stream> stream;
     status = acquire(*session, stream);
-    if (status != STATUS_OK) return status;
+    if (status != STATUS_OK) {
+        session->objects().unpack(parcel);
+        return status;
+    }
     bool isAnswered = false;
     try {
         isAnswered = send(*stream, frame) && stream->await(session, parcel, status);

@@ -10,7 +10,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -20,6 +19,7 @@
 #include <cstring>
 #include <future>
 #include <new>
+#include <optional>
 
 namespace {
 /** There is no memory for so many bytes at once, or more. */
@@ -537,19 +537,29 @@ TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRes
 
 TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothingSpins) {
     const char* const line = "no connection can be taken for name: Too many open files";
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_TRUE(mGood.isServed());
     Fd unconnected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const rlimit none{0, limit.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
+    std::optional<NoDescriptors> none(std::in_place);
     const Fd fd = mBad.connect(std::move(unconnected));
     EXPECT_TRUE(mLog.await("Binder", line));
     EXPECT_TRUE(mGood.isServed());
-    setrlimit(RLIMIT_NOFILE, &limit);
+    none.reset();
     ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, fd.receive<HelloReply>().protocol);
     EXPECT_LE(mLog.count("Binder", line), 3u);
+}
+
+TEST_F(HostilePeerTest, Transact_WhenDescriptorsRunOut_ThenTheCallFailsAndKeepsNoObject) {
+    mBad.lend();
+    Event destroyed;
+    auto* const echo = new Echo;
+    echo->onDestroy = [&] { destroyed.signal(); };
+    {
+        const NoDescriptors none;
+        EXPECT_EQ(STATUS_FAILED_TRANSACTION, keep(mEcho->kept(), newEcho(echo)));
+    }
+    EXPECT_EQ(1U, destroyed.count());
+    mEcho->keep(nullptr);
 }
 
 TEST_F(HostilePeerTest, Reply_WhenReceived_ThenItsBytesAreThese) {
