@@ -429,8 +429,13 @@ TEST_F(HostilePeerTest, Transact_WhenThereIsNoMemoryForTheReplies_ThenEachCallFa
         return call.get();
     };
     const Bytes reply = frame(FrameKind::Reply, 0, STATUS_OK);
+    const Bytes half(reply.begin(), reply.end() - 1);
     sTooMuch = sizeof(FrameBuffer::Scratch);
-    for (size_t i = 0; i < MAX_CALLS; ++i) ASSERT_EQ(STATUS_NO_MEMORY, answered(Bytes(reply.begin(), reply.end() - 1)));
+    for (size_t i = 0; i < MAX_CALLS; ++i) ASSERT_EQ(STATUS_NO_MEMORY, answered(half));
+    ASSERT_TRUE(mBad.calls.send(frame(FrameKind::Call, mBad.root, BOUNCE, token() + bytesOf(1))));
+    (void)mBad.calls.receiveData();
+    ASSERT_TRUE(mBad.calls.send(half));
+    EXPECT_TRUE(mBad.calls.isClosed()) << "the rest would be taken for the reply to BOUNCE";
     sTooMuch = SIZE_MAX;
     EXPECT_EQ(STATUS_OK, answered(reply));
     mEcho->keep(nullptr);
