@@ -352,17 +352,22 @@ TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
 }
 
 TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_ThenTheCallFails) {
+    const auto ping = [this] { return AIBinder_ping(mEcho->kept().get()); };
     mBad.lend();
-    auto ping = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
-    mBad.control.receivePassed().close();
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, ping.get());
+    // The calls of the second round need connections in the place of those that were lost.
+    for (int round = 0; round < 2; ++round) {
+        std::vector<std::future<binder_status_t>> pings;
+        for (size_t i = 0; i < MAX_CALLS; ++i) pings.push_back(std::async(ping));
+        for (size_t i = 0; i < MAX_CALLS; ++i) mBad.control.receivePassed().close();
+        for (auto& each : pings) EXPECT_EQ(STATUS_FAILED_TRANSACTION, each.get());
+    }
     EXPECT_TRUE(mBad.isServed());
     const Bytes object = bytesOf(FlatObject{ObjectKind::Receivers, 99, 0}) + bytesOf(uint32_t{0});
     for (const Bytes& nonsense :
          {frame(FrameKind::Oneway, 0, 0), frame(FrameKind::Reply, 0, 0, object, 1), Bytes(16, 0xff)}) {
         RawPeer bad(mFolder);
         bad.lend();
-        auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
+        auto call = std::async(ping);
         const Fd connection = bad.control.receivePassed();
         EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
         ASSERT_TRUE(connection.send(nonsense));
@@ -380,6 +385,11 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     }
     EXPECT_TRUE(mGood.isServed());
     for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
+    ASSERT_TRUE(calls.front().send(mBad.echoCall(900'000)));
+    (void)calls.front().receive<FrameHeader>();
+    ASSERT_TRUE(calls.front().send(mBad.echoCall(8)));
+    EXPECT_TRUE(isTold("calls before it has read its reply: its connections are closed"));
+    EXPECT_TRUE(mGood.isServed());
 }
 
 TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterTheNextCallAndNotBefore) {
