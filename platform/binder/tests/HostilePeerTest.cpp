@@ -365,14 +365,16 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     const Bytes object = bytesOf(FlatObject{ObjectKind::Receivers, 99, 0}) + bytesOf(uint32_t{0});
     for (const Bytes& nonsense :
          {frame(FrameKind::Oneway, 0, 0), frame(FrameKind::Reply, 0, 0, object, 1), Bytes(16, 0xff)}) {
-        RawPeer bad(mFolder);
-        bad.lend();
-        auto call = std::async(ping);
-        const Fd connection = bad.control.receivePassed();
-        EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
-        ASSERT_TRUE(connection.send(nonsense));
-        EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
-        EXPECT_TRUE(bad.channel.isClosed());
+        for (const bool isAnswer : {true, false}) {
+            RawPeer bad(mFolder);
+            bad.lend();
+            auto call = std::async(ping);
+            const Fd connection = bad.control.receivePassed();
+            EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
+            ASSERT_TRUE((isAnswer ? connection : bad.channel).send(nonsense));
+            EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
+            EXPECT_TRUE(bad.channel.isClosed());
+        }
     }
     mEcho->keep(nullptr);
 }
@@ -439,6 +441,13 @@ TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
+    const auto sayNonsenseTwice = [this] {
+        for (int i = 0; i < 2; ++i) {
+            const Fd fd = mBad.connect();
+            EXPECT_TRUE(fd.send(Bytes(24, 0xff)) && fd.isClosed());
+        }
+    };
+    sayNonsenseTwice();
     std::vector<Fd> silent;
     silent.reserve(1000);
     for (int i = 0; i < 1000; ++i) silent.push_back(mBad.connect());
@@ -447,6 +456,10 @@ TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClose
     EXPECT_TRUE(isTold("has too many silent connections: such connections are closed"));
     EXPECT_TRUE(isTold("connected and did not say in time what for: such connections are closed"));
     EXPECT_TRUE(silent.front().isClosed());
+    sayNonsenseTwice();
+    const std::string line =
+        "process " + std::to_string(getpid()) + " speaks another protocol: such connections are closed";
+    EXPECT_EQ(2u, mLog.count("Binder", line)) << "one for each time";
     const Fd again = mBad.connect();
     ASSERT_TRUE(again.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, again.receive<HelloReply>().protocol);

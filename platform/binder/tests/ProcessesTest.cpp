@@ -258,7 +258,7 @@ TEST_F(ProcessesTest, Transact_WhenNoThreadCanOpenAConnection_ThenNoneWaitsForAn
     getrlimit(RLIMIT_NOFILE, &limit);
     const rlimit none{0, limit.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
-    inThreads(4, 1000, [&](size_t) { EXPECT_EQ(STATUS_FAILED_TRANSACTION, echo(mService, 1)); });
+    inThreads(4, 20'000, [&](size_t) { EXPECT_EQ(STATUS_FAILED_TRANSACTION, AIBinder_ping(mService.get())); });
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(STATUS_OK, echo(mService, 1));
 }
