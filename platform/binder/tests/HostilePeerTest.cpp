@@ -203,6 +203,9 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
         {bytesOf(Hello{PROTOCOL, HelloKind::Open, unknown}),
          {file.get(), own.get()},
          "opens a session without channels"},
+        {bytesOf(Hello{PROTOCOL, HelloKind::Identify, unknown}),
+         {own.get(), own.get(), own.get()},
+         "passes more descriptors than a session has"},
         {mGood.hello(HelloKind::Open), {own.get(), services.get()}, "has a session already"},
     };
     for (const auto& [hello, passed, reason] : cases) {
@@ -211,7 +214,7 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
         EXPECT_TRUE(fd.isClosed()) << reason;
         EXPECT_TRUE(isTold(std::string(reason) + ": such connections are closed"));
     }
-    EXPECT_EQ(5u, warnings().size()) << "the same line not twice a second";
+    EXPECT_EQ(6u, warnings().size()) << "the same line not twice a second";
     EXPECT_TRUE(mGood.isServed());
 }
 
@@ -251,6 +254,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     for (const auto& [name, onChannel, bytes] : cases) {
         SCOPED_TRACE(name);
         const RawPeer bad(mFolder);
+        (void)bad.openCalls();  // which is closed at once
         ASSERT_TRUE((onChannel ? bad.channel : bad.calls).send(bytes + bad.oneway(1)));
         for (const Fd* each : {&bad.calls, &bad.channel, &bad.incoming, &bad.control}) EXPECT_TRUE(each->isClosed());
         ASSERT_TRUE(mGood.isServed());
