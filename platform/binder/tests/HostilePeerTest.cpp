@@ -361,7 +361,7 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     // The calls of the second round need connections in the place of those that were lost.
     for (int round = 0; round < 2; ++round) {
         std::vector<std::future<binder_status_t>> pings;
-        for (size_t i = 0; i < MAX_CALLS; ++i) pings.push_back(std::async(ping));
+        for (size_t i = 0; i < MAX_CALLS; ++i) pings.push_back(std::async(std::launch::async, ping));
         for (size_t i = 0; i < MAX_CALLS; ++i) mBad.control.receivePassed().close();
         for (auto& each : pings) EXPECT_EQ(STATUS_FAILED_TRANSACTION, each.get());
     }
@@ -372,7 +372,7 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
         for (const bool isAnswer : {true, false}) {
             RawPeer bad(mFolder);
             bad.lend();
-            auto call = std::async(ping);
+            auto call = std::async(std::launch::async, ping);
             const Fd connection = bad.control.receivePassed();
             EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
             ASSERT_TRUE((isAnswer ? connection : bad.channel).send(nonsense));
