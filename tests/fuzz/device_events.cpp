@@ -1,5 +1,6 @@
 // Any record that components and a plugin may report or answer: of the right size, with any content.
 
+#include "component/ModuleManager.h"
 #include "ims/ImsOrtcComponent.h"
 #include "rf/VsComponent.h"
 #include "tests/fuzz/support/System.h"
@@ -36,7 +37,7 @@ sp<Object> carrierOf(FuzzedDataProvider& input) {
 
 enum Event { CLAT, TX_SHARING, ICC_EVENT, ADDRESS, RTP, STATUS, CONNECT, SIGNAL, LINK, EVENTS };
 // What else an input may hold.
-enum Other { ANSWER = EVENTS, PLUGIN };
+enum Other { ANSWER = EVENTS, PLUGIN, STATE };
 
 sp<Object> carrierOf(size_t event, FuzzedDataProvider& input) {
     static constexpr sp<Object> (*MAKERS[EVENTS])(FuzzedDataProvider&) = {
@@ -81,13 +82,35 @@ struct ImsComponent : hal::ImsOrtcComponent {
     sp<Object> answer;
 };
 
+struct RfComponent : hal::RfSubsysComponent {
+    void getSwtpStatus(Reply reply) override { Component::sendResponse(reply, error, value); }
+    void getNvramData(int32_t, int32_t, Reply reply) override {
+        Component::sendResponse(reply, error, data.data(), static_cast<uint32_t>(data.size()));
+    }
+
+    int32_t error = 0;
+    uint8_t value = 0;
+    std::vector<uint8_t> data;
+};
+
+// The components are ready when it says so.
+struct Voter : hal::Component {
+    Voter() : Component(VOTE_MODE_TICKET, /*type=*/99) { mModuleManager->addModule(new hal::Module()); }
+};
+
 ImsComponent* sIms = nullptr;
+RfComponent* sRf = nullptr;
+Voter* sVoter = nullptr;
 
 fuzz::System& start() {
     VsComponent* vs = nullptr;
     auto& system = *new fuzz::System([&] {
-        hal::ComponentManager::getInstance()->add(sIms = new ImsComponent());
-        hal::ComponentManager::getInstance()->add(vs = new VsComponent());
+        auto& components = *hal::ComponentManager::getInstance();
+        components.add(sIms = new ImsComponent());
+        components.add(sRf = new RfComponent());
+        components.add(sVoter = new Voter());
+        components.add(vs = new VsComponent());
+        components.registeComponentReady(sVoter, new MessageCallback([](const auto&) {}));
     });
     vs->mStateRegistrants->notify(new mindroid::Integer(1));
     system.settle();
@@ -95,9 +118,21 @@ fuzz::System& start() {
 }
 
 void answer(fuzz::System& system, FuzzedDataProvider& input) {
-    sIms->error = static_cast<hal::SUBSYS_Errno>(input.ConsumeIntegral<int8_t>());
+    sRf->error = input.ConsumeIntegral<int8_t>();
+    sRf->value = input.ConsumeIntegral<uint8_t>();
+    sRf->data = input.ConsumeBytes<uint8_t>(input.ConsumeIntegralInRange<size_t>(0, 64));
+    (void)system.service().getSwtpStatus(1);
+    (void)system.service().getNvramData(2, 0, 0);
+    sIms->error = static_cast<hal::SUBSYS_Errno>(sRf->error);
     sIms->answer = input.ConsumeBool() ? nullptr : carrierOf<hal::ImsRtpRedunSignalMsgRspInfoType>(input);
-    (void)system.service().sendImsRtpRedunSignalMsg(1, {});
+    (void)system.service().sendImsRtpRedunSignalMsg(3, {});
+}
+
+void changeState(FuzzedDataProvider& input) {
+    const int32_t what =
+        input.ConsumeBool() ? hal::Component::MSG_PROXY_STATE_CHANGED : input.ConsumeIntegral<int32_t>();
+    const int32_t state = input.ConsumeIntegral<int32_t>();
+    sVoter->obtainMessage(what, input.ConsumeBool() ? nullptr : new mindroid::Integer(state))->sendToTarget();
 }
 
 // Of any type and size.
@@ -114,10 +149,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static fuzz::System& sSystem = start();
     FuzzedDataProvider input(data, size);
     while (input.remaining_bytes() != 0) {
-        const auto event = input.ConsumeIntegralInRange<size_t>(0, PLUGIN);
+        const auto event = input.ConsumeIntegralInRange<size_t>(0, STATE);
         if (event < EVENTS) sListeners[event]->notify(input.ConsumeBool() ? nullptr : carrierOf(event, input));
         if (event == ANSWER) answer(sSystem, input);
         if (event == PLUGIN) reportFromPlugin(input);
+        if (event == STATE) changeState(input);
     }
     sSystem.settle();
     test::iccPlugin().calls.clear();

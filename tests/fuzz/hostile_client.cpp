@@ -6,6 +6,9 @@
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <binder/peer.h>
+#include <device/LoopThread.h>
+#include <device/Recorder.h>
 #include <stubs/Sinks.h>
 
 #include <poll.h>
@@ -21,21 +24,32 @@ using binder::UniqueFd;
 // Calls every method of the callbacks that it is given.
 class Service : public subsys_stubs::Sink<ISubsys, Service> {
 public:
+    Service() {
+        AIBinder_DeathRecipient_setOnUnlinked(mRecipient.get(), [](void*) {});
+    }
     template <class Method, class... Args>
     ndk::ScopedAStatus onCall(const Method&, const Args&... arguments) {
         (meet(arguments), ...);
         return ndk::ScopedAStatus::ok();
     }
-    // More than the client may leave unread, on a message loop.
+    // More than the client may leave unread, on a message loop that is busy now and then.
     ndk::ScopedAStatus getNvramData(int32_t, int32_t, int32_t count) override {
         static const auto& INFO = *new IccIndInfo{0, std::vector<uint8_t>(4096)};  // as the looper below
         looper().run([&] {
+            device::LoopThread::current()->hasMore = count % 2 != 0;
             for (; mIndication != nullptr && count % 256 > 0; --count) (void)mIndication->notifyIccInfoChanged(INFO);
         });
         return ndk::ScopedAStatus::ok();
     }
-    // More than a socket holds.
+    // More than a socket holds. It looks at the process and its peers, as a daemon's does.
     binder_status_t dump(int fd, const char**, uint32_t count) override {
+        uint32_t threads = 0;
+        uint32_t idle = 0;
+        uint32_t limit = 0;
+        ABinderProcess_getThreadUsage(&threads, &idle, &limit);
+        require(AIBinder_getCallingUid() == getuid());
+        ABinderProcess_forEachPeer([](const ABinderProcess_Peer* each, void*) { require(each->pid == getpid()); },
+                                   nullptr);
         dprintf(fd, "%*s", static_cast<int>(count % 8 * 100'000), "");
         return STATUS_OK;
     }
@@ -59,6 +73,7 @@ private:
         if (callback == nullptr) return;
         AIBinder* const object = callback->asBinder().get();
         (void)AIBinder_linkToDeath(object, mRecipient.get(), this);
+        require(AIBinder_setExtension(asBinder().get(), object) == STATUS_OK);
         subsys_stubs::forEachMethod<I>([&]<class Method>(const Method& method) {
             const auto call = [&](const auto&... each) { return ((*callback).*method.call)(each...); };
             (void)std::apply(call, typename Method::Arguments());
@@ -94,8 +109,10 @@ public:
     void say(std::span<const std::string> tokens, FuzzedDataProvider& input) {
         const bool isFrame = !input.ConsumeBool();
         const auto socket = input.ConsumeIntegralInRange<size_t>(0, SOCKETS);
-        const std::string bytes = isFrame ? nextFrame(tokens, input) : input.ConsumeRandomLengthString();
-        if (socket == SOCKETS) return send(mControl, bytes, {mSockets[BACK].get()});
+        std::string bytes = isFrame ? nextFrame(tokens, input) : input.ConsumeRandomLengthString();
+        if (socket == SOCKETS)
+            return send(mControl, bytes, {input.ConsumeBool() ? STDIN_FILENO : mSockets[BACK].get()});
+        if (socket == CHANNEL) bytes = repeated(bytes, input);
         if (!mSockets[socket].isValid()) mSockets[socket] = openCalls();
         send(mSockets[socket], bytes);
         // Whole frames are answered, or the session ends.
@@ -111,6 +128,12 @@ public:
     }
 
 private:
+    // Often once.
+    static std::string repeated(const std::string& bytes, FuzzedDataProvider& input) {
+        std::string all = bytes;
+        for (int count = input.ConsumeIntegral<uint8_t>() - 128; count > 0; --count) all += bytes;
+        return all;
+    }
     enum Socket { CHANNEL, BACK, CALLS, SOCKETS = CALLS + 3 };
 
     [[nodiscard]] UniqueFd openCalls() const {
@@ -133,6 +156,7 @@ private:
 
 test::NamesFolder& start() {
     static test::NamesFolder sNames;
+    require(device::startRecorder("hostile_client"));
     ABinderProcess_setThreadPoolMaxThreadCount(5);  // one for each connection of calls, and for oneway calls
     ABinderProcess_startThreadPool();
     return sNames;

@@ -7,6 +7,7 @@
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <binder/peer.h>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -94,9 +95,11 @@ UniqueFd listenIn(const test::NamesFolder& names) {
     return listener;
 }
 
+// Strings make the call a large one.
 template <class T>
 T argument() {
     if constexpr (subsys_stubs::isInterfacePointer<T>) return callback<typename T::element_type>();
+    if constexpr (std::is_same_v<T, std::string>) return std::string(40'000, 'x');
     return T{};
 }
 
@@ -124,6 +127,7 @@ void callAny(AIBinder* object) {
     ndk::SpAIBinder extension;
     const char* arguments[] = {"argument"};
     (void)AIBinder_ping(object);
+    require(AIBinder_getServerPid(object) == getpid());
     (void)AIBinder_getExtension(object, extension.getR());
     (void)AIBinder_dump(object, NOWHERE.get(), arguments, 1);
 }
@@ -142,6 +146,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const ndk::SpAIBinder object(AServiceManager_checkService(NAME));
     test::Event death;
     const bool isLinked = object && AIBinder_linkToDeath(object.get(), RECIPIENT.get(), &death) == STATUS_OK;
+    require(!AServiceManager_isDeclared(NAME));  // It has a socket, and no lock.
     if (object) callAny(object.get());
     if (const auto service = ISubsys::fromBinder(object)) callAll(*service);
     server.stop();

@@ -51,7 +51,38 @@ void writeText(const AParcel* parcel) {
 
 void readStatus(const AParcel* parcel) {
     ndk::ScopedAStatus status;
-    if (AParcel_readStatusHeader(parcel, status.getR()) == STATUS_OK) require(!status.getDescription().empty());
+    if (AParcel_readStatusHeader(parcel, status.getR()) != STATUS_OK) return;
+    require(!status.getDescription().empty() && status.getMessage() != nullptr);
+    require(status.isOk() == (status.getExceptionCode() == EX_NONE));
+}
+
+// By the functions for arrays of strings, with one that takes memory for each.
+void readStrings(const AParcel* parcel) {
+    using Strings = std::vector<std::string>;
+    const auto allocate = [](void* to, int32_t length) {
+        if (length >= 0) static_cast<Strings*>(to)->resize(static_cast<size_t>(length));
+        return length >= 0;
+    };
+    const auto allocateElement = [](void* to, size_t index, int32_t length, char** buffer) {
+        if (length <= 0) return false;
+        std::string& text = static_cast<Strings*>(to)->at(index);
+        text.resize(static_cast<size_t>(length) - 1);
+        *buffer = text.data();
+        return true;
+    };
+    const auto element = [](const void* from, size_t index, int32_t* length) {
+        const std::string& text = static_cast<const Strings*>(from)->at(index);
+        *length = static_cast<int32_t>(text.size());
+        return text.data();
+    };
+    Strings strings;
+    if (AParcel_readStringArray(parcel, &strings, allocate, allocateElement) != STATUS_OK) return;
+    const ndk::ScopedAParcel written(AParcel_create());
+    const auto count = static_cast<int32_t>(strings.size());
+    require(AParcel_writeStringArray(written.get(), &strings, count, element) == STATUS_OK);
+    AParcel_setDataPosition(written.get(), 0);
+    Strings again;
+    require(ndk::AParcel_readVector(written.get(), &again) == STATUS_OK && again == strings);
 }
 
 void move(const AParcel* parcel) {
@@ -73,6 +104,7 @@ std::vector<Reader> readers(std::tuple<Plain...>*, subsys_stubs::TypeList<Record
             read<ndk::SpAIBinder>,
             writeText,
             readStatus,
+            readStrings,
             move};
 }
 

@@ -7,6 +7,7 @@
 #include <device/Recorder.h>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <signal.h>
 
 // In the place of the C library's: a request may name any process.
@@ -28,10 +29,12 @@ void loadComponents() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static auto& sSystem = *new fuzz::System(loadComponents);
     static const auto OBJECTS = fuzz::callbacks();
+    static const int NOWHERE = open("/dev/null", O_WRONLY | O_CLOEXEC);
     static const ndk::SpAIBinder SERVICE = sSystem.service().asBinder();
     FuzzedDataProvider input(data, size);
     sSystem.connect();
     while (input.remaining_bytes() != 0) (void)fuzz::call(SERVICE, OBJECTS, input);
+    fuzz::require(AIBinder_dump(SERVICE.get(), NOWHERE, nullptr, 0) == STATUS_OK);
     sSystem.settle();
     return 0;
 }

@@ -41,6 +41,7 @@ TEST_F(PluginTest, LoadAndUnload_WhenFileComes_ThenOpenForGood) {
     install(COUNTING_PLUGIN);
     EXPECT_TRUE(mPlugin.load());
     EXPECT_FALSE(mPlugin.unload());
+    EXPECT_EQ(dlopen(mDevice.place(LIBRARY).c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
     EXPECT_TRUE(mPlugin.load());
     EXPECT_TRUE(logged(ANDROID_LOG_DEBUG, "mPluginHandle is loaded."));
 }

@@ -61,7 +61,7 @@ protected:
     }
 
     Recorder<Reply> mReplies;
-    const sp<IccProxy> mProxy = hal::SubsysComponent::createDedicateProxy<IccProxy>(0);
+    sp<IccProxy> mProxy = hal::SubsysComponent::createDedicateProxy<IccProxy>(0);
 };
 
 TEST_F(IccProxyTest, SendIccCmd_WhenReqIdVaries_ThenServedByItsCommand) {
@@ -269,6 +269,7 @@ TEST_F(IccProxyTest, Proxy_WhenReplaced_ThenFirstStaysAndSecondFindsNoPlugin) {
     EXPECT_EQ(hal::ComponentSingleton<IccProxy>::sInstance, second);
     EXPECT_NE(runOn(mProxy, std::this_thread::get_id), runOn(second, std::this_thread::get_id));
     EXPECT_EQ(ask([&](const auto& message) { second->sendIccCmd(1004, {}, 0, message); }).bytes(), Bytes{0});
+    mProxy.clear();  // which leaves the plugin as the first one's only user
     iccPlugin().emit(ICC_EVENT_STATE_CHANGED, IccStateInfoType{});
     EXPECT_TRUE(records.await());
 }

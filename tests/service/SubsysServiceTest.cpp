@@ -145,6 +145,7 @@ TEST_F(SubsysServiceTest, ServiceDied_WhenAClientWasConnected_ThenItAloneIsForgo
 }
 
 TEST_F(SubsysServiceTest, Dump_WhenClientsAndComponentsAreThere_ThenALineForEach) {
+    hal::ComponentManager::getInstance()->add(nullptr);
     hal::ComponentManager::getInstance()->add(new hal::ImsOrtcComponent());
     EXPECT_TRUE(service->setImsOrtcCallback(ndk::SharedRefBase::make<test::ImsResponseClient>(), nullptr).isOk());
     EXPECT_TRUE(service->setCallback(client.response, nullptr).isOk());

@@ -47,18 +47,20 @@ bool Calls::send(Stream& stream, Bytes frame) {
 
 binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
     device::MutexLock lock(mLock);
-    // Nothing that follows may fail where a connection is already counted.
+    // Nothing that follows may fail where a connection is already open.
     mUsed.reserve(MAX_CALLS);
     mIdle.reserve(MAX_CALLS);
-    if (mIdle.empty() && mOpen < MAX_CALLS && !mEnded) {
-        ++mOpen;
+    if (mIdle.empty() && mUsed.size() + mOpening < MAX_CALLS && !mEnded) {
+        ++mOpening;
         lock.unlock();
         stream = open(session);
         lock.lock();
-        if (stream == nullptr) --mOpen;
+        --mOpening;
+        // Others may have hoped for this one.
+        if (stream == nullptr) mChanged.notify_all();
     }
     // Another thread gives its connection back.
-    while (stream == nullptr && mIdle.empty() && mOpen != 0 && !mEnded) lock.wait(mChanged);
+    while (stream == nullptr && mIdle.empty() && mUsed.size() + mOpening != 0 && !mEnded) lock.wait(mChanged);
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (stream == nullptr && mIdle.empty()) return STATUS_FAILED_TRANSACTION;
     if (stream == nullptr) {
@@ -93,7 +95,6 @@ void Calls::giveBack(std::unique_ptr<Stream> stream) {
 void Calls::drop(std::unique_ptr<Stream> stream) {
     const device::MutexLock lock(mLock);
     std::erase(mUsed, stream.get());
-    --mOpen;
     mChanged.notify_all();
 }
 

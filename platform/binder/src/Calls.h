@@ -34,7 +34,7 @@ private:
     device::Mutex mLock;
     std::condition_variable mChanged;
     bool mEnded SUBSYS_GUARDED_BY(mLock) = false;
-    size_t mOpen SUBSYS_GUARDED_BY(mLock) = 0;
+    size_t mOpening SUBSYS_GUARDED_BY(mLock) = 0;
     std::vector<Stream*> mUsed SUBSYS_GUARDED_BY(mLock);
     std::vector<std::unique_ptr<Stream>> mIdle SUBSYS_GUARDED_BY(mLock);  // the last used one at the end
 };

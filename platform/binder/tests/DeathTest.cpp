@@ -2,6 +2,8 @@
 #include "tests/support/Await.h"
 
 #include <array>
+#include <chrono>
+#include <future>
 #include <thread>
 
 namespace {
@@ -106,19 +108,18 @@ TEST_F(DeathTest, OnBinderDied_WhenItUnlinksAndDeletesTheRecipient_ThenTheOthers
 
 TEST_F(DeathTest, Delete_WhenAnObituaryIsRunning_ThenItIsFinishedFirst) {
     Event began;
-    Event deleting;
-    std::atomic<bool> finished{false};
+    Event end;
     mFirst.onDied = [&] {
         began.signal();
-        EXPECT_TRUE(deleting.await());
-        finished = true;
+        EXPECT_TRUE(end.await());
     };
     ASSERT_EQ(STATUS_OK, link(mFirst));
     mServer.end();
     ASSERT_TRUE(began.await());
-    deleting.signal();
-    mRecipient.set(nullptr);
-    EXPECT_TRUE(finished);
+    auto deletion = std::async(std::launch::async, [this] { mRecipient.set(nullptr); });
+    EXPECT_EQ(std::future_status::timeout, deletion.wait_for(std::chrono::milliseconds(20)));
+    end.signal();
+    deletion.get();
     EXPECT_EQ("du", mFirst.all());
 }
 

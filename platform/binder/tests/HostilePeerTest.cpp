@@ -232,6 +232,9 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
         {bytesOf(Hello{PROTOCOL, HelloKind::Open, unknown}),
          {file.get(), own.get()},
          "opens a session without channels"},
+        {bytesOf(Hello{PROTOCOL, HelloKind::Identify, unknown}),
+         {own.get(), own.get(), own.get()},
+         "passes more descriptors than a session has"},
         {mGood.hello(HelloKind::Open), {own.get(), services.get()}, "has a session already"},
     };
     for (const auto& [hello, passed, reason] : cases) {
@@ -240,7 +243,7 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
         EXPECT_TRUE(fd.isClosed()) << reason;
         EXPECT_TRUE(isTold(std::string(reason) + ": such connections are closed"));
     }
-    EXPECT_EQ(5u, warnings().size()) << "the same line not twice a second";
+    EXPECT_EQ(6u, warnings().size()) << "the same line not twice a second";
     EXPECT_TRUE(mGood.isServed());
 }
 
@@ -280,6 +283,7 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     for (const auto& [name, onChannel, bytes] : cases) {
         SCOPED_TRACE(name);
         const RawPeer bad(mFolder);
+        (void)bad.openCalls();  // which is closed at once
         ASSERT_TRUE((onChannel ? bad.channel : bad.calls).send(bytes + bad.oneway(1)));
         for (const Fd* each : {&bad.calls, &bad.channel, &bad.incoming, &bad.control}) EXPECT_TRUE(each->isClosed());
         ASSERT_TRUE(mGood.isServed());
@@ -399,22 +403,29 @@ TEST_F(OneThreadTest, Call_WhenItWaitsForABusyThread_ThenOneLineEachTime) {
 }
 
 TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_ThenTheCallFails) {
+    const auto ping = [this] { return AIBinder_ping(mEcho->kept().get()); };
     mBad.lend();
-    auto ping = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
-    mBad.control.receivePassed().close();
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, ping.get());
+    // The calls of the second round need connections in the place of those that were lost.
+    for (int round = 0; round < 2; ++round) {
+        std::vector<std::future<binder_status_t>> pings;
+        for (size_t i = 0; i < MAX_CALLS; ++i) pings.push_back(std::async(std::launch::async, ping));
+        for (size_t i = 0; i < MAX_CALLS; ++i) mBad.control.receivePassed().close();
+        for (auto& each : pings) EXPECT_EQ(STATUS_FAILED_TRANSACTION, each.get());
+    }
     EXPECT_TRUE(mBad.isServed());
     const Bytes object = bytesOf(FlatObject{ObjectKind::Receivers, 99, 0}) + bytesOf(uint32_t{0});
     for (const Bytes& nonsense :
          {frame(FrameKind::Oneway, 0, 0), frame(FrameKind::Reply, 0, 0, object, 1), Bytes(16, 0xff)}) {
-        RawPeer bad(mFolder);
-        bad.lend();
-        auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
-        const Fd connection = bad.control.receivePassed();
-        EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
-        ASSERT_TRUE(connection.send(nonsense));
-        EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
-        EXPECT_TRUE(bad.channel.isClosed());
+        for (const bool isAnswer : {true, false}) {
+            RawPeer bad(mFolder);
+            bad.lend();
+            auto call = std::async(std::launch::async, ping);
+            const Fd connection = bad.control.receivePassed();
+            EXPECT_EQ(PING_CODE, connection.receive<FrameHeader>().code);
+            ASSERT_TRUE((isAnswer ? connection : bad.channel).send(nonsense));
+            EXPECT_EQ(STATUS_DEAD_OBJECT, call.get());
+            EXPECT_TRUE(bad.channel.isClosed());
+        }
     }
     mEcho->keep(nullptr);
 }
@@ -449,6 +460,11 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     }
     EXPECT_TRUE(mGood.isServed());
     for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
+    ASSERT_TRUE(calls.front().send(mBad.echoCall(900'000)));
+    (void)calls.front().receive<FrameHeader>();
+    ASSERT_TRUE(calls.front().send(mBad.echoCall(8)));
+    EXPECT_TRUE(isTold("calls before it has read its reply: its connections are closed"));
+    EXPECT_TRUE(mGood.isServed());
 }
 
 TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterTheNextCallAndNotBefore) {
@@ -512,6 +528,13 @@ TEST_F(HostilePeerTest, Oneway_WhenThereIsNoMemoryForTheNext_ThenItRunsAndOthers
 }
 
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
+    const auto sayNonsenseTwice = [this] {
+        for (int i = 0; i < 2; ++i) {
+            const Fd fd = mBad.connect();
+            EXPECT_TRUE(fd.send(Bytes(24, 0xff)) && fd.isClosed());
+        }
+    };
+    sayNonsenseTwice();
     std::vector<Fd> silent;
     silent.reserve(1000);
     for (int i = 0; i < 1000; ++i) silent.push_back(mBad.connect());
@@ -520,6 +543,10 @@ TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClose
     EXPECT_TRUE(isTold("has too many silent connections: such connections are closed"));
     EXPECT_TRUE(isTold("connected and did not say in time what for: such connections are closed"));
     EXPECT_TRUE(silent.front().isClosed());
+    sayNonsenseTwice();
+    const std::string line =
+        "process " + std::to_string(getpid()) + " speaks another protocol: such connections are closed";
+    EXPECT_EQ(2u, mLog.count("Binder", line)) << "one for each time";
     const Fd again = mBad.connect();
     ASSERT_TRUE(again.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, again.receive<HelloReply>().protocol);

@@ -109,6 +109,8 @@ TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
     });
     EXPECT_EQ(STATUS_OK, call(object, NOTE, int32(5), {}, FLAG_ONEWAY));
     EXPECT_TRUE(ran);
+    const auto isEmpty = [](const AParcel* out) { EXPECT_EQ(0, AParcel_getDataSize(out)); };
+    EXPECT_EQ(STATUS_OK, call(object, LAST, {}, isEmpty, FLAG_ONEWAY));
     EXPECT_EQ(STATUS_OK, test::echo(object, 2000));
     EXPECT_EQ(STATUS_BAD_INDEX, call(object, STATUS, int32(STATUS_BAD_INDEX)));
     EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, call(object, UNKNOWN));

@@ -252,6 +252,17 @@ TEST_F(ProcessesTest, Transact_WhenThereAreMoreThreadsThanConnections_ThenEachGe
     inThreads(24, 2, [&](size_t) { EXPECT_EQ(STATUS_OK, echo(mService, 900'000)); });
 }
 
+TEST_F(ProcessesTest, Transact_WhenNoThreadCanOpenAConnection_ThenNoneWaitsForAnother) {
+    EXPECT_EQ(STATUS_OK, note(mService, 1));  // UBSan looks at the classes while it can.
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    inThreads(4, 20'000, [&](size_t) { EXPECT_EQ(STATUS_FAILED_TRANSACTION, AIBinder_ping(mService.get())); });
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(STATUS_OK, echo(mService, 1));
+}
+
 TEST_F(ProcessesTest, Dump_WhenTheObjectIsRemote_ThenArgumentsGoThereAndTheTextComesBack) {
     const auto dump = [this](std::vector<const char*> arguments) {
         std::array<int, 2> ends{};

@@ -22,6 +22,11 @@ protected:
     static ndk::SpAIBinder check(const std::string& name) {
         return ndk::SpAIBinder(AServiceManager_checkService(name.c_str()));
     }
+    static int countOpen() {
+        int count = 0;
+        for (int fd = 0; fd < 256; ++fd) count += fcntl(fd, F_GETFD) >= 0 ? 1 : 0;
+        return count;
+    }
 
     const ndk::SpAIBinder mObject = newEcho(new Echo);
 };
@@ -117,10 +122,12 @@ TEST_F(ServiceManagerTest, AddService_WhenTheFolderIsNotThisUsersAlone_ThenRefus
 TEST_F(ServiceManagerTest, AddService_WhenItsFilesAreDeletedLater_ThenTheyAreMadeAgain) {
     const LogCapture log;
     ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    const int before = countOpen();
     std::filesystem::remove(mFolder / "lock@name");
     std::filesystem::remove(mFolder / "socket@name");
     EXPECT_TRUE(log.await("Binder", "the lock file of name was deleted: made again"));
     EXPECT_TRUE(log.await("Binder", "the socket of name was deleted: made again"));
+    EXPECT_EQ(before, countOpen()) << "the old ones are closed";
     ABinderProcess_startThreadPool();
     EXPECT_TRUE(Peer("lend", "name").isReady()) << "and it is found";
     EXPECT_EQ(3, Peer("serve", "name").wait()) << "and still this process's";
@@ -168,11 +175,6 @@ TEST_F(ServiceManagerTest, AddService_WhenTheNameCannotBeTaken_ThenNothingStaysB
 }
 
 TEST_F(ServiceManagerTest, Fork_WhenTheChildRunsOn_ThenItHoldsNoneOfTheServicesDescriptors) {
-    const auto countOpen = [] {
-        int count = 0;
-        for (int fd = 0; fd < 256; ++fd) count += fcntl(fd, F_GETFD) >= 0 ? 1 : 0;
-        return count;
-    };
     const int before = countOpen();
     ASSERT_EQ(EX_NONE, add(mObject, "name"));
     ABinderProcess_startThreadPool();

@@ -167,6 +167,7 @@ TEST_F(Recorder, OpenSections_WhenMoreThanThereAreRoomFor_ThenTheRestIsCounted) 
     EXPECT_EQ(full.open.size(), 4'096u + 8);
     EXPECT_EQ(full.unplaced, COUNT - 4'096u + 2);
     for (int i = 0; i < 11; ++i) ATRACE_END();  // one more than there are
+    EXPECT_EQ(read().unplaced, COUNT - 4'096u);
     each([](const char* name, int cookie) { ATRACE_ASYNC_END(name, cookie); });
     const Trace empty = read();
     EXPECT_THAT(empty.open, IsEmpty());
@@ -341,6 +342,8 @@ TEST(TraceDecoder, Decode_WhenTheCopiesDiffer_ThenOnlyWhatTheyHaveInCommon) {
     first->keys = {5, 6, device::trace::TAKEN_KEY};
     first->threadOwners[0] = 7;
     first->threads[0].depth = 2;
+    for (const size_t i : {0U, 1U}) first->threads[i].id = 7;  // The second one's thread has ended.
+    first->threads[0].name[0] = 'n';
     const auto second = std::make_unique<device::trace::File>(*first);
     const auto times = [&] {
         const Trace trace = device::trace::decode(*first, *second);
@@ -356,6 +359,7 @@ TEST(TraceDecoder, Decode_WhenTheCopiesDiffer_ThenOnlyWhatTheyHaveInCommon) {
     second->keys[0] = 0;            // ended
     second->threads[0].depth = 1;   // the inner one ended
     EXPECT_THAT(times(), ElementsAre(10, 21, 30));
+    EXPECT_EQ(device::trace::decode(*first, *second).threadNames.at(7), "n");
 }
 
 TEST_F(TraceFile, Read_WhenItIsNoTrace_ThenNothingAndTheReasonAtOnce) {

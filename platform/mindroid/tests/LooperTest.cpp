@@ -49,6 +49,7 @@ TEST(Looper, State_WhenAMessageRuns_ThenOthersSeeTheThreadTheHandlerAndWhatWaits
         return std::find_if(device::loopStates().begin(), device::loopStates().end(),
                             [thread](const auto& each) { return each.isTaken && each.thread == thread; });
     };
+    for (size_t i = 0; i < device::loopStates().size(); ++i) const test::LooperThread ended;
     const test::LooperThread loop;
     const pid_t thread = test::runOn(loop.handler(), gettid);
     const auto state = stateOf(thread);

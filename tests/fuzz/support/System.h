@@ -13,14 +13,14 @@
 
 namespace fuzz {
 
-// The service and its components on one looper, as a daemon starts them, with one client. Time goes on in settle()
-// alone.
+// The service and its components on one looper, as a daemon starts them, with one client. The RF component is the
+// library's, unless there is another. Time goes on in settle() alone.
 class System {
 public:
     explicit System(const std::function<void()>& addComponents)
         : mService(mLooper.run([&] {
               addComponents();
-              hal::ComponentManager::getInstance()->add(new hal::RfSubsysComponent());
+              if (!hal::getRfSubsysComponent()) hal::ComponentManager::getInstance()->add(new hal::RfSubsysComponent());
               hal::ComponentManager::getInstance()->init(0);
               return ndk::SharedRefBase::make<SubsysService>();
           })) {
