@@ -12,6 +12,10 @@
 #include <signal.h>
 #include <unistd.h>
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -95,6 +99,9 @@ int serve(const Options& options) {
 // there are none: the process just stops.
 [[noreturn]] void end(int code) {
     fflush(nullptr);
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan_do_leak_check();  // _exit leaves it out
+#endif
     _exit(code);
 }
 

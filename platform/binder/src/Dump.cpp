@@ -2,6 +2,7 @@
 
 #include "Frame.h"
 #include "IBinder.h"
+#include "Log.h"
 #include "Parcel.h"
 #include "UniqueFd.h"
 
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -55,7 +57,10 @@ binder_status_t answerDump(AIBinder* local, const AParcel& in, AParcel& out) {
     const binder_status_t status = ndk::AParcel_readVector(&in, &arguments);
     if (status != STATUS_OK) return status;
     const UniqueFd file(memfd_create("dump", MFD_CLOEXEC));
-    if (!file.isValid()) return -errno;
+    if (!file.isValid()) {
+        warn("no dump can be made: %s", strerror(errno));
+        return STATUS_UNKNOWN_ERROR;
+    }
     std::vector<const char*> pointers;
     pointers.reserve(arguments.size());
     for (const std::string& each : arguments) pointers.push_back(each.c_str());
