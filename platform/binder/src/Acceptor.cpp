@@ -162,7 +162,7 @@ Acceptor& Acceptor::instance() {
 }
 
 bool Acceptor::listen(UniqueFd listener, const std::string& name) {
-    if (mListening.empty()) IoThread::instance().addTicker([] { return Acceptor::instance().tick(); });
+    IoThread::instance().addTicker([] { return Acceptor::instance().tick(); });
     Poller& poller = IoThread::instance().poller();
     const auto added = std::make_shared<Listener>(std::move(listener), name);
     if (!poller.add(added, EPOLLIN, added->key)) return false;

@@ -6,24 +6,24 @@
 
 namespace binder {
 namespace {
-thread_local const CallContext* sCurrent = nullptr;
+thread_local const CallContext* tCurrent = nullptr;
 }
 
 CallContext::CallContext(pid_t pid, uid_t uid, const Session* session, Stream* stream)
-    : mPid(pid), mUid(uid), mSession(session), mStream(stream), mOuter(sCurrent) {
-    sCurrent = this;
+    : mPid(pid), mUid(uid), mSession(session), mStream(stream), mOuter(tCurrent) {
+    tCurrent = this;
 }
 
 CallContext::~CallContext() {
-    sCurrent = mOuter;
+    tCurrent = mOuter;
 }
 
 const CallContext* CallContext::current() {
-    return sCurrent;
+    return tCurrent;
 }
 
 Stream* CallContext::streamOf(const Session& session) {
-    const CallContext* each = sCurrent;
+    const CallContext* each = tCurrent;
     while (each != nullptr && (each->mStream == nullptr || each->mSession != &session)) each = each->mOuter;
     return each == nullptr ? nullptr : each->mStream;
 }

@@ -12,20 +12,31 @@
 namespace binder {
 
 binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t target, uint32_t code, AParcel& parcel) {
+    const Bytes frame = parcel.frame(FrameKind::Call, target, code);
     binder_status_t status = STATUS_OK;
     if (Stream* const waiting = CallContext::streamOf(*session)) {
-        const bool isSent = sendAll(waiting->fd(), parcel.frame(FrameKind::Call, target, code));
+        const bool isSent = sendAll(waiting->fd(), frame);
         return isSent && waiting->await(session, parcel, status) ? status : session->onLost();
     }
     std::unique_ptr<Stream> stream;
     status = acquire(*session, stream);
-    if (status != STATUS_OK) return status;
-    if (send(*stream, parcel.frame(FrameKind::Call, target, code)) && stream->await(session, parcel, status)) {
-        giveBack(std::move(stream));
+    if (status != STATUS_OK) {
+        session->objects().unpack(parcel);
         return status;
     }
-    drop(std::move(stream));
-    return session->onLost();
+    bool isAnswered = false;
+    try {
+        isAnswered = send(*stream, frame) && stream->await(session, parcel, status);
+    } catch (...) {
+        drop(std::move(stream));
+        throw;
+    }
+    if (!isAnswered) {
+        drop(std::move(stream));
+        return session->onLost();
+    }
+    giveBack(std::move(stream));
+    return status;
 }
 
 bool Calls::send(Stream& stream, Bytes frame) {

@@ -16,7 +16,7 @@ class Session;
 // again. A call that a thread makes while it runs one of the peer's goes over that one's connection. Thread: any.
 class Calls {
 public:
-    // Turns the call in `parcel` into its reply.
+    // Turns the call in `parcel`, whose objects are packed, into its reply.
     [[nodiscard]] binder_status_t call(const std::shared_ptr<Session>& session, uint32_t target, uint32_t code,
                                        AParcel& parcel);
     // Every call that waits returns STATUS_DEAD_OBJECT.

@@ -37,7 +37,11 @@ void Control::onReady(uint32_t) {
     if (received < 0 && errno == EAGAIN) return;
     // A connection may be lost with it, whose caller waits.
     if (received < 0 && errno != ECONNRESET) return session->end("cannot be listened to any more");
-    if (received <= 0) return end();
+    if (received <= 0) {
+        // The end of the channel may never come: the peer is free to hand over both ends of one.
+        mSession.inbox().end();
+        return end();
+    }
     if (received != sizeof(header) || header.kind != FrameKind::Connection || passed.size() > 1)
         return session->end("sent something else than a connection");
     if (passed.empty()) return warn("a connection of process %d is lost: no descriptors", session->peer().pid);

@@ -25,7 +25,7 @@ struct AIBinder_DeathRecipient {
 namespace {
 
 // Whether an obituary runs on this thread.
-thread_local bool sRunningHere = false;
+thread_local bool tRunningHere = false;
 
 void eraseFrom(Links& links, const DeathLink* link) {
     std::erase_if(links, [link](const auto& each) { return each.get() == link; });
@@ -85,10 +85,10 @@ bool sendNext(RemoteBinder& binder) {
     ++*running;
     lock.unlock();
 
-    const bool outer = std::exchange(sRunningHere, true);
+    const bool outer = std::exchange(tRunningHere, true);
     onBinderDied(link->cookie);
     ended.tell();
-    sRunningHere = outer;
+    tRunningHere = outer;
 
     --*running;
     running->notify_all();
@@ -119,7 +119,7 @@ void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
     if (recipient == nullptr) return;
     endAll(*recipient);
     // An obituary waits neither for itself nor for another one, which may delete this one's recipient.
-    if (!sRunningHere) {
+    if (!tRunningHere) {
         for (int count = *recipient->running; count != 0; count = *recipient->running) recipient->running->wait(count);
     }
     delete recipient;

@@ -7,7 +7,7 @@
 //
 //   control  where Open was said: brings call connections, in both directions
 //   channel  one for each direction: oneway calls and reference counts; its reader sends back how many bytes of oneway
-//            calls have run. The end of a channel is the end of the session.
+//            calls have run. The end of a channel is the end of the session, and so is the end of the control socket.
 //   call     a socket pair, one end passed over the control socket: calls of its opener, their replies, and in between
 //            the calls that come back from whoever serves the call
 //

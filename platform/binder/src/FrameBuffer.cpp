@@ -10,6 +10,7 @@
 namespace binder {
 
 FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, int flags) {
+    if (mIsLost) return Result::Closed;
     for (;;) {
         if (const Result found = look(); found != Result::Again) return found;
         if (mIsDry && !mIsEnding && flags != 0) return Result::Again;
@@ -62,6 +63,13 @@ void FrameBuffer::keep() {
         moveTo(std::max(size(), sizeof(Scratch)));
     }
     mHalfSent.set(size());
+}
+
+void FrameBuffer::lose() {
+    mIsLost = true;
+    mBegin = mEnd = nullptr;
+    mKept.reset();
+    mHalfSent.set(0);
 }
 
 }  // namespace binder

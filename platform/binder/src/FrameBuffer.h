@@ -33,10 +33,12 @@ public:
 
     // The frame in front, when fill() said that there is one.
     [[nodiscard]] const FrameHeader& header() const { return mHeader; }
-    // Moves behind it and puts its data, and the offsets of its objects, into the parcel.
+    // Moves behind it and puts its data, and the offsets of its objects, into the parcel. Throws std::bad_alloc.
     void take(AParcel& parcel);
-    // Before the scratch memory goes away.
+    // Before the scratch memory goes away. Throws std::bad_alloc.
     void keep();
+    // Instead, when one of these threw: drops what is there; fill() gives Closed from now on.
+    void lose();
 
 private:
     [[nodiscard]] Result look();
@@ -50,6 +52,7 @@ private:
     FrameHeader mHeader{};
     bool mIsDry = false;        // the last read took all there was
     bool mIsEnding = false;     // and no event will tell of the end
+    bool mIsLost = false;       // there was no memory for what was read
     uint8_t* mBegin = nullptr;  // in mKept when that is there, else in the scratch memory
     uint8_t* mEnd = nullptr;
     std::unique_ptr<uint8_t[]> mKept;

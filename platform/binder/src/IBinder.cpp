@@ -22,7 +22,16 @@ namespace {
 binder_status_t transact(AIBinder& binder, uint32_t code, AParcel& parcel, bool oneway) try {
     return binder::knownStatus(binder.transact(code, parcel, oneway));
 } catch (const std::bad_alloc&) {
-    binder::warn("a call %u is not made: no memory", code);
+    binder::warn("a call %u fails: no memory", code);
+    return STATUS_NO_MEMORY;
+}
+
+binder_status_t dump(AIBinder& binder, int fd, const char** args, uint32_t numArgs) try {
+    if (binder.remote() != nullptr) return binder::requestDump(&binder, fd, args, numArgs);
+    const AIBinder_onDump onDump = binder.clazz()->onDump;
+    return onDump == nullptr ? STATUS_OK : onDump(&binder, fd, args, numArgs);
+} catch (const std::bad_alloc&) {
+    binder::warn("a dump fails: no memory");
     return STATUS_NO_MEMORY;
 }
 
@@ -76,10 +85,7 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
 }
 
 binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
-    if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (binder->remote() != nullptr) return binder::knownStatus(binder::requestDump(binder, fd, args, numArgs));
-    const AIBinder_onDump onDump = binder->clazz()->onDump;
-    return onDump == nullptr ? STATUS_OK : binder::knownStatus(onDump(binder, fd, args, numArgs));
+    return binder == nullptr ? STATUS_UNEXPECTED_NULL : binder::knownStatus(dump(*binder, fd, args, numArgs));
 }
 
 binder_status_t AIBinder_setExtension(AIBinder* binder, AIBinder* ext) {
@@ -111,17 +117,17 @@ void* AIBinder_getUserData(AIBinder* binder) {
     return binder->local()->userData();
 }
 
-binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
+binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) try {
     if (binder == nullptr || in == nullptr) return STATUS_UNEXPECTED_NULL;
     const AIBinder_Class* clazz = binder->clazz();
     if (clazz == nullptr) return STATUS_INVALID_OPERATION;
-    *in = new (std::nothrow) AParcel(binder);
-    if (*in == nullptr) {
-        binder::warn("a call to %s is not made: no memory", clazz->descriptor.c_str());
-        return STATUS_NO_MEMORY;
-    }
-    clazz->writeToken(**in);
+    auto parcel = std::make_unique<AParcel>(binder);
+    clazz->writeToken(*parcel);
+    *in = parcel.release();
     return STATUS_OK;
+} catch (const std::bad_alloc&) {
+    binder::warn("a call to %s is not made: no memory", binder->clazz()->descriptor.c_str());
+    return STATUS_NO_MEMORY;
 }
 
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in, AParcel** out,

@@ -6,6 +6,7 @@
 
 #include <sys/socket.h>
 
+#include <new>
 #include <utility>
 
 namespace binder {
@@ -17,6 +18,7 @@ constexpr uint32_t INCOMING = EPOLLIN | EPOLLRDHUP | EPOLLET;
 constexpr uint32_t AT_ONCE = INCOMING | EPOLLOUT;
 // Objects that a thread serves before it looks at other connections.
 constexpr int MAX_TURNS = 32;
+constexpr const char* NO_MEMORY = "lost a oneway call, for which there is no memory";
 
 uint64_t costOf(size_t parcelSize) {
     return sizeof(FrameHeader) + parcelSize + ONEWAY_OVERHEAD;
@@ -87,13 +89,18 @@ void Inbox::onReady(uint32_t events) {
 }
 
 void Inbox::onNoMemory() {
-    mSession.end("lost a oneway call, for which there is no memory");
+    mSession.end(NO_MEMORY);
 }
 
 void Inbox::next(FrameBuffer::Scratch& scratch, Work& work) {
     const device::MutexLock lock(mLock);
-    takeAll(scratch, work);
-    mBuffer.keep();
+    try {
+        takeAll(scratch, work);
+        mBuffer.keep();
+    } catch (const std::bad_alloc&) {
+        mBuffer.lose();
+        work.breach = NO_MEMORY;
+    }
 }
 
 void Inbox::takeAll(FrameBuffer::Scratch& scratch, Work& work) {

@@ -22,7 +22,7 @@ public:
     // Begins to read, and keeps the session until remove(). False, with errno, when the system refuses.
     [[nodiscard]] bool start();
     void remove();
-    // Ends it for both sides; a binder thread notices. Thread: any.
+    // Ends it for both sides; a binder thread notices, and reads what has arrived first. Thread: any.
     void end();
     // A oneway call whose parcel has this size has run.
     void onRun(size_t size);

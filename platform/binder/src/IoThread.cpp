@@ -71,8 +71,8 @@ bool IoThread::start() {
 
 void IoThread::addTicker(Ticker ticker) {
     for (auto& each : mTickers) {
-        Ticker none = nullptr;
-        if (each.compare_exchange_strong(none, ticker)) break;
+        Ticker known = nullptr;
+        if (each.compare_exchange_strong(known, ticker) || known == ticker) break;
     }
     wake();
 }

@@ -23,7 +23,7 @@ public:
     // Starts the thread unless it runs. False, with errno, when the system refuses; nothing else may be called then.
     [[nodiscard]] bool start();
     [[nodiscard]] Poller& poller() { return mPoller; }
-    // To be called by the thread whenever it woke up. There may be four.
+    // To be called by the thread whenever it woke up. There may be four; one that is known is not added again.
     void addTicker(Ticker ticker);
     // Makes it ask its tickers again.
     void wake() const;

@@ -45,9 +45,10 @@ int NameWatch::tick() {
     if (!mHasChanged) return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(mDue - Clock::now());
     if (left.count() > 0) return static_cast<int>(left.count());
-    mHasChanged = false;
-    mOnChange();
-    return -1;
+    mHasChanged = !mOnChange();
+    if (!mHasChanged) return -1;
+    mDue = Clock::now() + RETRY_TIME;
+    return static_cast<int>(RETRY_TIME.count());
 }
 
 }  // namespace binder

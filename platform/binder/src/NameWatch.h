@@ -10,7 +10,8 @@ namespace binder {
 // said.
 class NameWatch final : public Pollable, public std::enable_shared_from_this<NameWatch> {
 public:
-    using OnChange = void (*)();
+    // False: to be called again, after a while.
+    using OnChange = bool (*)();
 
     static NameWatch& instance();
 

@@ -47,17 +47,26 @@ bool Poller::add(const std::shared_ptr<Pollable>& pollable, uint32_t events, Pol
     return false;
 }
 
+Poller::Slot* Poller::find(PollKey key) {
+    Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
+    return slot.generation == key >> 32 && slot.pollable != nullptr ? &slot : nullptr;
+}
+
 bool Poller::arm(PollKey key, uint32_t events) {
-    return control(mEpoll, EPOLL_CTL_MOD, key, events) == 0;
+    const device::MutexLock lock(mLock);
+    // The number of its descriptor may be another one's by now.
+    if (find(key) != nullptr) return control(mEpoll, EPOLL_CTL_MOD, key, events) == 0;
+    errno = ENOENT;
+    return false;
 }
 
 void Poller::remove(PollKey key) {
     if (key == 0) return;
     std::shared_ptr<Pollable> kept;  // destroyed without the lock
     const device::MutexLock lock(mLock);
-    Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
-    if (slot.generation != key >> 32 || slot.pollable == nullptr) return;
-    kept = std::exchange(slot.pollable, nullptr);
+    Slot* const slot = find(key);
+    if (slot == nullptr) return;
+    kept = std::exchange(slot->pollable, nullptr);
     control(mEpoll, EPOLL_CTL_DEL, key, 0);
 }
 
@@ -75,8 +84,8 @@ Poller::Ready Poller::wait(int timeout) {
     if (epoll_wait(mEpoll.get(), &event, 1, timeout) <= 0) return {};
     const PollKey key = event.data.u64;
     const device::MutexLock lock(mLock);
-    const Slot& slot = mSlots[static_cast<size_t>(fdOf(key))];
-    return slot.generation == key >> 32 ? Ready{slot.pollable, event.events} : Ready{};
+    const Slot* const slot = find(key);
+    return slot != nullptr ? Ready{slot->pollable, event.events} : Ready{};
 }
 
 }  // namespace binder

@@ -37,7 +37,7 @@ public:
     // Keeps `pollable` until it is removed; `key` is set before the first event. False, with errno and key 0, when the
     // system refuses.
     [[nodiscard]] bool add(const std::shared_ptr<Pollable>& pollable, uint32_t events, PollKey& key);
-    // Watches for `events` from now on; false, with errno, when the system refuses.
+    // Watches for `events` from now on; false, with errno, when the system refuses or it was removed.
     [[nodiscard]] bool arm(PollKey key, uint32_t events);
     // To be called before the descriptor is closed. May destroy the object. Key 0 is allowed.
     void remove(PollKey key);
@@ -56,6 +56,9 @@ private:
         uint32_t generation = 0;
         std::shared_ptr<Pollable> pollable;
     };
+
+    // Of what is watched; null when it was removed.
+    [[nodiscard]] Slot* find(PollKey key) SUBSYS_REQUIRES(mLock);
 
     UniqueFd mEpoll;
     device::Mutex mLock;

@@ -96,29 +96,43 @@ bool listen(const UniqueFd& folder, const std::string& name) {
     return true;
 }
 
-// The lock file of a name was deleted or replaced: whether the name is still this process's.
-bool mendLock(const UniqueFd& folder, const std::string& name) {
+// Whether the system may refuse no more after a while.
+bool isShortage(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == ENOSPC;
+}
+
+// The lock file of a name was deleted or replaced: 0 when the name is still this process's, else the error.
+int mendLock(const UniqueFd& folder, const std::string& name) {
     UniqueFd fresh = NameFolder::lock(folder, name);
     if (!fresh.isValid()) {
+        const int error = errno;
         warn("the lock file of %s was deleted and cannot be made again: %s", name.c_str(),
-             errno == EAGAIN ? "another process holds the name" : strerror(errno));
-        return false;
+             error == EAGAIN ? "another process holds the name" : strerror(error));
+        return error;
     }
     warn("the lock file of %s was deleted: made again", name.c_str());
     const device::MutexLock lock(registry().lock);
     std::swap(registry().services[name].lock, fresh);
-    return true;
+    return 0;
 }
 
-void mendSocket(const UniqueFd& folder, const std::string& name) {
-    if (listen(folder, name)) return warn("the socket of %s was deleted: made again", name.c_str());
-    warn("the socket of %s was deleted and cannot be made again: %s", name.c_str(), strerror(errno));
+// 0, or the error.
+int mendSocket(const UniqueFd& folder, const std::string& name) {
+    const int error = listen(folder, name) ? 0 : errno;
+    error == 0 ? warn("the socket of %s was deleted: made again", name.c_str())
+               : warn("the socket of %s was deleted and cannot be made again: %s", name.c_str(), strerror(error));
+    return error;
 }
 
-// Puts back what somebody deleted under this process, as far as the name is still free. Thread: the I/O thread.
-void mendNames() {
+// Puts back what somebody deleted under this process, as far as the name is still free. False when it is worth another
+// try. Thread: the I/O thread.
+bool mendNames() {
     const UniqueFd folder = NameFolder::openExisting();
-    if (!folder.isValid()) return warn("the folder of names was deleted: no service of this process is found any more");
+    if (!folder.isValid()) {
+        const int error = errno;
+        if (error == ENOENT) warn("the folder of names was deleted: no service of this process is found any more");
+        return !isShortage(error);
+    }
     (void)NameWatch::instance().start(folder, mendNames);
     const device::MutexLock adding(registry().addLock);
     std::vector<std::string> lostLocks;
@@ -130,10 +144,14 @@ void mendNames() {
             if (NameFolder::socketIn(folder, name) != service.socket) lostSockets.push_back(name);
         }
     }
+    bool isShort = false;
     for (const std::string& name : lostLocks) {
-        if (!mendLock(folder, name)) std::erase(lostSockets, name);
+        const int error = mendLock(folder, name);
+        isShort |= isShortage(error);
+        if (error != 0) std::erase(lostSockets, name);
     }
-    for (const std::string& name : lostSockets) mendSocket(folder, name);
+    for (const std::string& name : lostSockets) isShort |= isShortage(mendSocket(folder, name));
+    return !isShort;
 }
 
 binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& service) {

@@ -159,7 +159,7 @@ void Session::end(const char* breach) {
     std::vector<std::weak_ptr<ServedConnection>> served;
     {
         const device::MutexLock lock(mServedLock);
-        served = mServed;
+        served.swap(mServed);
     }
     for (const auto& each : served) {
         if (const auto connection = each.lock()) connection->end();

@@ -52,7 +52,7 @@ Bytes Stream::run(const std::shared_ptr<Session>& session, const FrameHeader& he
     return out.frame(FrameKind::Reply, 0, static_cast<uint32_t>(status));
 }
 
-bool Stream::await(const std::shared_ptr<Session>& session, AParcel& parcel, binder_status_t& status) {
+bool Stream::await(const std::shared_ptr<Session>& session, AParcel& parcel, binder_status_t& status) try {
     FrameHeader header{};
     for (;;) {
         AParcel in;
@@ -69,6 +69,11 @@ bool Stream::await(const std::shared_ptr<Session>& session, AParcel& parcel, bin
     if (session->objects().receive(parcel, session)) return true;
     session->end("sent an object it cannot mean");
     return false;
+} catch (...) {
+    // The reply may be still to come: the call around this one must not take it for its own.
+    mBuffer.lose();
+    shutdown(mFd.get(), SHUT_RDWR);
+    throw;
 }
 
 }  // namespace binder

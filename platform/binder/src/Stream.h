@@ -22,7 +22,7 @@ public:
 
     using Result = FrameBuffer::Result;
     // The next frame: a reply goes to `reply`, anything else to `call`. Waits for it with `flags` 0, not with
-    // MSG_DONTWAIT.
+    // MSG_DONTWAIT. Throws std::bad_alloc; nothing can be read any more then.
     [[nodiscard]] Result read(FrameHeader& header, AParcel& call, AParcel& reply, int flags);
 
     // Runs a call that was read and gives the frame to answer with, which lies in `out`; none, and the session is
@@ -30,7 +30,8 @@ public:
     [[nodiscard]] Bytes run(const std::shared_ptr<Session>& session, const FrameHeader& header, AParcel& in,
                             AParcel& out);
     // Waits for the reply to a call that was sent, and runs the calls that come back meanwhile. `parcel` is the call,
-    // whose objects stay referenced until then, and becomes the reply. False when the connection is lost.
+    // whose objects stay referenced until then, and becomes the reply. False when the connection is lost, as it
+    // is when this throws std::bad_alloc.
     [[nodiscard]] bool await(const std::shared_ptr<Session>& session, AParcel& parcel, binder_status_t& status);
 
 private:

@@ -1,5 +1,6 @@
 #include "binder/src/Class.h"
 #include "binder/src/Frame.h"
+#include "binder/src/FrameBuffer.h"
 #include "binder/src/Socket.h"
 #include "binder/tests/Peer.h"
 #include "tests/support/Await.h"
@@ -9,13 +10,41 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdlib>
 #include <cstring>
 #include <future>
+#include <new>
+#include <optional>
+
+namespace {
+/** There is no memory for so many bytes at once, or more. */
+std::atomic<size_t> sTooMuch{SIZE_MAX};
+}  // namespace
+
+void* operator new(size_t size) {
+    void* const memory = size < sTooMuch ? malloc(size) : nullptr;
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+void* operator new[](size_t size) {
+    return operator new(size);
+}
+void operator delete(void* memory) noexcept {
+    free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    free(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+    free(memory);
+}
 
 namespace {
 
@@ -286,6 +315,24 @@ TEST_F(HostilePeerTest, Frame_WhenThePeerDiesInTheMiddle_ThenNothingIsLoggedAndO
     EXPECT_EQ(std::vector<std::string>(), warnings());
 }
 
+TEST_F(OneThreadTest, Control_WhenItEndsAndTheChannelsDoNot_ThenWhatWasSentRunsAndTheSessionEnds) {
+    Event gate;
+    Event begun;
+    mEcho->onNote([&](int32_t) {
+        begun.signal();
+        EXPECT_TRUE(gate.await());
+    });
+    ASSERT_TRUE(mGood.channel.send(mGood.oneway(1)));
+    ASSERT_TRUE(begun.await());
+    ASSERT_TRUE(mBad.channel.send(mBad.oneway(2)));
+    mBad.control.close();
+    EXPECT_TRUE(mBad.channel.isClosed());
+    gate.signal();
+    EXPECT_TRUE(mBad.calls.isClosed()) << "nothing of the session is left";
+    EXPECT_EQ(2, mEcho->last);
+    EXPECT_TRUE(mGood.isServed());
+}
+
 TEST_F(OneThreadTest, Frame_WhenItComesByteByByte_ThenItIsServedAndHoldsNoThread) {
     std::vector<Fd> slow;
     slow.reserve(6);
@@ -372,6 +419,23 @@ TEST_F(HostilePeerTest, Transact_WhenThePeerDropsTheConnectionOrAnswersNonsense_
     mEcho->keep(nullptr);
 }
 
+TEST_F(HostilePeerTest, Transact_WhenThereIsNoMemoryForTheReplies_ThenEachCallFailsAndTheNextWorks) {
+    mBad.lend();
+    const auto answered = [this](const Bytes& reply) {
+        auto call = std::async(std::launch::async, [&] { return AIBinder_ping(mEcho->kept().get()); });
+        const Fd connection = mBad.control.receivePassed();
+        (void)connection.receive<FrameHeader>();
+        EXPECT_TRUE(connection.send(reply));
+        return call.get();
+    };
+    const Bytes reply = frame(FrameKind::Reply, 0, STATUS_OK);
+    sTooMuch = sizeof(FrameBuffer::Scratch);
+    for (size_t i = 0; i < MAX_CALLS; ++i) ASSERT_EQ(STATUS_NO_MEMORY, answered(Bytes(reply.begin(), reply.end() - 1)));
+    sTooMuch = SIZE_MAX;
+    EXPECT_EQ(STATUS_OK, answered(reply));
+    mEcho->keep(nullptr);
+}
+
 TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater) {
     std::vector<Fd> calls;
     for (int i = 0; i < 6; ++i) {  // more than there are threads
@@ -428,6 +492,20 @@ TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
     gate.set_value();
 }
 
+TEST_F(HostilePeerTest, Oneway_WhenThereIsNoMemoryForTheNext_ThenItRunsAndOthersAreServed) {
+    Recorder<int32_t> notes;
+    mEcho->onNote([&](int32_t value) { notes.add(value); });
+    const Bytes next = mBad.oneway(2);
+    sTooMuch = sizeof(FrameBuffer::Scratch);
+    ASSERT_TRUE(mBad.channel.send(mBad.oneway(1) + Bytes(next.begin(), next.end() - 1)));
+    EXPECT_TRUE(mBad.calls.isClosed());
+    sTooMuch = SIZE_MAX;
+    EXPECT_TRUE(isTold("lost a oneway call, for which there is no memory: its connections are closed"));
+    ASSERT_TRUE(mGood.channel.send(mGood.oneway(3)));
+    EXPECT_TRUE(notes.await(2));
+    EXPECT_EQ((std::vector<int32_t>{1, 3}), notes.all());
+}
+
 TEST_F(HostilePeerTest, Connect_WhenAThousandSayNothing_ThenThoseTooManyAreClosedAndOthersServed) {
     std::vector<Fd> silent;
     silent.reserve(1000);
@@ -459,19 +537,29 @@ TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRes
 
 TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothingSpins) {
     const char* const line = "no connection can be taken for name: Too many open files";
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_TRUE(mGood.isServed());
     Fd unconnected(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const rlimit none{0, limit.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &none);
+    std::optional<NoDescriptors> none(std::in_place);
     const Fd fd = mBad.connect(std::move(unconnected));
     EXPECT_TRUE(mLog.await("Binder", line));
     EXPECT_TRUE(mGood.isServed());
-    setrlimit(RLIMIT_NOFILE, &limit);
+    none.reset();
     ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, fd.receive<HelloReply>().protocol);
     EXPECT_LE(mLog.count("Binder", line), 3u);
+}
+
+TEST_F(HostilePeerTest, Transact_WhenDescriptorsRunOut_ThenTheCallFailsAndKeepsNoObject) {
+    mBad.lend();
+    Event destroyed;
+    auto* const echo = new Echo;
+    echo->onDestroy = [&] { destroyed.signal(); };
+    {
+        const NoDescriptors none;
+        EXPECT_EQ(STATUS_FAILED_TRANSACTION, keep(mEcho->kept(), newEcho(echo)));
+    }
+    EXPECT_EQ(1U, destroyed.count());
+    mEcho->keep(nullptr);
 }
 
 TEST_F(HostilePeerTest, Reply_WhenReceived_ThenItsBytesAreThese) {

@@ -7,6 +7,7 @@
 #include <android/binder_process.h>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 namespace test {
@@ -16,6 +17,22 @@ class NamesFixture : public testing::Test {
 protected:
     const NamesFolder mNames;
     const std::filesystem::path& mFolder = mNames.path();
+};
+
+/** While it lives, this process gets no new descriptor. */
+class NoDescriptors {
+public:
+    NoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &mLimit);
+        const rlimit none{0, mLimit.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &mLimit); }
+
+private:
+    rlimit mLimit{};
 };
 
 /** The program of PeerMain.cpp in a process of its own, ended with this object. */

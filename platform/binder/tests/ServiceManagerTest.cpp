@@ -128,6 +128,19 @@ TEST_F(ServiceManagerTest, AddService_WhenItsFilesAreDeletedLater_ThenTheyAreMad
     EXPECT_TRUE(log.await("Binder", "the folder of names was deleted: no service of this process is found any more"));
 }
 
+TEST_F(ServiceManagerTest, AddService_WhenDescriptorsRunOutAfterItsSocketIsDeleted_ThenItIsMadeAgainLater) {
+    const LogCapture log;
+    ASSERT_EQ(EX_NONE, add(mObject, "name"));
+    {
+        const NoDescriptors none;
+        unlink((mFolder / "socket@name").c_str());
+        const std::string folder = "the folder of names " + mFolder.string();
+        EXPECT_TRUE(log.await("Binder", folder + " cannot be opened: Too many open files", 2)) << "and tried again";
+    }
+    EXPECT_TRUE(log.await("Binder", "the socket of name was deleted: made again"));
+    EXPECT_EQ(0U, log.count("Binder", "the folder of names was deleted: no service of this process is found any more"));
+}
+
 TEST_F(ServiceManagerTest, AddService_WhenAnotherProcesssFilesReplaceItsOwn_ThenTheyAreLeftAlone) {
     const LogCapture log;
     ASSERT_EQ(EX_NONE, add(mObject, "name"));
