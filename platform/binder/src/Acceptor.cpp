@@ -49,9 +49,8 @@ private:
         auto* const bytes = reinterpret_cast<uint8_t*>(&mHello);
         const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
         if (received < 0 && errno == EAGAIN) return false;
-        if (received < 0 && errno != ECONNRESET)
-            warn("a connection of process %d is lost: %s", mPeer.pid, strerror(errno));
-        if (received <= 0) return close();
+        if (received < 0) return lose();
+        if (received == 0) return close();
         if (mPassed.size() > 2) return refuse("passes more descriptors than a session has");
         mReceived += static_cast<size_t>(received);
         if (mReceived < sizeof(mHello)) return true;
@@ -63,7 +62,7 @@ private:
         if (mHello.protocol != PROTOCOL) return refuse("speaks another protocol");
         switch (mHello.kind) {
             case HelloKind::Identify:
-                return reply(mFd, {PROTOCOL, 0, 0, processKey()}) || refuse(DEAF);
+                return reply(mFd, {PROTOCOL, 0, 0, processKey()});
             case HelloKind::Open:
                 return open();
             case HelloKind::Root:
@@ -82,15 +81,15 @@ private:
         const auto keepsThis = shared_from_this();
         close();  // here; what was accepted becomes the control socket
         const auto session = Session::open(peer, std::move(mFd), std::move(passed[0]), std::move(passed[1]));
-        if (session == nullptr) return refuse(errno == EUSERS ? "has too many sessions" : strerror(errno));
-        if (!reply(session->control().socket(), rootIn(*session))) session->end(DEAF);
+        if (session == nullptr) return errno == EUSERS ? refuse("has too many sessions") : lose();
+        if (!reply(session->control().socket(), rootIn(*session))) session->end();
         return false;
     }
 
     bool sendRoot() {
         const auto session = Session::find(mHello.process, mPeer.pid);
         if (session == nullptr) return refuse("has no session");
-        return reply(mFd, rootIn(*session)) || refuse(DEAF);
+        return reply(mFd, rootIn(*session));
     }
 
     [[nodiscard]] HelloReply rootIn(Session& session) const {
@@ -98,9 +97,16 @@ private:
         return {PROTOCOL, session.objects().send(root.get()), root.get()->clazz()->descriptorHash, processKey()};
     }
 
-    static bool reply(const UniqueFd& fd, const HelloReply& reply) {
+    bool reply(const UniqueFd& fd, const HelloReply& reply) {
         const Bytes bytes(reinterpret_cast<const uint8_t*>(&reply), sizeof(reply));
-        return sendSome(fd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
+        const ssize_t sent = sendSome(fd, bytes, MSG_DONTWAIT);
+        if (sent == static_cast<ssize_t>(bytes.size())) return true;
+        return sent < 0 ? lose() : refuse("does not read the answer to its hello");
+    }
+
+    bool lose() {
+        warnLost(mPeer.pid);
+        return close();
     }
 
     bool close() {
@@ -108,8 +114,6 @@ private:
         Acceptor::instance().remove(*this);
         return false;
     }
-
-    static constexpr const char* DEAF = "does not read the answer to its hello";
 
     UniqueFd mFd;
     const ucred mPeer;

@@ -35,8 +35,8 @@ void Control::onReady(uint32_t) {
     std::vector<UniqueFd> passed;
     const ssize_t received = receiveWith(mFd, reinterpret_cast<uint8_t*>(&header), sizeof(header), passed);
     if (received < 0 && errno == EAGAIN) return;
-    // A connection may be lost with it, whose caller waits.
-    if (received < 0 && errno != ECONNRESET) return session->end("cannot be listened to any more");
+    // A connection may be lost with what failed, whose caller waits: the session ends as well.
+    if (received < 0) warnLost(session->peer().pid);
     if (received <= 0) {
         // The end of the channel may never come: the peer is free to hand over both ends of one.
         mSession.inbox().end();

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <string_view>
 
@@ -61,6 +63,11 @@ void info(const char* format, ...) {
     va_start(arguments, format);
     write(ANDROID_LOG_INFO, format, arguments);
     va_end(arguments);
+}
+
+void warnLost(pid_t pid) {
+    const bool isExpected = errno == EPIPE || errno == ECONNRESET || errno == ENOENT;
+    if (!isExpected) warn("a connection of process %d is lost: %s", pid, strerror(errno));
 }
 
 }  // namespace binder

@@ -68,7 +68,7 @@ bool Outbox::write(Bytes frame) {
     if (mQueue.empty()) {
         const ssize_t sent = sendSome(mFd, frame, MSG_DONTWAIT);
         if (sent == static_cast<ssize_t>(frame.size())) return true;
-        if (sent < 0) return false;
+        if (sent < 0) return lose();
         mWritten = static_cast<size_t>(sent);
     }
     if (!queueRest(frame)) return false;
@@ -108,6 +108,12 @@ bool Outbox::watch() {
     return mKey != 0 ? poller.arm(mKey, WRITABLE) : poller.add(shared_from_this(), WRITABLE, mKey);
 }
 
+// Always false, as all that ends the connection.
+bool Outbox::lose() const {
+    warnLost(mPid);
+    return false;
+}
+
 void Outbox::onReady(uint32_t) {
     bool isBroken = false;
     {
@@ -123,10 +129,10 @@ bool Outbox::flush() {
     const ssize_t sent = sendSome(mFd, Bytes(mQueue.data(), mQueue.size()).substr(mWritten), MSG_DONTWAIT);
     // Not before they are written: another thread that sees none waiting makes its own call at once.
     mIsDeferred = false;
-    if (sent < 0) return false;
+    if (sent < 0) return lose();
     mWritten += static_cast<size_t>(sent);
     mIsStalled = mWritten < mQueue.size();
-    if (mIsStalled) return watch();
+    if (mIsStalled) return watch() || lose();
     if (mQueue.capacity() > 2 * MAX_DEFERRED) std::vector<uint8_t>().swap(mQueue);
     mQueue.clear();
     mWritten = 0;
@@ -138,8 +144,12 @@ bool Outbox::flush() {
 void Outbox::readAcks() {
     std::array<uint8_t, 2 * MAX_ONEWAY_WAITING / ACK_INTERVAL * sizeof(Ack)> bytes;
     const ssize_t received = receiveSome(mFd, bytes.data(), bytes.size(), MSG_DONTWAIT);
-    if (received == 0 || (received < 0 && errno != EAGAIN)) mEnded = true;
-    if (received <= 0) return;
+    if (received < 0 && errno == EAGAIN) return;
+    if (received <= 0) {
+        if (received < 0) warnLost(mPid);
+        mEnded = true;
+        return;
+    }
     mAckBytes.insert(mAckBytes.end(), bytes.data(), bytes.data() + received);
     const size_t whole = mAckBytes.size() / sizeof(Ack) * sizeof(Ack);
     if (whole == 0) return;

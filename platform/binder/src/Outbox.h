@@ -49,6 +49,7 @@ private:
     [[nodiscard]] bool defer(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool flush() SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool watch() SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool lose() const;
     void readAcks() SUBSYS_REQUIRES(mLock);
     void reportLost() SUBSYS_REQUIRES(mLock);
 

@@ -43,7 +43,7 @@ private:
     [[nodiscard]] bool awaitRoom() SUBSYS_REQUIRES(mReplyLock);
     // Leaves it to whoever is woken next.
     void release();
-    void lose(const char* what);
+    void lose();
     void close();
 
     const std::shared_ptr<Session> mSession;
