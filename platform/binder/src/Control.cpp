@@ -47,8 +47,7 @@ void Control::onReady(uint32_t) {
     if (passed.empty()) return warn("a connection of process %d is lost: no descriptors", session->peer().pid);
     if (!isStreamOf(passed.front(), session->peer().pid))
         return session->end("passed something else than a connection");
-    if (!ServedConnection::start(session, std::move(passed.front())) && session->isAlive())
-        warn("a connection of process %d is refused", session->peer().pid);
+    ServedConnection::start(session, std::move(passed.front()));
 }
 
 void Control::onNoMemory() {

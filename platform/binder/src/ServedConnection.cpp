@@ -18,14 +18,12 @@ constexpr uint32_t ROOM = EPOLLOUT | EPOLLONESHOT;
 ServedConnection::ServedConnection(std::shared_ptr<Session> session, UniqueFd fd, Charge charge)
     : mSession(std::move(session)), mCharge(std::move(charge)), mStream(std::move(fd), mSession->peer().pid) {}
 
-bool ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd fd) {
+void ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd fd) {
     auto charge = Charge::take(session->peer().pid, Cost::Served);
-    if (!charge) return false;
+    if (!charge) return warn("process %d has too many connections: such connections are closed", session->peer().pid);
     const auto connection = std::make_shared<ServedConnection>(session, std::move(fd), std::move(*charge));
-    if (!session->addServed(connection)) return false;
-    if (ThreadPool::instance().poller().add(connection, CALL, connection->mKey)) return true;
-    connection->close();
-    return false;
+    if (!session->addServed(connection)) return;
+    if (!ThreadPool::instance().poller().add(connection, CALL, connection->mKey)) connection->lose();
 }
 
 void ServedConnection::end() {
