@@ -432,6 +432,7 @@ TEST_F(HostilePeerTest, Transact_WhenThereIsNoMemoryForTheReplies_ThenEachCallFa
     sTooMuch = sizeof(FrameBuffer::Scratch);
     for (size_t i = 0; i < MAX_CALLS; ++i) ASSERT_EQ(STATUS_NO_MEMORY, answered(Bytes(reply.begin(), reply.end() - 1)));
     sTooMuch = SIZE_MAX;
+    EXPECT_TRUE(mLog.has("Binder", "a call " + std::to_string(PING_CODE) + " to test.IEcho fails: no memory"));
     EXPECT_EQ(STATUS_OK, answered(reply));
     mEcho->keep(nullptr);
 }
@@ -525,6 +526,7 @@ TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRes
     calls.reserve(MAX_SERVED);
     for (int i = 0; i < MAX_SERVED; ++i) calls.push_back(mGood.openCalls());
     EXPECT_TRUE(calls.back().isClosed());
+    EXPECT_TRUE(isTold("has too many connections: such connections are closed"));
     std::vector<RawPeer> sessions;
     for (int i = 2; i < MAX_SESSIONS; ++i) sessions.emplace_back(mFolder, /*withCalls=*/false);
     EXPECT_TRUE(mGood.isServed());
