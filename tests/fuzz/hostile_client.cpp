@@ -28,7 +28,7 @@ public:
     }
     // More than the client may leave unread, on a message loop.
     ndk::ScopedAStatus getNvramData(int32_t, int32_t, int32_t count) override {
-        static const IccIndInfo INFO{0, std::vector<uint8_t>(4096)};
+        static const auto& INFO = *new IccIndInfo{0, std::vector<uint8_t>(4096)};  // as the looper below
         looper().run([&] {
             for (; mIndication != nullptr && count % 256 > 0; --count) (void)mIndication->notifyIccInfoChanged(INFO);
         });
@@ -42,7 +42,7 @@ public:
 
 private:
     static test::LooperThread& looper() {
-        static test::LooperThread sLooper;
+        static auto& sLooper = *new test::LooperThread;  // outlives the threads that still use it at exit
         return sLooper;
     }
     static void meet(const auto&) {}

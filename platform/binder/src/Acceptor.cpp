@@ -175,8 +175,8 @@ bool Acceptor::listen(UniqueFd listener, const std::string& name) {
 }
 
 void Acceptor::pause(PollKey listener) {
-    (void)IoThread::instance().poller().arm(listener, 0);
     mPaused.push_back(listener);
+    (void)IoThread::instance().poller().arm(listener, 0);
     mPausedUntil = Clock::now() + RETRY_TIME;
 }
 

@@ -24,6 +24,7 @@
 #include <chrono>
 #include <cstring>
 #include <map>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -126,7 +127,7 @@ int mendSocket(const UniqueFd& folder, const std::string& name) {
 
 // Puts back what somebody deleted under this process, as far as the name is still free. False when it is worth another
 // try. Thread: the I/O thread.
-bool mendNames() {
+bool mendNames() try {
     const UniqueFd folder = NameFolder::openExisting();
     if (!folder.isValid()) {
         const int error = errno;
@@ -152,6 +153,9 @@ bool mendNames() {
     }
     for (const std::string& name : lostSockets) isShort |= isShortage(mendSocket(folder, name));
     return !isShort;
+} catch (const std::bad_alloc&) {
+    warn("what was deleted in the folder of names is not made again yet: no memory");
+    return false;
 }
 
 binder_exception_t publish(const std::string& name, const ndk::SpAIBinder& service) {

@@ -32,7 +32,9 @@ void takeDescriptors(const msghdr& message, std::vector<UniqueFd>& passed) {
         const size_t count = (each->cmsg_len - CMSG_LEN(0)) / sizeof(int);
         std::array<int, MAX_PASSED> fds{};
         memcpy(fds.data(), CMSG_DATA(each), count * sizeof(int));
-        for (size_t i = 0; i < count; ++i) passed.emplace_back(fds[i]);
+        std::array<UniqueFd, MAX_PASSED> owned;  // before anything may throw
+        for (size_t i = 0; i < count; ++i) owned[i] = UniqueFd(fds[i]);
+        for (size_t i = 0; i < count; ++i) passed.push_back(std::move(owned[i]));
     }
 }
 
