@@ -176,7 +176,8 @@ bool Acceptor::listen(UniqueFd listener, const std::string& name) {
 
 void Acceptor::pause(PollKey listener) {
     mPaused.push_back(listener);
-    (void)IoThread::instance().poller().arm(listener, 0);
+    // Where that is refused, the next event comes at once.
+    if (!IoThread::instance().poller().arm(listener, 0)) mPaused.pop_back();
     mPausedUntil = Clock::now() + RETRY_TIME;
 }
 
@@ -191,7 +192,9 @@ void Acceptor::remove(const Greeting& greeting) {
 int Acceptor::tick() {
     const auto now = Clock::now();
     if (now >= mPausedUntil) {
-        for (const PollKey each : std::exchange(mPaused, {})) (void)IoThread::instance().poller().arm(each, EPOLLIN);
+        // One that was replaced is gone; one that the system refuses is tried again.
+        std::erase_if(mPaused,
+                      [](PollKey each) { return IoThread::instance().poller().arm(each, EPOLLIN) || errno == ENOENT; });
     }
     while (!mGreetings.empty() && now - mGreetings.front()->since() >= GREETING_TIME) {
         const auto silent = mGreetings.front();

@@ -8,8 +8,10 @@
 
 #include <android/binder_process.h>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -24,7 +26,32 @@
 namespace {
 /** There is no memory for so many bytes at once, or more. */
 std::atomic<size_t> sTooMuch{SIZE_MAX};
+
+enum Call { NONE, SEND, RECV, RECVMSG, WATCH };
+/** What the system refuses the service's threads, once. */
+std::atomic<Call> sRefused{NONE};
+
+bool isRefused(Call call) {
+    errno = ENOBUFS;
+    return gettid() != getpid() && sRefused.compare_exchange_strong(call, NONE);
+}
 }  // namespace
+
+#define NEXT(name) reinterpret_cast<decltype(&::name)>(dlsym(RTLD_NEXT, #name))
+extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags) {
+    return isRefused(SEND) ? -1 : NEXT(send)(fd, bytes, size, flags);
+}
+extern "C" ssize_t recv(int fd, void* bytes, size_t size, int flags) {
+    return isRefused(RECV) ? -1 : NEXT(recv)(fd, bytes, size, flags);
+}
+extern "C" ssize_t recvmsg(int fd, msghdr* message, int flags) {
+    return isRefused(RECVMSG) ? -1 : NEXT(recvmsg)(fd, message, flags);
+}
+extern "C" int epoll_ctl(int epoll, int operation, int fd, epoll_event* event) noexcept {
+    const bool isWatch = operation == EPOLL_CTL_MOD && event->events == EPOLLIN;
+    return isWatch && isRefused(WATCH) ? -1 : NEXT(epoll_ctl)(epoll, operation, fd, event);
+}
+#undef NEXT
 
 void* operator new(size_t size) {
     void* const memory = size < sTooMuch ? malloc(size) : nullptr;
@@ -545,9 +572,11 @@ TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothi
     const Fd fd = mBad.connect(std::move(unconnected));
     EXPECT_TRUE(mLog.await("Binder", line));
     EXPECT_TRUE(mGood.isServed());
+    sRefused = WATCH;
     none.reset();
     ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, fd.receive<HelloReply>().protocol);
+    EXPECT_EQ(NONE, sRefused) << "it was tried again after that";
     EXPECT_LE(mLog.count("Binder", line), 3u);
 }
 
