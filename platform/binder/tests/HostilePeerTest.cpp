@@ -22,6 +22,7 @@
 #include <future>
 #include <new>
 #include <optional>
+#include <ostream>
 
 namespace {
 /** There is no memory for so many bytes at once, or more. */
@@ -314,6 +315,60 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     EXPECT_TRUE(isTold("sent a frame that makes no sense: its connections are closed"));
     EXPECT_TRUE(isTold("called an object it does not have: its connections are closed"));
 }
+
+void callBack(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(frame(FrameKind::Call, peer.root, BOUNCE, token() + bytesOf(1))));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, static_cast<binder_status_t>(peer.calls.receive<FrameHeader>().code));
+}
+void callOneway(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(frame(FrameKind::Call, peer.root, POST, token() + bytesOf(1))));
+    EXPECT_TRUE(peer.incoming.isClosed());
+}
+void sendCall(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(peer.echoCall(8)));
+    EXPECT_TRUE(peer.calls.isClosed());
+}
+void sendOneway(const RawPeer& peer) {
+    ASSERT_TRUE(peer.channel.send(peer.oneway(1)));
+    EXPECT_TRUE(peer.calls.isClosed());
+}
+void openCalls(const RawPeer& peer) {
+    const Fd connection = peer.openCalls();
+    EXPECT_TRUE(peer.incoming.isClosed());
+}
+void sayHello(const RawPeer& peer) {
+    const Fd fd = peer.connect();
+    ASSERT_TRUE(fd.send(peer.hello(HelloKind::Identify)));
+    EXPECT_TRUE(fd.isClosed());
+}
+
+/** What the peer does, and which of the calls that this needs is refused. */
+struct Refusal {
+    const char* name;
+    void (*act)(const RawPeer&);
+    Call call;
+
+    friend std::ostream& operator<<(std::ostream& out, const Refusal& refusal) { return out << refusal.name; }
+};
+class RefusalTest : public HostilePeerTest, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusalTest, Connection_WhenTheSystemRefuses_ThenOneLineSaysWhyItIsLostAndOthersAreServed) {
+    mBad.lend();
+    sRefused = GetParam().call;
+    GetParam().act(mBad);
+    EXPECT_TRUE(mGood.isServed());
+    const std::string process = std::to_string(getpid());
+    EXPECT_EQ(std::vector{"a connection of process " + process + " is lost: No buffer space available"}, warnings());
+    mEcho->keep(nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, RefusalTest,
+    testing::Values(Refusal{"send of a call back", callBack, SEND}, Refusal{"send of a oneway call", callOneway, SEND},
+                    Refusal{"send of a reply", sendCall, SEND}, Refusal{"recv of a call", sendCall, RECV},
+                    Refusal{"recv of a oneway call", sendOneway, RECV},
+                    Refusal{"recv of a connection", openCalls, RECVMSG}, Refusal{"recv of a hello", sayHello, RECVMSG},
+                    Refusal{"send of a hello's answer", sayHello, SEND}));
 
 TEST_F(HostilePeerTest, Connection_WhenItIsNone_ThenThePeerIsCutOffOrTheConnectionLost) {
     ASSERT_TRUE(mGood.control.send(frame(FrameKind::Connection, 0, 0)));
