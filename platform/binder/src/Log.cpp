@@ -1,5 +1,7 @@
 #include "Log.h"
 
+#include "Limits.h"
+
 #include <android/log.h>
 #include <device/Mutex.h>
 
@@ -17,7 +19,6 @@ namespace binder {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds QUIET{1};
 
 struct Line {
     size_t hash = 0;
@@ -34,7 +35,7 @@ bool isNews(std::string_view text) {
     const device::MutexLock lock(sLock);
     for (Line& each : sRecent) {
         if (each.hash != hash) continue;
-        if (now - each.when < QUIET) return false;
+        if (now - each.when < QUIET_TIME) return false;
         each.when = now;
         return true;
     }

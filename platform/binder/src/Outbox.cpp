@@ -41,13 +41,11 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     if (mustLook || mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) {
-        if (mLost++ == 0) {
-            !mIsStalled ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
-                        : warn("process %d does not read: oneway calls to it fail until it does", mPid);
-        }
+        if (mLost++ == mReported)
+            warn("too much waits for process %d: oneway calls to it fail until it has run some", mPid);
         return STATUS_FAILED_TRANSACTION;
     }
-    if (mLost != 0) reportLost();
+    if (mLost != mReported && Clock::now() - mReportedAt >= QUIET_TIME) reportLost();
     FrameHeader header{};
     memcpy(&header, frame.data(), sizeof(header));
     markSent(mPid, header.code, frame.size() - sizeof(header), mPosted + cost);
@@ -165,8 +163,9 @@ bool Outbox::isPeerGone(std::chrono::milliseconds within) const {
 }
 
 void Outbox::reportLost() {
-    info("%llu oneway calls to process %d were not delivered", static_cast<unsigned long long>(mLost), mPid);
-    mReported += std::exchange(mLost, 0);
+    info("%llu oneway calls to process %d were not delivered so far", static_cast<unsigned long long>(mLost), mPid);
+    mReported = mLost;
+    mReportedAt = Clock::now();
 }
 
 uint64_t Outbox::unreadBytes() {
@@ -178,7 +177,7 @@ uint64_t Outbox::unreadBytes() {
 
 uint64_t Outbox::undelivered() {
     const device::MutexLock lock(mLock);
-    return mReported + mLost;
+    return mLost;
 }
 
 void Outbox::end() {
@@ -189,7 +188,7 @@ void Outbox::end() {
         key = std::exchange(mKey, 0);
         mLost += callsIn(mQueue, mWritten);
         std::vector<uint8_t>().swap(mQueue);
-        if (mLost != 0) reportLost();
+        if (mLost != mReported) reportLost();
     }
     shutdown(mFd.get(), SHUT_RDWR);
     if (key != 0) IoThread::instance().poller().remove(key);

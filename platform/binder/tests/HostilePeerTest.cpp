@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <future>
@@ -541,27 +542,59 @@ TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterT
     EXPECT_EQ(FrameKind::Release, mBad.incoming.receive<FrameHeader>().kind);
 }
 
-TEST_F(HostilePeerTest, Oneway_WhenThePeerEndsWithoutReading_ThenALineCountsThoseThatDidNotGetThere) {
-    mBad.lend();
-    const auto note = [this] {
+class SlowPeerTest : public HostilePeerTest {
+protected:
+    SlowPeerTest() { mBad.lend(); }
+
+    [[nodiscard]] binder_status_t note() const {
         return call(
             mEcho->kept(), NOTE, [](AParcel* in) { ndk::AParcel_writeVector(in, Bytes(100'000)); }, {}, FLAG_ONEWAY);
-    };
+    }
+    /** What the next call costs the sender; 0 when no more comes whole. */
+    [[nodiscard]] Ack readNext() const {
+        FrameHeader header{};
+        if (recv(mBad.incoming.get(), &header, sizeof(header), MSG_WAITALL) != sizeof(header)) return 0;
+        Bytes data(header.dataSize());
+        const ssize_t received = recv(mBad.incoming.get(), data.data(), data.size(), MSG_WAITALL);
+        return received == static_cast<ssize_t>(data.size()) ? header.size + ONEWAY_OVERHEAD : 0;
+    }
+    /** That calls were not delivered. */
+    [[nodiscard]] std::vector<std::string> reports() const {
+        auto lines = warnings();
+        std::erase_if(lines, [](const std::string& line) { return !line.ends_with("were not delivered so far"); });
+        return lines;
+    }
+    [[nodiscard]] static std::string report(int lost) {
+        return std::to_string(lost) + " oneway calls to process " + std::to_string(getpid()) +
+               " were not delivered so far";
+    }
+};
+
+TEST_F(SlowPeerTest, Oneway_WhenThePeerEndsWithoutReading_ThenALineCountsThoseThatDidNotGetThere) {
     int lost = 0;
     while (lost < 5 && note() == STATUS_OK) ++lost;
     EXPECT_EQ(5, lost);
     mBad.channel.close();
     EXPECT_TRUE(mBad.calls.isClosed());
-    const auto isNextWhole = [this] {
-        FrameHeader header{};
-        if (recv(mBad.incoming.get(), &header, sizeof(header), MSG_WAITALL) != sizeof(header)) return false;
-        Bytes data(header.dataSize());
-        return recv(mBad.incoming.get(), data.data(), data.size(), MSG_WAITALL) == static_cast<ssize_t>(data.size());
-    };
-    while (isNextWhole()) --lost;
-    const std::string process = std::to_string(getpid());
-    EXPECT_TRUE(
-        mLog.await("Binder", std::to_string(lost) + " oneway calls to process " + process + " were not delivered"));
+    while (readNext() != 0) --lost;
+    EXPECT_TRUE(mLog.await("Binder", report(lost)));
+}
+
+TEST_F(SlowPeerTest, Oneway_WhenThePeerIsSlowAgainAndAgain_ThenOneLineASecondCountsThoseThatFailed) {
+    constexpr int ROUNDS = 20;
+    const auto begin = std::chrono::steady_clock::now();
+    Ack run = 0;
+    for (int i = 0; i < ROUNDS; ++i) {
+        int sent = 0;
+        while (note() == STATUS_OK) ++sent;
+        for (; sent > 0; --sent) run += readNext();
+        ASSERT_TRUE(mBad.incoming.send(bytesOf(run)));
+    }
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
+    EXPECT_EQ(report(1), reports().at(0)) << "at once";
+    EXPECT_LE(reports().size(), 1u + static_cast<size_t>(seconds.count()));
+    mBad.channel.close();
+    EXPECT_TRUE(mLog.await("Binder", report(ROUNDS)));
 }
 
 TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
