@@ -16,6 +16,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -273,6 +274,17 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
     EXPECT_TRUE(mGood.isServed());
 }
 
+TEST_F(HostilePeerTest, Hello_WhenItsAnswersAreNotRead_ThenThatConnectionIsClosedWithALine) {
+    for (const HelloKind kind : {HelloKind::Identify, HelloKind::Root}) {
+        const Fd fd = mBad.connect();
+        int sent = 0;
+        while (sent < 10'000 && fd.send(mBad.hello(kind))) ++sent;
+        EXPECT_LT(sent, 10'000);
+    }
+    EXPECT_TRUE(isTold("does not read the answer to its hello: such connections are closed"));
+    EXPECT_TRUE(mBad.isServed());
+}
+
 TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClosed) {
     const auto header = [](uint32_t size, uint16_t objects) {
         return bytesOf(FrameHeader{size, FrameKind::Call, objects, 1, ECHO});
@@ -528,6 +540,28 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     }
     EXPECT_TRUE(mGood.isServed());
     for (const Fd& each : calls) EXPECT_EQ(900'004u, each.receiveData().size());
+}
+
+TEST_F(HostilePeerTest, Reply_WhenALoopHoldsOnewayCallsBack_ThenItIsWrittenAfterThem) {
+    mBad.lend();
+    mEcho->onNote([this](int32_t) {
+        thread_local const BusyLoop tLoop;  // outlives the call
+        EXPECT_EQ(STATUS_OK, call(mEcho->kept(), NOTE, {}, {}, FLAG_ONEWAY));
+    });
+    auto ping = std::async(std::launch::async, [this] { return AIBinder_ping(mEcho->kept().get()); });
+    const Fd waiting = mBad.control.receivePassed();
+    EXPECT_EQ(PING_CODE, waiting.receive<FrameHeader>().code);
+    for (int i = 0; i < 20; ++i) {
+        for (const Fd* const each : std::array<const Fd*, 2>{&mBad.calls, &waiting}) {
+            ASSERT_TRUE(each->send(frame(FrameKind::Call, mBad.root, NOTE, token() + bytesOf(i))));
+            EXPECT_EQ(FrameKind::Reply, each->receive<FrameHeader>().kind);
+            EXPECT_TRUE(hasUnread(mBad.incoming.get()));
+            (void)mBad.incoming.receiveData();
+        }
+    }
+    ASSERT_TRUE(waiting.send(frame(FrameKind::Reply, 0, STATUS_OK)));
+    EXPECT_EQ(STATUS_OK, ping.get());
+    mEcho->keep(nullptr);
 }
 
 TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterTheNextCallAndNotBefore) {

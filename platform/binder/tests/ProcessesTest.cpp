@@ -5,7 +5,6 @@
 #include "tests/support/Threads.h"
 
 #include <binder/peer.h>
-#include <device/LoopThread.h>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -44,11 +43,6 @@ binder_status_t note(const ndk::SpAIBinder& target, int32_t value, size_t ballas
         },
         {}, FLAG_ONEWAY);
 }
-
-/** The thread of a message loop that always has more to run. */
-struct BusyLoop : device::LoopThread {
-    BusyLoop() { hasMore = true; }
-};
 
 /** In each of so many threads, so many times. */
 void inThreads(size_t count, int times, const std::function<void(size_t)>& action) {
