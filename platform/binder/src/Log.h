@@ -8,8 +8,8 @@ namespace binder {
 // second. Thread: any.
 [[gnu::format(printf, 1, 2)]] void warn(const char* format, ...);
 [[gnu::format(printf, 1, 2)]] void info(const char* format, ...);
-// The line about a connection of process `pid` that failed with errno; none when its peer has died, or
-// when another thread has closed it.
+// The line about a connection of process `pid` that failed with errno; none when its peer has died, or when
+// another thread has closed it.
 void warnLost(pid_t pid);
 
 }  // namespace binder
