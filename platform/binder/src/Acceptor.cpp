@@ -30,49 +30,44 @@ public:
     [[nodiscard]] bool start() { return IoThread::instance().poller().add(shared_from_this(), EPOLLIN, mKey); }
     [[nodiscard]] int fd() const override { return mFd.get(); }
     // One piece for each event, so that a peer that never stops holds nobody up.
-    void onReady(uint32_t) override { (void)read(); }
+    void onReady(uint32_t) override {
+        auto* const bytes = reinterpret_cast<uint8_t*>(&mHello);
+        const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
+        if (received < 0 && errno == EAGAIN) return;
+        if (received < 0) return lose();
+        if (received == 0) return close();
+        if (mPassed.size() > 2) return refuse("passes more descriptors than a session has");
+        mReceived += static_cast<size_t>(received);
+        if (mReceived < sizeof(mHello)) return;
+        mReceived = 0;
+        answer();
+    }
     void onNoMemory() override {
         warn("a connection of process %d is lost: no memory", mPeer.pid);
         close();
     }
     [[nodiscard]] Clock::time_point since() const { return mSince; }
 
-    // Always false, as all that ends the greeting.
-    bool refuse(const char* reason) {
+    void refuse(const char* reason) {
         warn("process %d %s: such connections are closed", mPeer.pid, reason);
-        return close();
+        close();
     }
 
 private:
-    // False when there is nothing more to read.
-    bool read() {
-        auto* const bytes = reinterpret_cast<uint8_t*>(&mHello);
-        const ssize_t received = receiveWith(mFd, bytes + mReceived, sizeof(mHello) - mReceived, mPassed);
-        if (received < 0 && errno == EAGAIN) return false;
-        if (received < 0 && errno != ECONNRESET)
-            warn("a connection of process %d is lost: %s", mPeer.pid, strerror(errno));
-        if (received <= 0) return close();
-        if (mPassed.size() > 2) return refuse("passes more descriptors than a session has");
-        mReceived += static_cast<size_t>(received);
-        if (mReceived < sizeof(mHello)) return true;
-        mReceived = 0;
-        return answer();
-    }
-
-    bool answer() {
+    void answer() {
         if (mHello.protocol != PROTOCOL) return refuse("speaks another protocol");
         switch (mHello.kind) {
             case HelloKind::Identify:
-                return reply(mFd, {PROTOCOL, 0, 0, processKey()}) || refuse(DEAF);
+                return (void)reply(mFd, {PROTOCOL, 0, 0, processKey()});
             case HelloKind::Open:
                 return open();
             case HelloKind::Root:
                 return sendRoot();
         }
-        return refuse("said a hello that makes no sense");
+        refuse("said a hello that makes no sense");
     }
 
-    bool open() {
+    void open() {
         auto passed = std::exchange(mPassed, {});
         const auto isSound = [this](const UniqueFd& each) { return isStreamOf(each, mPeer.pid); };
         if (passed.size() != 2 || !std::all_of(passed.begin(), passed.end(), isSound))
@@ -82,15 +77,14 @@ private:
         const auto keepsThis = shared_from_this();
         close();  // here; what was accepted becomes the control socket
         const auto session = Session::open(peer, std::move(mFd), std::move(passed[0]), std::move(passed[1]));
-        if (session == nullptr) return refuse(errno == EUSERS ? "has too many sessions" : strerror(errno));
-        if (!reply(session->control().socket(), rootIn(*session))) session->end(DEAF);
-        return false;
+        if (session == nullptr) return errno == EUSERS ? refuse("has too many sessions") : lose();
+        if (!reply(session->control().socket(), rootIn(*session))) session->end();
     }
 
-    bool sendRoot() {
+    void sendRoot() {
         const auto session = Session::find(mHello.process, mPeer.pid);
         if (session == nullptr) return refuse("has no session");
-        return reply(mFd, rootIn(*session)) || refuse(DEAF);
+        (void)reply(mFd, rootIn(*session));
     }
 
     [[nodiscard]] HelloReply rootIn(Session& session) const {
@@ -98,18 +92,24 @@ private:
         return {PROTOCOL, session.objects().send(root.get()), root.get()->clazz()->descriptorHash, processKey()};
     }
 
-    static bool reply(const UniqueFd& fd, const HelloReply& reply) {
+    // False when the greeting has ended.
+    bool reply(const UniqueFd& fd, const HelloReply& reply) {
         const Bytes bytes(reinterpret_cast<const uint8_t*>(&reply), sizeof(reply));
-        return sendSome(fd, bytes, MSG_DONTWAIT) == static_cast<ssize_t>(bytes.size());
-    }
-
-    bool close() {
-        IoThread::instance().poller().remove(mKey);
-        Acceptor::instance().remove(*this);
+        const ssize_t sent = sendSome(fd, bytes, MSG_DONTWAIT);
+        if (sent == static_cast<ssize_t>(bytes.size())) return true;
+        sent < 0 ? lose() : refuse("does not read the answer to its hello");
         return false;
     }
 
-    static constexpr const char* DEAF = "does not read the answer to its hello";
+    void lose() {
+        warnLost(mPeer.pid);
+        close();
+    }
+
+    void close() {
+        IoThread::instance().poller().remove(mKey);
+        Acceptor::instance().remove(*this);
+    }
 
     UniqueFd mFd;
     const ucred mPeer;
@@ -172,7 +172,8 @@ bool Acceptor::listen(UniqueFd listener, const std::string& name) {
 
 void Acceptor::pause(PollKey listener) {
     mPaused.push_back(listener);
-    (void)IoThread::instance().poller().arm(listener, 0);
+    // Where that is refused, the next event comes at once.
+    if (!IoThread::instance().poller().arm(listener, 0)) mPaused.pop_back();
     mPausedUntil = Clock::now() + RETRY_TIME;
 }
 
@@ -187,7 +188,9 @@ void Acceptor::remove(const Greeting& greeting) {
 int Acceptor::tick() {
     const auto now = Clock::now();
     if (now >= mPausedUntil) {
-        for (const PollKey each : std::exchange(mPaused, {})) (void)IoThread::instance().poller().arm(each, EPOLLIN);
+        // One that was replaced is gone; one that the system refuses is tried again.
+        std::erase_if(mPaused,
+                      [](PollKey each) { return IoThread::instance().poller().arm(each, EPOLLIN) || errno == ENOENT; });
     }
     while (!mGreetings.empty() && now - mGreetings.front()->since() >= GREETING_TIME) {
         const auto silent = mGreetings.front();

@@ -4,8 +4,6 @@
 #include "Log.h"
 #include "Session.h"
 
-#include <cerrno>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -15,8 +13,7 @@ binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t ta
     const Bytes frame = parcel.frame(FrameKind::Call, target, code);
     binder_status_t status = STATUS_OK;
     if (Stream* const waiting = CallContext::streamOf(*session)) {
-        const bool isSent = sendAll(waiting->fd(), frame);
-        return isSent && waiting->await(session, parcel, status) ? status : session->onLost();
+        return waiting->send(frame) && waiting->await(session, parcel, status) ? status : session->onLost();
     }
     std::unique_ptr<Stream> stream;
     status = acquire(*session, stream);
@@ -40,9 +37,9 @@ binder_status_t Calls::call(const std::shared_ptr<Session>& session, uint32_t ta
 }
 
 bool Calls::send(Stream& stream, Bytes frame) {
-    if (frame.size() <= LARGE_CALL) return sendAll(stream.fd(), frame);
+    if (frame.size() <= LARGE_CALL) return stream.send(frame);
     const device::MutexLock lock(mLargeLock);
-    return sendAll(stream.fd(), frame);
+    return stream.send(frame);
 }
 
 binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream) {
@@ -73,14 +70,12 @@ binder_status_t Calls::acquire(Session& session, std::unique_ptr<Stream>& stream
 
 std::unique_ptr<Stream> Calls::open(Session& session) try {
     auto [own, peers] = socketPair();
-    if (!own.isValid()) {
-        warn("no new connection to process %d: %s", session.peer().pid, strerror(errno));
-        return nullptr;
-    }
-    constexpr pid_t UNCOUNTED = -1;
-    return session.control().pass(peers) ? std::make_unique<Stream>(std::move(own), UNCOUNTED) : nullptr;
+    const pid_t pid = session.peer().pid;
+    if (own.isValid() && session.control().pass(peers)) return std::make_unique<Stream>(std::move(own), pid);
+    warnLost(pid);
+    return nullptr;
 } catch (const std::bad_alloc&) {
-    warn("no new connection to process %d: no memory", session.peer().pid);
+    warn("a connection of process %d is lost: no memory", session.peer().pid);
     return nullptr;
 }
 

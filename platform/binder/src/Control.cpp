@@ -35,8 +35,8 @@ void Control::onReady(uint32_t) {
     std::vector<UniqueFd> passed;
     const ssize_t received = receiveWith(mFd, reinterpret_cast<uint8_t*>(&header), sizeof(header), passed);
     if (received < 0 && errno == EAGAIN) return;
-    // A connection may be lost with it, whose caller waits.
-    if (received < 0 && errno != ECONNRESET) return session->end("cannot be listened to any more");
+    // A connection may be lost with what failed, whose caller waits: the session ends as well.
+    if (received < 0) warnLost(session->peer().pid);
     if (received <= 0) {
         // The end of the channel may never come: the peer is free to hand over both ends of one.
         mSession.inbox().end();
@@ -47,8 +47,7 @@ void Control::onReady(uint32_t) {
     if (passed.empty()) return warn("a connection of process %d is lost: no descriptors", session->peer().pid);
     if (!isStreamOf(passed.front(), session->peer().pid))
         return session->end("passed something else than a connection");
-    if (!ServedConnection::start(session, std::move(passed.front())) && session->isAlive())
-        warn("a connection of process %d is refused", session->peer().pid);
+    ServedConnection::start(session, std::move(passed.front()));
 }
 
 void Control::onNoMemory() {

@@ -1,5 +1,6 @@
 #include "FrameBuffer.h"
 
+#include "Log.h"
 #include "Socket.h"
 
 #include <algorithm>
@@ -17,8 +18,9 @@ FrameBuffer::Result FrameBuffer::fill(Scratch& scratch, int flags) {
         mHalfSent.pause();
         const size_t room = makeRoom(scratch);
         const ssize_t received = receiveSome(mFd, mEnd, room, flags);
-        if (received == 0) return Result::Closed;
-        if (received < 0) return errno == EAGAIN || errno == EWOULDBLOCK ? Result::Again : Result::Closed;
+        if (received < 0 && errno == EAGAIN) return Result::Again;
+        if (received < 0) warnLost(mPid);
+        if (received <= 0) return Result::Closed;
         mEnd += received;
         mIsDry = static_cast<size_t>(received) < room;
     }

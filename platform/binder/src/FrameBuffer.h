@@ -19,8 +19,8 @@ public:
     using Scratch = std::array<uint8_t, size_t{16} * 1024>;
     enum class Result { Frame, Again, Closed, Malformed };
 
-    // The bytes of a half sent frame are counted for process `pid`; -1: not counted.
-    FrameBuffer(const UniqueFd& fd, pid_t pid) : mFd(fd), mHalfSent(fd.get(), pid) {}
+    // The bytes of a half sent frame are counted for process `pid`.
+    FrameBuffer(const UniqueFd& fd, pid_t pid) : mFd(fd), mPid(pid), mHalfSent(fd.get(), pid) {}
 
     // Says that the socket may hold more than the last read took; with `isEnding`, that its end is behind.
     void wake(bool isEnding = false) {
@@ -48,6 +48,7 @@ private:
     void moveTo(size_t capacity);
 
     const UniqueFd& mFd;
+    const pid_t mPid;
     HalfSent mHalfSent;
     FrameHeader mHeader{};
     bool mIsDry = false;        // the last read took all there was

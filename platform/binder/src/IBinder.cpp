@@ -18,11 +18,15 @@ struct AIBinder_Weak {
 
 namespace {
 
+const char* interfaceOf(const AIBinder& binder) {
+    return binder.clazz() == nullptr ? "an object" : binder.clazz()->descriptor.c_str();
+}
+
 // Turns the call in `parcel` into its reply.
 binder_status_t transact(AIBinder& binder, uint32_t code, AParcel& parcel, bool oneway) try {
     return binder::knownStatus(binder.transact(code, parcel, oneway));
 } catch (const std::bad_alloc&) {
-    binder::warn("a call %u fails: no memory", code);
+    binder::warn("a call %u to %s fails: no memory", code, interfaceOf(binder));
     return STATUS_NO_MEMORY;
 }
 
@@ -31,7 +35,7 @@ binder_status_t dump(AIBinder& binder, int fd, const char** args, uint32_t numAr
     const AIBinder_onDump onDump = binder.clazz()->onDump;
     return onDump == nullptr ? STATUS_OK : onDump(&binder, fd, args, numArgs);
 } catch (const std::bad_alloc&) {
-    binder::warn("a dump fails: no memory");
+    binder::warn("a dump of %s fails: no memory", interfaceOf(binder));
     return STATUS_NO_MEMORY;
 }
 

@@ -1,6 +1,7 @@
 #include "Inbox.h"
 
 #include "LocalBinder.h"
+#include "Log.h"
 #include "Session.h"
 #include "ThreadPool.h"
 
@@ -127,7 +128,8 @@ void Inbox::handOn(bool isMore) {
     if (!isMore && !mIsHandedOn) return;
     mIsHandedOn = isMore;
     if (ThreadPool::instance().poller().arm(mKey, isMore ? AT_ONCE : INCOMING)) return;
-    mSession.end("cannot be listened to any more");
+    warnLost(mSession.peer().pid);
+    mSession.end();
 }
 
 // False when this thread has to let go of the channel first.

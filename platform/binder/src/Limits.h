@@ -45,6 +45,8 @@ inline constexpr std::chrono::seconds HELLO_TIME{2};
 inline constexpr std::chrono::milliseconds RETRY_TIME{100};
 // Calls wait this long for a binder thread before the log says so.
 inline constexpr std::chrono::seconds STALL_TIME{1};
+// The log has a line about the same trouble once in this time at most.
+inline constexpr std::chrono::seconds QUIET_TIME{1};
 // So long after a change in the folder of names, a process looks whether its own names are there.
 inline constexpr std::chrono::milliseconds CHANGE_TIME{500};
 // After a connection broke, the end of its peer's process shows within this time.

@@ -1,13 +1,17 @@
 #include "Log.h"
 
+#include "Limits.h"
+
 #include <android/log.h>
 #include <device/Mutex.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <string_view>
 
@@ -15,7 +19,6 @@ namespace binder {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds QUIET{1};
 
 struct Line {
     size_t hash = 0;
@@ -32,7 +35,7 @@ bool isNews(std::string_view text) {
     const device::MutexLock lock(sLock);
     for (Line& each : sRecent) {
         if (each.hash != hash) continue;
-        if (now - each.when < QUIET) return false;
+        if (now - each.when < QUIET_TIME) return false;
         each.when = now;
         return true;
     }
@@ -61,6 +64,11 @@ void info(const char* format, ...) {
     va_start(arguments, format);
     write(ANDROID_LOG_INFO, format, arguments);
     va_end(arguments);
+}
+
+void warnLost(pid_t pid) {
+    const bool isExpected = errno == EPIPE || errno == ECONNRESET || errno == ENOENT;
+    if (!isExpected) warn("a connection of process %d is lost: %s", pid, strerror(errno));
 }
 
 }  // namespace binder

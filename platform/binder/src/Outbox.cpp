@@ -41,13 +41,11 @@ binder_status_t Outbox::post(Bytes frame, bool mayWait) {
     if (mustLook || mPosted + cost - mAcked > MAX_ONEWAY_WAITING) readAcks();
     if (mEnded) return STATUS_DEAD_OBJECT;
     if (mPosted + cost - mAcked > MAX_ONEWAY_WAITING) {
-        if (mLost++ == 0) {
-            !mIsStalled ? warn("process %d is slow: oneway calls to it fail until it has run some", mPid)
-                        : warn("process %d does not read: oneway calls to it fail until it does", mPid);
-        }
+        if (mLost++ == mReported)
+            warn("too much waits for process %d: oneway calls to it fail until it has run some", mPid);
         return STATUS_FAILED_TRANSACTION;
     }
-    if (mLost != 0) reportLost();
+    if (mLost != mReported && Clock::now() - mReportedAt >= QUIET_TIME) reportLost();
     FrameHeader header{};
     memcpy(&header, frame.data(), sizeof(header));
     markSent(mPid, header.code, frame.size() - sizeof(header), mPosted + cost);
@@ -68,7 +66,7 @@ bool Outbox::write(Bytes frame) {
     if (mQueue.empty()) {
         const ssize_t sent = sendSome(mFd, frame, MSG_DONTWAIT);
         if (sent == static_cast<ssize_t>(frame.size())) return true;
-        if (sent < 0) return false;
+        if (sent < 0) return lose();
         mWritten = static_cast<size_t>(sent);
     }
     if (!queueRest(frame)) return false;
@@ -108,6 +106,12 @@ bool Outbox::watch() {
     return mKey != 0 ? poller.arm(mKey, WRITABLE) : poller.add(shared_from_this(), WRITABLE, mKey);
 }
 
+// Always false, as all that ends the connection.
+bool Outbox::lose() const {
+    warnLost(mPid);
+    return false;
+}
+
 void Outbox::onReady(uint32_t) {
     bool isBroken = false;
     {
@@ -123,10 +127,10 @@ bool Outbox::flush() {
     const ssize_t sent = sendSome(mFd, Bytes(mQueue.data(), mQueue.size()).substr(mWritten), MSG_DONTWAIT);
     // Not before they are written: another thread that sees none waiting makes its own call at once.
     mIsDeferred = false;
-    if (sent < 0) return false;
+    if (sent < 0) return lose();
     mWritten += static_cast<size_t>(sent);
     mIsStalled = mWritten < mQueue.size();
-    if (mIsStalled) return watch();
+    if (mIsStalled) return watch() || lose();
     if (mQueue.capacity() > 2 * MAX_DEFERRED) std::vector<uint8_t>().swap(mQueue);
     mQueue.clear();
     mWritten = 0;
@@ -138,8 +142,12 @@ bool Outbox::flush() {
 void Outbox::readAcks() {
     std::array<uint8_t, 2 * MAX_ONEWAY_WAITING / ACK_INTERVAL * sizeof(Ack)> bytes;
     const ssize_t received = receiveSome(mFd, bytes.data(), bytes.size(), MSG_DONTWAIT);
-    if (received == 0 || (received < 0 && errno != EAGAIN)) mEnded = true;
-    if (received <= 0) return;
+    if (received < 0 && errno == EAGAIN) return;
+    if (received <= 0) {
+        if (received < 0) warnLost(mPid);
+        mEnded = true;
+        return;
+    }
     mAckBytes.insert(mAckBytes.end(), bytes.data(), bytes.data() + received);
     const size_t whole = mAckBytes.size() / sizeof(Ack) * sizeof(Ack);
     if (whole == 0) return;
@@ -155,8 +163,9 @@ bool Outbox::isPeerGone(std::chrono::milliseconds within) const {
 }
 
 void Outbox::reportLost() {
-    info("%llu oneway calls to process %d were not delivered", static_cast<unsigned long long>(mLost), mPid);
-    mReported += std::exchange(mLost, 0);
+    info("%llu oneway calls to process %d were not delivered so far", static_cast<unsigned long long>(mLost), mPid);
+    mReported = mLost;
+    mReportedAt = Clock::now();
 }
 
 uint64_t Outbox::unreadBytes() {
@@ -168,7 +177,7 @@ uint64_t Outbox::unreadBytes() {
 
 uint64_t Outbox::undelivered() {
     const device::MutexLock lock(mLock);
-    return mReported + mLost;
+    return mLost;
 }
 
 void Outbox::end() {
@@ -179,7 +188,7 @@ void Outbox::end() {
         key = std::exchange(mKey, 0);
         mLost += callsIn(mQueue, mWritten);
         std::vector<uint8_t>().swap(mQueue);
-        if (mLost != 0) reportLost();
+        if (mLost != mReported) reportLost();
     }
     shutdown(mFd.get(), SHUT_RDWR);
     if (key != 0) IoThread::instance().poller().remove(key);

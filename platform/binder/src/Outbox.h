@@ -44,11 +44,14 @@ public:
     void onNoMemory() override { end(); }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     [[nodiscard]] bool write(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool queueRest(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool defer(Bytes frame) SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool flush() SUBSYS_REQUIRES(mLock);
     [[nodiscard]] bool watch() SUBSYS_REQUIRES(mLock);
+    [[nodiscard]] bool lose() const;
     void readAcks() SUBSYS_REQUIRES(mLock);
     void reportLost() SUBSYS_REQUIRES(mLock);
 
@@ -65,8 +68,9 @@ private:
     uint64_t mPosted SUBSYS_GUARDED_BY(mLock) = 0;         // bytes of oneway calls
     Ack mAcked SUBSYS_GUARDED_BY(mLock) = 0;
     std::vector<uint8_t> mAckBytes SUBSYS_GUARDED_BY(mLock);
-    uint64_t mLost SUBSYS_GUARDED_BY(mLock) = 0;      // oneway calls that no line was written about
-    uint64_t mReported SUBSYS_GUARDED_BY(mLock) = 0;  // those that one was
+    uint64_t mLost SUBSYS_GUARDED_BY(mLock) = 0;      // oneway calls that were not delivered
+    uint64_t mReported SUBSYS_GUARDED_BY(mLock) = 0;  // those that a line was written about
+    Clock::time_point mReportedAt SUBSYS_GUARDED_BY(mLock);
 };
 
 }  // namespace binder

@@ -76,7 +76,7 @@ Charge::~Charge() {
 }
 
 void HalfSent::set(size_t bytes) {
-    if (mPid < 0 || (bytes == 0 && mSince == 0)) return;
+    if (bytes == 0 && mSince == 0) return;
     pause();
     if (bytes == 0) {
         mSince = 0;

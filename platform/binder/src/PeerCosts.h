@@ -32,7 +32,7 @@ private:
 // without sending the rest, the connection that has been half sent longest is shut down.
 class HalfSent {
 public:
-    // Counts nothing for pid -1. The descriptor stays open as long as bytes are counted.
+    // The descriptor stays open as long as bytes are counted.
     HalfSent(int fd, pid_t pid) : mFd(fd), mPid(pid) {}
     HalfSent(const HalfSent&) = delete;
     HalfSent& operator=(const HalfSent&) = delete;

@@ -5,8 +5,6 @@
 #include "Session.h"
 #include "ThreadPool.h"
 
-#include <cerrno>
-#include <cstring>
 #include <utility>
 
 namespace binder {
@@ -20,14 +18,12 @@ constexpr uint32_t ROOM = EPOLLOUT | EPOLLONESHOT;
 ServedConnection::ServedConnection(std::shared_ptr<Session> session, UniqueFd fd, Charge charge)
     : mSession(std::move(session)), mCharge(std::move(charge)), mStream(std::move(fd), mSession->peer().pid) {}
 
-bool ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd fd) {
+void ServedConnection::start(const std::shared_ptr<Session>& session, UniqueFd fd) {
     auto charge = Charge::take(session->peer().pid, Cost::Served);
-    if (!charge) return false;
+    if (!charge) return warn("process %d has too many connections: such connections are closed", session->peer().pid);
     const auto connection = std::make_shared<ServedConnection>(session, std::move(fd), std::move(*charge));
-    if (!session->addServed(connection)) return false;
-    if (ThreadPool::instance().poller().add(connection, CALL, connection->mKey)) return true;
-    connection->close();
-    return false;
+    if (!session->addServed(connection)) return;
+    if (!ThreadPool::instance().poller().add(connection, CALL, connection->mKey)) connection->lose();
 }
 
 void ServedConnection::end() {
@@ -62,10 +58,10 @@ void ServedConnection::answer(Bytes reply) {
     if (!mReply.empty()) return mSession->end("calls before it has read its reply");
     const ssize_t sent = sendSome(mStream.fd(), reply, MSG_DONTWAIT);
     if (sent == static_cast<ssize_t>(reply.size())) return;
-    if (sent < 0) return lose("cannot be answered");
+    if (sent < 0) return lose();
     mReply.assign(reply.begin() + sent, reply.end());
     mWritten = 0;
-    if (!awaitRoom()) lose("cannot be answered");
+    if (!awaitRoom()) lose();
 }
 
 void ServedConnection::flush() {
@@ -73,7 +69,7 @@ void ServedConnection::flush() {
     const ssize_t sent = sendSome(mStream.fd(), Bytes(mReply.data(), mReply.size()).substr(mWritten), MSG_DONTWAIT);
     if (sent >= 0) mWritten += static_cast<size_t>(sent);
     if (sent >= 0 && mWritten < mReply.size() && awaitRoom()) return;
-    if (mWritten < mReply.size()) lose("cannot be answered");
+    if (mWritten < mReply.size()) lose();
     std::vector<uint8_t>().swap(mReply);
     IoThread::instance().poller().remove(std::exchange(mFlushKey, 0));
 }
@@ -87,14 +83,11 @@ bool ServedConnection::awaitRoom() {
 // Asks for an event for what arrived while this thread was the owner, and others left alone.
 void ServedConnection::release() {
     mIsOwned.store(false, std::memory_order_release);
-    if (!ThreadPool::instance().poller().arm(mKey, CALL)) lose("cannot be listened to");
+    if (!ThreadPool::instance().poller().arm(mKey, CALL)) lose();
 }
 
-// A peer that has died needs no line.
-void ServedConnection::lose(const char* what) {
-    if (errno != EPIPE && errno != ECONNRESET) {
-        warn("a connection of process %d %s: %s", mSession->peer().pid, what, strerror(errno));
-    }
+void ServedConnection::lose() {
+    warnLost(mSession->peer().pid);
     close();
 }
 

@@ -17,8 +17,8 @@ namespace binder {
 // the reply is on its way. What arrives meanwhile is the owner's, too: other threads leave it alone. Thread: binder.
 class ServedConnection final : public Pollable, public std::enable_shared_from_this<ServedConnection> {
 public:
-    // False when the peer has too many, the session has ended, or the system refuses.
-    [[nodiscard]] static bool start(const std::shared_ptr<Session>& session, UniqueFd fd);
+    // Closes it, with a line, when the peer has too many or the system refuses; without one when the session has ended.
+    static void start(const std::shared_ptr<Session>& session, UniqueFd fd);
     ServedConnection(std::shared_ptr<Session> session, UniqueFd fd, Charge charge);
 
     // Ends it for both sides; its owner notices. Thread: any.
@@ -43,7 +43,7 @@ private:
     [[nodiscard]] bool awaitRoom() SUBSYS_REQUIRES(mReplyLock);
     // Leaves it to whoever is woken next.
     void release();
-    void lose(const char* what);
+    void lose();
     void close();
 
     const std::shared_ptr<Session> mSession;

@@ -187,9 +187,8 @@ std::optional<HelloReply> ask(const UniqueFd& fd, HelloKind kind, const std::vec
     HelloReply reply{};
     auto* const answer = reinterpret_cast<uint8_t*>(&reply);
     const ssize_t received = sent == sizeof(hello) ? receiveSome(fd, answer, sizeof(reply), MSG_WAITALL) : ssize_t{-1};
-    // A server that has died, or is stopped, needs no line.
-    const bool isGone = errno == EPIPE || errno == ECONNRESET || errno == EAGAIN;
-    if (received < 0 && !isGone) warn("process %d cannot be asked: %s", peerOf(fd).pid, strerror(errno));
+    // A server that is stopped needs no line.
+    if (received < 0 && errno != EAGAIN) warnLost(peerOf(fd).pid);
     return received == sizeof(reply) && reply.protocol == PROTOCOL ? std::optional(reply) : std::nullopt;
 }
 

@@ -68,15 +68,6 @@ ssize_t sendWith(const UniqueFd& fd, Bytes bytes, const std::vector<int>& passed
     return sentOf(sent);
 }
 
-bool sendAll(const UniqueFd& fd, Bytes bytes) {
-    while (!bytes.empty()) {
-        const ssize_t sent = sendSome(fd, bytes, 0);
-        if (sent <= 0) return false;
-        bytes.remove_prefix(static_cast<size_t>(sent));
-    }
-    return true;
-}
-
 ssize_t receiveSome(const UniqueFd& fd, uint8_t* bytes, size_t size, int flags) {
     ssize_t received = -1;
     do {

@@ -21,8 +21,6 @@ using Bytes = std::basic_string_view<uint8_t>;
 [[nodiscard]] ssize_t sendSome(const UniqueFd& fd, Bytes bytes, int flags);
 // The same, with descriptors that travel with the first byte.
 [[nodiscard]] ssize_t sendWith(const UniqueFd& fd, Bytes bytes, const std::vector<int>& passed, int flags);
-// Waits until all is written.
-[[nodiscard]] bool sendAll(const UniqueFd& fd, Bytes bytes);
 // Bytes read, 0 at the end of the connection, -1 with errno (EAGAIN when it would block).
 [[nodiscard]] ssize_t receiveSome(const UniqueFd& fd, uint8_t* bytes, size_t size, int flags);
 // The same; descriptors that came along are added to `passed`. A read ends behind the bytes that brought some.

@@ -2,6 +2,7 @@
 
 #include "CallContext.h"
 #include "LocalBinder.h"
+#include "Log.h"
 #include "Mark.h"
 #include "RemoteBinder.h"
 #include "Session.h"
@@ -30,6 +31,16 @@ Stream::Result Stream::read(FrameHeader& header, AParcel& call, AParcel& reply, 
     }
     mBuffer.keep();
     return result;
+}
+
+bool Stream::send(Bytes frame) const {
+    while (!frame.empty()) {
+        const ssize_t sent = sendSome(mFd, frame, 0);
+        if (sent < 0) warnLost(mPid);
+        if (sent <= 0) return false;
+        frame.remove_prefix(static_cast<size_t>(sent));
+    }
+    return true;
 }
 
 Bytes Stream::run(const std::shared_ptr<Session>& session, const FrameHeader& header, AParcel& in, AParcel& out) {
@@ -63,7 +74,7 @@ bool Stream::await(const std::shared_ptr<Session>& session, AParcel& parcel, bin
         AParcel out;
         const Bytes answer = run(session, header, in, out);
         session->flush();
-        if (answer.empty() || !sendAll(mFd, answer)) return false;
+        if (answer.empty() || !send(answer)) return false;
     }
     status = static_cast<binder_status_t>(header.code);
     if (session->objects().receive(parcel, session)) return true;

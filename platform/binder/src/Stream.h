@@ -13,8 +13,7 @@ class Session;
 // One end of a call connection: calls and replies alternate on it, in both directions. One thread at a time owns it.
 class Stream {
 public:
-    // Half sent frames are counted for process `pid`; -1: not counted.
-    Stream(UniqueFd fd, pid_t pid) : mFd(std::move(fd)), mBuffer(mFd, pid) {}
+    Stream(UniqueFd fd, pid_t pid) : mFd(std::move(fd)), mPid(pid), mBuffer(mFd, pid) {}
     Stream(const Stream&) = delete;
     Stream& operator=(const Stream&) = delete;
 
@@ -24,6 +23,9 @@ public:
     // The next frame: a reply goes to `reply`, anything else to `call`. Waits for it with `flags` 0, not with
     // MSG_DONTWAIT. Throws std::bad_alloc; nothing can be read any more then.
     [[nodiscard]] Result read(FrameHeader& header, AParcel& call, AParcel& reply, int flags);
+
+    // Writes the frame, and waits until all of it is written. False when the connection is lost.
+    [[nodiscard]] bool send(Bytes frame) const;
 
     // Runs a call that was read and gives the frame to answer with, which lies in `out`; none, and the session is
     // ended, when the peer cannot mean it.
@@ -36,6 +38,7 @@ public:
 
 private:
     const UniqueFd mFd;
+    const pid_t mPid;
     FrameBuffer mBuffer;
     // Of the peer's own objects in the last reply: they stay referenced until the peer has read it.
     std::vector<ndk::SpAIBinder> mReplied;

@@ -11,20 +11,50 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <future>
 #include <new>
 #include <optional>
+#include <ostream>
 
 namespace {
 /** There is no memory for arrays of so many bytes, or more. */
 std::atomic<size_t> sTooMuch{SIZE_MAX};
+
+enum Call { NONE, SEND, RECV, RECVMSG, WATCH };
+/** What the system refuses the service's threads, once. */
+std::atomic<Call> sRefused{NONE};
+
+bool isRefused(Call call) {
+    const bool result = gettid() != getpid() && sRefused.compare_exchange_strong(call, NONE);
+    if (result) errno = ENOBUFS;
+    return result;
+}
 }  // namespace
+
+#define NEXT(name) reinterpret_cast<decltype(&::name)>(dlsym(RTLD_NEXT, #name))
+extern "C" ssize_t send(int fd, const void* bytes, size_t size, int flags) {
+    return isRefused(SEND) ? -1 : NEXT(send)(fd, bytes, size, flags);
+}
+extern "C" ssize_t recv(int fd, void* bytes, size_t size, int flags) {
+    return isRefused(RECV) ? -1 : NEXT(recv)(fd, bytes, size, flags);
+}
+extern "C" ssize_t recvmsg(int fd, msghdr* message, int flags) {
+    return isRefused(RECVMSG) ? -1 : NEXT(recvmsg)(fd, message, flags);
+}
+extern "C" int epoll_ctl(int epoll, int operation, int fd, epoll_event* event) noexcept {
+    const bool isWatch = operation == EPOLL_CTL_MOD && event->events == EPOLLIN;
+    return isWatch && isRefused(WATCH) ? -1 : NEXT(epoll_ctl)(epoll, operation, fd, event);
+}
+#undef NEXT
 
 void* operator new[](size_t size) {
     static const auto sNext = reinterpret_cast<void* (*)(size_t)>(dlsym(RTLD_NEXT, "_Znam"));
@@ -232,6 +262,17 @@ TEST_F(HostilePeerTest, Hello_WhenItIsWrong_ThenThatConnectionIsClosedWithALine)
     EXPECT_TRUE(mGood.isServed());
 }
 
+TEST_F(HostilePeerTest, Hello_WhenItsAnswersAreNotRead_ThenThatConnectionIsClosedWithALine) {
+    for (const HelloKind kind : {HelloKind::Identify, HelloKind::Root}) {
+        const Fd fd = mBad.connect();
+        int sent = 0;
+        while (sent < 10'000 && fd.send(mBad.hello(kind))) ++sent;
+        EXPECT_LT(sent, 10'000);
+    }
+    EXPECT_TRUE(isTold("does not read the answer to its hello: such connections are closed"));
+    EXPECT_TRUE(mBad.isServed());
+}
+
 TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClosed) {
     const auto header = [](uint32_t size, uint16_t objects) {
         return bytesOf(FrameHeader{size, FrameKind::Call, objects, 1, ECHO});
@@ -276,6 +317,60 @@ TEST_F(HostilePeerTest, Frame_WhenItMakesNoSense_ThenThePeersConnectionsAreClose
     EXPECT_TRUE(isTold("sent a frame that makes no sense: its connections are closed"));
     EXPECT_TRUE(isTold("called an object it does not have: its connections are closed"));
 }
+
+void callBack(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(frame(FrameKind::Call, peer.root, BOUNCE, token() + bytesOf(1))));
+    EXPECT_EQ(STATUS_FAILED_TRANSACTION, static_cast<binder_status_t>(peer.calls.receive<FrameHeader>().code));
+}
+void callOneway(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(frame(FrameKind::Call, peer.root, POST, token() + bytesOf(1))));
+    EXPECT_TRUE(peer.incoming.isClosed());
+}
+void sendCall(const RawPeer& peer) {
+    ASSERT_TRUE(peer.calls.send(peer.echoCall(8)));
+    EXPECT_TRUE(peer.calls.isClosed());
+}
+void sendOneway(const RawPeer& peer) {
+    ASSERT_TRUE(peer.channel.send(peer.oneway(1)));
+    EXPECT_TRUE(peer.calls.isClosed());
+}
+void openCalls(const RawPeer& peer) {
+    const Fd connection = peer.openCalls();
+    EXPECT_TRUE(peer.incoming.isClosed());
+}
+void sayHello(const RawPeer& peer) {
+    const Fd fd = peer.connect();
+    ASSERT_TRUE(fd.send(peer.hello(HelloKind::Identify)));
+    EXPECT_TRUE(fd.isClosed());
+}
+
+/** What the peer does, and which of the calls that this needs is refused. */
+struct Refusal {
+    const char* name;
+    void (*act)(const RawPeer&);
+    Call call;
+
+    friend std::ostream& operator<<(std::ostream& out, const Refusal& refusal) { return out << refusal.name; }
+};
+class RefusalTest : public HostilePeerTest, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusalTest, Connection_WhenTheSystemRefuses_ThenOneLineSaysWhyItIsLostAndOthersAreServed) {
+    mBad.lend();
+    sRefused = GetParam().call;
+    GetParam().act(mBad);
+    EXPECT_TRUE(mGood.isServed());
+    const std::string process = std::to_string(getpid());
+    EXPECT_EQ(std::vector{"a connection of process " + process + " is lost: No buffer space available"}, warnings());
+    mEcho->keep(nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Each, RefusalTest,
+    testing::Values(Refusal{"send of a call back", callBack, SEND}, Refusal{"send of a oneway call", callOneway, SEND},
+                    Refusal{"send of a reply", sendCall, SEND}, Refusal{"recv of a call", sendCall, RECV},
+                    Refusal{"recv of a oneway call", sendOneway, RECV},
+                    Refusal{"recv of a connection", openCalls, RECVMSG}, Refusal{"recv of a hello", sayHello, RECVMSG},
+                    Refusal{"send of a hello's answer", sayHello, SEND}));
 
 TEST_F(HostilePeerTest, Connection_WhenItIsNone_ThenThePeerIsCutOffOrTheConnectionLost) {
     ASSERT_TRUE(mGood.control.send(frame(FrameKind::Connection, 0, 0)));
@@ -433,6 +528,7 @@ TEST_F(HostilePeerTest, Transact_WhenThereIsNoMemoryForTheReplies_ThenEachCallFa
     ASSERT_TRUE(mBad.calls.send(half));
     EXPECT_TRUE(mBad.calls.isClosed()) << "the rest would be taken for the reply to BOUNCE";
     sTooMuch = SIZE_MAX;
+    EXPECT_TRUE(mLog.has("Binder", "a call " + std::to_string(PING_CODE) + " to test.IEcho fails: no memory"));
     EXPECT_EQ(STATUS_OK, answered(reply));
     mEcho->keep(nullptr);
 }
@@ -452,6 +548,28 @@ TEST_F(HostilePeerTest, Reply_WhenNobodyReadsIt_ThenItHoldsNoThreadAndComesLater
     EXPECT_TRUE(mGood.isServed());
 }
 
+TEST_F(HostilePeerTest, Reply_WhenALoopHoldsOnewayCallsBack_ThenItIsWrittenAfterThem) {
+    mBad.lend();
+    mEcho->onNote([this](int32_t) {
+        thread_local const BusyLoop tLoop;  // outlives the call
+        EXPECT_EQ(STATUS_OK, call(mEcho->kept(), NOTE, {}, {}, FLAG_ONEWAY));
+    });
+    auto ping = std::async(std::launch::async, [this] { return AIBinder_ping(mEcho->kept().get()); });
+    const Fd waiting = mBad.control.receivePassed();
+    EXPECT_EQ(PING_CODE, waiting.receive<FrameHeader>().code);
+    for (int i = 0; i < 20; ++i) {
+        for (const Fd* const each : std::array<const Fd*, 2>{&mBad.calls, &waiting}) {
+            ASSERT_TRUE(each->send(frame(FrameKind::Call, mBad.root, NOTE, token() + bytesOf(i))));
+            EXPECT_EQ(FrameKind::Reply, each->receive<FrameHeader>().kind);
+            EXPECT_TRUE(hasUnread(mBad.incoming.get()));
+            (void)mBad.incoming.receiveData();
+        }
+    }
+    ASSERT_TRUE(waiting.send(frame(FrameKind::Reply, 0, STATUS_OK)));
+    EXPECT_EQ(STATUS_OK, ping.get());
+    mEcho->keep(nullptr);
+}
+
 TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterTheNextCallAndNotBefore) {
     mBad.lend();
     ASSERT_TRUE(mBad.calls.send(frame(FrameKind::Call, mBad.root, GIVE, token())));
@@ -464,27 +582,59 @@ TEST_F(OneThreadTest, Reply_WhenItBringsThePeersObject_ThenThatIsGivenBackAfterT
     EXPECT_EQ(FrameKind::Release, mBad.incoming.receive<FrameHeader>().kind);
 }
 
-TEST_F(HostilePeerTest, Oneway_WhenThePeerEndsWithoutReading_ThenALineCountsThoseThatDidNotGetThere) {
-    mBad.lend();
-    const auto note = [this] {
+class SlowPeerTest : public HostilePeerTest {
+protected:
+    SlowPeerTest() { mBad.lend(); }
+
+    [[nodiscard]] binder_status_t note() const {
         return call(
             mEcho->kept(), NOTE, [](AParcel* in) { ndk::AParcel_writeVector(in, Bytes(100'000)); }, {}, FLAG_ONEWAY);
-    };
+    }
+    /** What the next call costs the sender; 0 when no more comes whole. */
+    [[nodiscard]] Ack readNext() const {
+        FrameHeader header{};
+        if (recv(mBad.incoming.get(), &header, sizeof(header), MSG_WAITALL) != sizeof(header)) return 0;
+        Bytes data(header.dataSize());
+        const ssize_t received = recv(mBad.incoming.get(), data.data(), data.size(), MSG_WAITALL);
+        return received == static_cast<ssize_t>(data.size()) ? header.size + ONEWAY_OVERHEAD : 0;
+    }
+    /** That calls were not delivered. */
+    [[nodiscard]] std::vector<std::string> reports() const {
+        auto lines = warnings();
+        std::erase_if(lines, [](const std::string& line) { return !line.ends_with("were not delivered so far"); });
+        return lines;
+    }
+    [[nodiscard]] static std::string report(int lost) {
+        return std::to_string(lost) + " oneway calls to process " + std::to_string(getpid()) +
+               " were not delivered so far";
+    }
+};
+
+TEST_F(SlowPeerTest, Oneway_WhenThePeerEndsWithoutReading_ThenALineCountsThoseThatDidNotGetThere) {
     int lost = 0;
     while (lost < 5 && note() == STATUS_OK) ++lost;
     EXPECT_EQ(5, lost);
     mBad.channel.close();
     EXPECT_TRUE(mBad.calls.isClosed());
-    const auto isNextWhole = [this] {
-        FrameHeader header{};
-        if (recv(mBad.incoming.get(), &header, sizeof(header), MSG_WAITALL) != sizeof(header)) return false;
-        Bytes data(header.dataSize());
-        return recv(mBad.incoming.get(), data.data(), data.size(), MSG_WAITALL) == static_cast<ssize_t>(data.size());
-    };
-    while (isNextWhole()) --lost;
-    const std::string process = std::to_string(getpid());
-    EXPECT_TRUE(
-        mLog.await("Binder", std::to_string(lost) + " oneway calls to process " + process + " were not delivered"));
+    while (readNext() != 0) --lost;
+    EXPECT_TRUE(mLog.await("Binder", report(lost)));
+}
+
+TEST_F(SlowPeerTest, Oneway_WhenThePeerIsSlowAgainAndAgain_ThenOneLineASecondCountsThoseThatFailed) {
+    constexpr int ROUNDS = 20;
+    const auto begin = std::chrono::steady_clock::now();
+    Ack run = 0;
+    for (int i = 0; i < ROUNDS; ++i) {
+        int sent = 0;
+        while (note() == STATUS_OK) ++sent;
+        for (; sent > 0; --sent) run += readNext();
+        ASSERT_TRUE(mBad.incoming.send(bytesOf(run)));
+    }
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::steady_clock::now() - begin);
+    EXPECT_EQ(report(1), reports().at(0)) << "at once";
+    EXPECT_LE(reports().size(), 1u + static_cast<size_t>(seconds.count()));
+    mBad.channel.close();
+    EXPECT_TRUE(mLog.await("Binder", report(ROUNDS)));
 }
 
 TEST_F(HostilePeerTest, Oneway_WhenThePeerSendsMoreThanItMay_ThenItIsCutOff) {
@@ -542,6 +692,7 @@ TEST_F(HostilePeerTest, Connect_WhenAProcessHasTooManyCallsOrSessions_ThenTheRes
     calls.reserve(MAX_SERVED);
     for (int i = 0; i < MAX_SERVED; ++i) calls.push_back(mGood.openCalls());
     EXPECT_TRUE(calls.back().isClosed());
+    EXPECT_TRUE(isTold("has too many connections: such connections are closed"));
     std::vector<RawPeer> sessions;
     for (int i = 2; i < MAX_SESSIONS; ++i) sessions.emplace_back(mFolder, /*withCalls=*/false);
     EXPECT_TRUE(mGood.isServed());
@@ -560,9 +711,11 @@ TEST_F(HostilePeerTest, Accept_WhenDescriptorsRunOut_ThenConnectionsWaitAndNothi
     const Fd fd = mBad.connect(std::move(unconnected));
     EXPECT_TRUE(mLog.await("Binder", line));
     EXPECT_TRUE(mGood.isServed());
+    sRefused = WATCH;
     none.reset();
     ASSERT_TRUE(fd.send(mBad.hello(HelloKind::Identify)));
     EXPECT_EQ(PROTOCOL, fd.receive<HelloReply>().protocol);
+    EXPECT_EQ(NONE, sRefused) << "it was tried again after that";
     EXPECT_LE(mLog.count("Binder", line), 3u);
 }
 

@@ -5,6 +5,7 @@
 #include "tests/support/Process.h"
 
 #include <android/binder_process.h>
+#include <device/LoopThread.h>
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -33,6 +34,11 @@ public:
 
 private:
     rlimit mLimit{};
+};
+
+/** The thread of a message loop that always has more to run. */
+struct BusyLoop : device::LoopThread {
+    BusyLoop() { hasMore = true; }
 };
 
 /** The program of PeerMain.cpp in a process of its own, ended with this object. */

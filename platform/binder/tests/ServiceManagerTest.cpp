@@ -1,12 +1,19 @@
+#include "binder/src/Frame.h"
+#include "binder/src/UniqueFd.h"
 #include "binder/tests/Peer.h"
 #include "tests/support/LogCapture.h"
 
 #include <android/binder_process.h>
 
 #include <fcntl.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include <chrono>
+#include <cstring>
 #include <fstream>
 #include <future>
 
@@ -96,6 +103,29 @@ TEST_F(ServiceManagerTest, CheckService_WhenTheServerIsStopped_ThenNullAfterAWhi
     EXPECT_EQ(nullptr, check("name").get());
     server.resume();
     EXPECT_EQ(STATUS_OK, echo(service("name"), 1));
+}
+
+TEST_F(ServiceManagerTest, CheckService_WhenTheServersAnswerComesInPieces_ThenItIsReadWhole) {
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    strncpy(address.sun_path, (mFolder / "socket@name").c_str(), sizeof(address.sun_path) - 1);
+    ASSERT_EQ(0, bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)));
+    ASSERT_EQ(0, listen(listener, 1));
+    auto found = std::async(std::launch::async, check, "name");
+    const binder::UniqueFd server(accept(listener, nullptr, nullptr));
+    close(listener);
+    binder::Hello hello{};
+    ASSERT_EQ(ssize_t{sizeof(hello)}, recv(server.get(), &hello, sizeof(hello), MSG_WAITALL));
+    const binder::HelloReply reply{binder::PROTOCOL, 0, 0, {1}};
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(&reply);
+    for (size_t i = 0; i < sizeof(reply); ++i) {
+        int unread = 1;
+        ASSERT_EQ(1, send(server.get(), bytes + i, 1, MSG_NOSIGNAL));
+        while (unread != 0) ASSERT_EQ(0, ioctl(server.get(), SIOCOUTQ, &unread));
+    }
+    EXPECT_EQ(ssize_t{sizeof(hello)}, recv(server.get(), &hello, sizeof(hello), MSG_WAITALL)) << "it goes on";
+    EXPECT_EQ(binder::HelloKind::Open, hello.kind);
 }
 
 TEST_F(ServiceManagerTest, AddService_WhenTheFolderIsNotThisUsersAlone_ThenRefusedAndTheLogSaysWhy) {
