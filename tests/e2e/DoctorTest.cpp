@@ -46,7 +46,8 @@ TEST_F(Doctor, Look_WhenThePluginHangs_ThenItsFunctionAndThread) {
     script("icc on iccSendReqSync delay 60000");
     start();
     expectRun({"--timeout 1.1 send-icc-cmd --req-id 5", NO_ANSWER, {}});
-    expectFault("", "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, HandlerThread[)]; ");
+    expectFault("",
+                "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, HandlerThread[)]; ");
 }
 
 TEST_F(Doctor, Look_WhenTheClientIsKilled_ThenItsAnswerReachedNobody) {

@@ -16,7 +16,8 @@ public:
     ~HandlerThread() override;
 
     // Starts the thread, which runs what its looper was sent before and since. False when it was started before, and,
-    // with an error line, when the system has no thread to give for a second: the looper has quit then. One thread at a time.
+    // with an error line, when the system has no thread to give for a second: the looper has quit then. One thread at a
+    // time.
     bool start();
     // There from the beginning. Thread: any.
     [[nodiscard]] sp<Looper> getLooper() const { return mLooper; }
