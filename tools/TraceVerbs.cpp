@@ -94,13 +94,12 @@ bool write(const std::vector<Trace>& traces, const std::string& file, std::ostre
     return stream.flush().good();
 }
 
-// Those that run or, when none does, the one that ran last.
+// Those that run or, when none does, the first: "subsysd@2" is a daemon that was refused while that one served.
 void keepCurrent(std::vector<Trace>& traces) {
     if (std::any_of(traces.begin(), traces.end(), [](const Trace& trace) { return trace.isAlive; })) {
         std::erase_if(traces, [](const Trace& trace) { return !trace.isAlive; });
     } else if (!traces.empty()) {
-        traces = {*std::max_element(traces.begin(), traces.end(),
-                                    [](const Trace& a, const Trace& b) { return a.startTime < b.startTime; })};
+        traces.resize(1);
     }
 }
 

@@ -46,7 +46,8 @@ TEST_F(Doctor, Look_WhenThePluginHangs_ThenItsFunctionAndThread) {
     script("icc on iccSendReqSync delay 60000");
     start();
     expectRun({"--timeout 1.1 send-icc-cmd --req-id 5", NO_ANSWER, {}});
-    expectFault("", "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, HandlerThread[)]; ");
+    expectFault("",
+                "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, HandlerThread[)]; ");
 }
 
 TEST_F(Doctor, Look_WhenTheClientIsKilled_ThenItsAnswerReachedNobody) {
@@ -74,6 +75,8 @@ TEST_F(Doctor, Look_WhenTheDaemonIsGone_ThenWhatItLeft) {
     start();
     expectRun({"--timeout 0.1 set-call-info", NO_ANSWER, {}});
     const std::string gone = daemon();
+    Process refused(wordsOf(SUBSYSD, ""));
+    EXPECT_EQ(refused.wait(), EXIT_FAILURE);
     mDaemon->end();
     expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; start subsysd");
     start();
