@@ -121,13 +121,15 @@ TEST_F(System, Ims_WhenACallIsMade_ThenAnswersAndEventsReachBothClients) {
                            "LocalPubIpAddrChanged [^\n]*192.0.2.1", "recvImsRtpRedunSignalMsgInd [^\n]*hello"});
 }
 
-TEST_F(System, Ims_WhenTwoClientsLive_ThenAThirdIsIgnoredUntilOneDies) {
+TEST_F(System, Ims_WhenTwoClientsLive_ThenAThirdIsRefusedUntilOneDies) {
     start();
     Client first("watch --ims --no-rf");
     expectLog("ImsOrtcServiceIndication: set cb:0");
     Client second("watch --ims --no-rf");
     expectLog("ImsOrtcServiceIndication: set cb:1");
-    expectRun({"--timeout 0.2 set-call-info --call-id 2", NO_ANSWER, {"no answer"}});
+    const std::string holders = "pid " + std::to_string(first.pid()) + " .subsysctl. and pid " +
+                                std::to_string(second.pid()) + " .subsysctl. are the IMS clients";
+    for (const char* verb : {"set-call-info", "set-ims-ortc-callback"}) expectRun({verb, OTHER_CLIENT, {holders}});
     second.end();
     expectLog("ImsOrtcServiceIndication: client death:1");
     expectLog("ImsOrtcServiceResponse: client death:1");

@@ -65,14 +65,13 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
 
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     const std::string NO_IMS_ANSWER =
-        "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two other "
-        "clients hold both places?\n";
+        "subsysctl: set-call-info: no answer in 500.0 ms; 'subsysctl doctor 1' says why\n";
     const Case cases[] = {
         {"--timeout 0.5 get-lcd-info --type 2", 124,
-         "subsysctl: get-lcd-info: no answer in 500.0 ms; is the component missing or silent?\n"},
+         "subsysctl: get-lcd-info: no answer in 500.0 ms; 'subsysctl doctor 1' says why\n"},
         {"--timeout 0.5 set-call-info", 124, NO_IMS_ANSWER},
         {"--timeout 0.5 send-icc-meta-cmd --id -1", 124,
-         "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; is the component missing or silent?\n"},
+         "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; 'subsysctl doctor' says why\n"},
         {"get-lcd-info --type 6", 1,
          "subsysctl: get-lcd-info: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
         {"set-call-info --timeout 0.5 --text1 " + std::string(32, 'x'), 124,
@@ -88,7 +87,7 @@ TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
          "\n"},
         {"--json --timeout 0.5 send-icc-meta-cmd --id -1", 124,
          R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 500.0 ms","serial":1,)"
-         R"("hint":"is the component missing or silent?"})"
+         R"("hint":"'subsysctl doctor' says why"})"
          "\n"},
         {"--json get-lcd-info --type 3", 69,
          R"({"error":"died","verb":"get-lcd-info","message":"the service has died","serial":1})"
