@@ -131,7 +131,7 @@ ino_t NameFolder::socketIn(const UniqueFd& folder, std::string_view name) {
 }
 
 bool NameFolder::isLocked(std::string_view name) {
-    const UniqueFd folder = open();
+    const UniqueFd folder = openExisting();
     if (!folder.isValid()) return false;
     const UniqueFd file(openat(folder.get(), lockOf(name).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
     struct flock region = wholeFile();
@@ -157,7 +157,7 @@ UniqueFd NameFolder::listen(const UniqueFd& folder, std::string_view name) {
 }
 
 UniqueFd NameFolder::connect(std::string_view name) {
-    const UniqueFd folder = open();
+    const UniqueFd folder = openExisting();
     if (!folder.isValid()) return UniqueFd();
     const UniqueFd file(openat(folder.get(), socketOf(name).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     UniqueFd connection = streamSocket(0);
