@@ -89,6 +89,12 @@ public:
 private:
     void takeTrace(const device::Trace& trace) {
         mRequests = tracedSections(trace).requests;
+        for (const TracedRequest& request : mRequests) {
+            if (!request.section.end) ++mUnanswered;
+            for (const TraceSection& stage : request.stages) {
+                if (stage.name == "plugin" && stage.end) mEnteredPlugin = true;
+            }
+        }
         std::copy_if(trace.marks.begin(), trace.marks.end(), std::back_inserter(mClientMarks),
                      [](const TraceMark& mark) { return mark.name == CLIENT_SET || mark.name == CLIENT_DIED; });
     }
@@ -140,12 +146,15 @@ private:
         }
         std::string text = "nobody serves " + where;
         if (mEvidence.trace) {
-            const auto isOpen = [](const TracedRequest& each) { return !each.section.end; };
-            text += ": " + daemonName() + ", has ended; requests unanswered: " +
-                    number(std::count_if(mRequests.begin(), mRequests.end(), isOpen));
+            text += ": " + daemonName() + ", has ended; requests unanswered: " + number(mUnanswered);
         }
-        std::string advice = "start subsysd";
+        std::string advice = mUnanswered == 0 ? "start subsysd" : "subsysctl requests lists them; start subsysd";
         for (const auto& [pid, environment] : mEvidence.otherDaemons) {
+            if (environment == mEvidence.environment) {
+                advice = "process " + number(pid) +
+                         " was started for this folder; its files are gone or it is still starting: restart it";
+                break;
+            }
             advice += ", or look where process " + number(pid) + " serves (" +
                       (environment.empty() ? "SUBSYS_BINDER_DIR is not set" : environment) + ")";
         }
@@ -235,7 +244,18 @@ private:
 
     void checkPluginList() {
         for (const auto& [index, value] : lines("plugin-list.fault")) {
-            fault("pluginList", value, "requests to the plugin fail: correct it and start subsysd again");
+            fault("pluginList", value,
+                  "requests to the plugin fail: correct it; a changed list is read when subsysd starts again");
+        }
+        if (mEnteredPlugin && lines("plugin-list.fault").empty()) checkPlugin();
+    }
+
+    // The service opens it for the first request that needs it.
+    void checkPlugin() {
+        for (const auto& [index, value] : lines("plugin")) {
+            if (!value.starts_with("libiccapis, ") || !value.ends_with(", not open")) continue;
+            fault("pluginNotOpen", "a request needed the plugin: " + value,
+                  "the daemon's log says why, in a line of DeviceLibrary");
         }
     }
 
@@ -356,6 +376,8 @@ private:
     std::vector<TracedRequest> mRequests;
     std::vector<TraceMark> mClientMarks;  // of the RF client
     std::vector<Finding> mFindings;
+    size_t mUnanswered = 0;
+    bool mEnteredPlugin = false;  // by a request that has left it
     int32_t mPluginThread = 0;
 };
 

@@ -34,6 +34,21 @@ TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFileAndOtherRequestsWork) {
     expectFault("", "plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing; ");
 }
 
+TEST_F(Doctor, Look_WhenThePluginIsCut_ThenItIsNotOpen) {
+    std::filesystem::resize_file(mDevice.place("/vendor/lib64/libiccapis.so"), 9000);
+    start();
+    expectRun({"get-icc-state", 1, {}});
+    expectFault("", "a request needed the plugin: libiccapis, /vendor/lib64/libiccapis.so, not open; ");
+}
+
+TEST_F(Doctor, Look_WhenTheFolderOfNamesIsDeleted_ThenToRestart) {
+    start();
+    std::filesystem::remove_all(mNames.path());
+    const std::string pid = std::to_string(mDaemon->pid());
+    expectRun({"doctor", FAULT, {"\nfault: nobody serves .*; process " + pid + " was started for this folder; "}});
+    EXPECT_FALSE(std::filesystem::exists(mNames.path()));
+}
+
 TEST_F(Doctor, Look_WhenAComponentIsSilent_ThenItsRequest) {
     script("ims on setCallInfo silent");
     start();
@@ -78,7 +93,8 @@ TEST_F(Doctor, Look_WhenTheDaemonIsGone_ThenWhatItLeft) {
     Process refused(wordsOf(SUBSYSD, ""));
     EXPECT_EQ(refused.wait(), EXIT_FAILURE);
     mDaemon->end();
-    expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; start subsysd");
+    expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; subsysctl requests lists them; ");
+    expectFault(" 7", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; ");
     start();
 }
 

@@ -79,6 +79,14 @@ TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
          "looperBusy: the looper of subsysd, thread 10, 3 waiting, is inside hal::X for 1.5 s"},
         {[](auto& e) { (*e.dump)["peer.5"] = "0 calls waiting, 9 bytes unread, 4 undelivered"; },
          "undelivered: client process 5 missed 4 calls"},
+        {[](auto& e) {
+             (*e.dump)["plugin.0"] = "libiccapis, /a.so, not open";
+             mark(e, 90, MarkKind::ASYNC_BEGIN, "getIccState #1", 1);
+             mark(e, 90, MarkKind::ASYNC_BEGIN, "plugin", 1);
+             mark(e, 91, MarkKind::ASYNC_END, "plugin", 1);
+             mark(e, 91, MarkKind::ASYNC_END, "getIccState #1", 1);
+         },
+         "pluginNotOpen: a request needed the plugin: libiccapis, /a.so, not open"},
         {[](auto& e) { e.peers[5].state = 'T'; }, "clientStopped: client process 5 is stopped, 0 bytes unread"},
         {[](auto& e) { e.dump->erase("component.1"); },
          "componentMissing: there is no component of type 21: no IMS request is answered"},
