@@ -3,6 +3,7 @@
 #include "tools/ExitCode.h"
 #include "tools/Json.h"
 #include "tools/Table.h"
+#include "tools/Text.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
 
@@ -103,8 +104,13 @@ void keepCurrent(std::vector<Trace>& traces) {
     }
 }
 
+int64_t wallNanos(const Trace& trace, int64_t time) {
+    return trace.startWallTime + (time - trace.startTime);
+}
+
+// For a person, in the local time.
 std::string wallClock(const Trace& trace, int64_t time) {
-    const int64_t nanos = trace.startWallTime + (time - trace.startTime);
+    const int64_t nanos = wallNanos(trace, time);
     const time_t seconds = nanos / 1'000'000'000;
     tm parts{};
     std::array<char, 32> text{};
@@ -167,12 +173,14 @@ Json requestJson(const Trace& trace, const TracedRequest& request, int64_t now) 
         stages.push_back({{"stage", stage.name}, {"seconds", seconds(lengthOf(stage, now))}, {"open", !stage.end}});
     }
     const TraceSection* where = request.where();
+    const std::chrono::system_clock::time_point arrived(
+        std::chrono::nanoseconds(wallNanos(trace, request.section.begin.time)));
     return {{"request", request.operation},
             {"serial", request.number},
             {"state", request.section.end ? "answered" : "waiting"},
             {"program", trace.program},
             {"pid", trace.pid},
-            {"arrived", wallClock(trace, request.section.begin.time)},
+            {"arrived", timestamp(arrived)},
             {"seconds", seconds(lengthOf(request.section, now))},
             {"where", where == nullptr ? Json() : Json(where->name)},
             {"stages", std::move(stages)}};

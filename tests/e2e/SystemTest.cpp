@@ -19,7 +19,7 @@ TEST_F(System, Request_WhenSent_ThenItsAnswer) {
           "looper.[0-9]: HandlerThread, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
           "peer.[0-9]+: 0 calls waiting, [0-9]+ bytes unread, 0 undelivered\n"}},
         {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
-        {"log loud", 2, {"LEVEL: loud not in"}},
+        {"log loud", 2, {"LEVEL: expected debug, info, warn, error, not 'loud'\n"}},
         {"log error log debug", 0, {"daemon.log-level: error\ndaemon.log-level: debug\n"}},
         {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
         {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},

@@ -111,9 +111,9 @@ TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailu
     EXPECT_EQ(
         "getSwtpStatusResponse #5 SUCCESS status=-1\n"
         "getLcdInfoResponse #6 NOT_SUPPORTED lcdInfo=\"\"\n"
-        "subsysctl: no such option: '--json'; 'subsysctl help get-lcd-info' shows all\n"
+        "subsysctl: line 5: no such option: '--json'; 'subsysctl help batch' shows what a line has\n"
         "onIccMetaResp SUCCESS id=0 token=0 type=2 result=true data=\"00ff\"\n"
-        "subsysctl: --type: expected an integer, -2147483648 to 2147483647, not 'x'\n"
+        "subsysctl: line 7: --type: expected an integer, -2147483648 to 2147483647, not 'x'\n"
         "getLcdInfoResponse #8 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n",
         batch.output());
 }

@@ -165,7 +165,7 @@ TEST(TraceRequests, Print_WhenAsJson_ThenOneObjectALine) {
     recording.addTraffic();
     const std::string waiting =
         R"({"request":"getIccState","serial":-7,"state":"waiting","program":"subsysd","pid":10,)"
-        R"("arrived":"2023-11-14 22:13:20.124","seconds":99.999,"where":"plugin","stages":[)"
+        R"("arrived":"2023-11-14T22:13:20.124Z","seconds":99.999,"where":"plugin","stages":[)"
         R"({"stage":"component","seconds":0.001,"open":false},{"stage":"plugin","seconds":99.997,"open":true}]})"
         "\n";
     EXPECT_EQ(printed(recording, {false, true}), waiting);
