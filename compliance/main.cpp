@@ -76,7 +76,9 @@ int run(const Verbs& verbs, Options& options) {
         if (verbs.plugin->parsed()) checkPlugin(checks, options.file);
         if (verbs.component->parsed()) checkComponent(checks, options.file, options.limit());
     });
-    return report.finish() && std::cout ? EXIT_SUCCESS : FAULTS;
+    const bool isPassed = report.finish();
+    if (!std::cout) std::cerr << "subsys-compliance: the output could not be written\n";
+    return isPassed && std::cout ? EXIT_SUCCESS : FAULTS;
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ void takePeers(Evidence& evidence) {
 Evidence gather(std::optional<int32_t> serial, Output& output) {
     Evidence evidence;
     evidence.serial = serial;
-    evidence.service = std::string(Request::Service::descriptor) + "/default";
+    evidence.service = serviceName();
     evidence.folder = device::runtimeFolder();
     if (const char* folder = std::getenv(FOLDER)) evidence.environment = std::string(FOLDER) + "=" + folder;
     evidence.isServed = AServiceManager_isDeclared(evidence.service.c_str());

@@ -36,10 +36,6 @@ void onUnlinked(void* cookie) {
     delete static_cast<Cookie*>(cookie);
 }
 
-std::string serviceName() {
-    return std::string(Session::Service::descriptor) + "/default";
-}
-
 // Where services are looked up.
 std::string searched() {
 #if defined(__ANDROID__)
@@ -95,7 +91,11 @@ Output::Line Session::lateCall() const {
 }
 
 int Session::failLookup(const std::string& name, bool isDeclared) {
-    if (!isDeclared) return fail(NO_SERVICE, error("noService", "no such service: " + name + searched()));
+    if (!isDeclared) {
+        Json missing = error("noService", "no such service: " + name + searched());
+        missing["hint"] = "'subsysctl doctor' says what runs, and where";
+        return fail(NO_SERVICE, missing);
+    }
     Json problem = error("noAnswer", "no answer from " + name);
     problem["hint"] = "is its process stopped or busy?";
     return fail(NO_ANSWER, problem);

@@ -13,9 +13,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <thread>
 #include <utility>
@@ -208,7 +210,8 @@ int trace(const TraceOptions& options, Output& output) {
     if (traces.empty()) return NO_SERVICE;
     if (options.seconds) eraseBefore(start, traces);
     if (!write(traces, options.output, output.stream())) {
-        output.report(errorJson("notWritten", "trace", "the output could not be written"));
+        const std::string file = options.output.empty() ? "the output" : options.output;
+        output.report(errorJson("notWritten", "trace", "can't write " + file + ": " + std::strerror(errno)));
         return ANSWERED_WITH_ERROR;
     }
     summarize(traces, options.output, output);

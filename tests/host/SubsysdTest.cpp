@@ -164,6 +164,8 @@ TEST_F(Subsysd, Start_WhenTheNameIsNotToBeHad_ThenItFailsAndTheFirstStays) {
     first.signal(SIGCONT);
     setenv("SUBSYS_BINDER_DIR", SUBSYSD, 1);
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": the folder of service names is not usable");
+    setenv("SUBSYS_BINDER_DIR", "/proc/names", 1);
+    expectEnd({}, EXIT_FAILURE, "the folder of names /proc/names cannot be made: ");
 }
 
 TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {

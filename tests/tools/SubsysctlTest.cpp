@@ -80,6 +80,12 @@ TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     for (const Case& each : cases) expectRun(each, ERRORS);
 }
 
+TEST_F(Subsysctl, Output_WhenItCannotBeWritten_ThenItSaysSoAnd1) {
+    for (const char* verb : {"--version", "help", "get-swtp-status"}) {
+        expectRun({verb, 1, "subsysctl: the output could not be written\n"}, "2>&1 >/dev/full");
+    }
+}
+
 TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
     const Case served[] = {
         {"get-lcd-info --type 1x --json", 2,
@@ -97,7 +103,7 @@ TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
     mServer.wait();  // while it ends, its name is still held
     expectRun({"--json get-lcd-info", 69,
                R"({"error":"noService","verb":"get-lcd-info","message":"no such service: )" + SERVICE + " in " +
-                   mNames.path().string() + "\"}\n"});
+                   mNames.path().string() + R"(","hint":"'subsysctl doctor' says what runs, and where"})" + "\n"});
 }
 
 TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailuresCode) {
