@@ -86,6 +86,7 @@ int run(const Verbs& verbs, Options& options) {
 int main(int argc, char** argv) {
     CLI::App app(DESCRIPTION, "subsys-compliance");
     app.footer(FOOTER);
+    app.set_version_flag("--version", "subsys-compliance " SUBSYS_VERSION);
     app.fallthrough();
     app.require_subcommand(1);
     Options options;
