@@ -88,11 +88,12 @@ int main(int argc, char** argv) {
     app.footer(FOOTER);
     app.set_version_flag("--version", "subsys-compliance " SUBSYS_VERSION);
     app.fallthrough();
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     Options options;
     const Verbs verbs = addVerbs(app, options);
     try {
         app.parse(argc, argv);
+        if (app.get_subcommands().empty()) throw CLI::RequiredError("service, plugin or component");
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : USAGE;
     }
