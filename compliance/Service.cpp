@@ -3,6 +3,7 @@
 #include "compliance/ServiceRun.h"
 
 #include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
 
 #include <thread>
 
@@ -90,7 +91,10 @@ void checkService(Checks& checks, const ServiceOptions& options) {
     std::shared_ptr<ISubsys> service;
     const bool isServed = checks.prepare("served", CALLING, [&] {
         service = connect(options.name, options.limit);
-        return service != nullptr ? ok(options.name) : failed("an ISubsys called " + options.name, "none");
+        const bool isThere = AServiceManager_isDeclared(options.name.c_str());
+        return service != nullptr
+                   ? ok(options.name)
+                   : failed("an ISubsys called " + options.name, isThere ? "one that does not answer" : "none");
     });
     if (!isServed) return;
     ServiceRun run{checks, options, service};

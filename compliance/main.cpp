@@ -76,7 +76,9 @@ int run(const Verbs& verbs, Options& options) {
         if (verbs.plugin->parsed()) checkPlugin(checks, options.file);
         if (verbs.component->parsed()) checkComponent(checks, options.file, options.limit());
     });
-    return report.finish() && std::cout ? EXIT_SUCCESS : FAULTS;
+    const bool isPassed = report.finish();
+    if (!std::cout) std::cerr << "subsys-compliance: the output could not be written\n";
+    return isPassed && std::cout ? EXIT_SUCCESS : FAULTS;
 }
 
 }  // namespace
@@ -84,12 +86,14 @@ int run(const Verbs& verbs, Options& options) {
 int main(int argc, char** argv) {
     CLI::App app(DESCRIPTION, "subsys-compliance");
     app.footer(FOOTER);
+    app.set_version_flag("--version", "subsys-compliance " SUBSYS_VERSION);
     app.fallthrough();
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     Options options;
     const Verbs verbs = addVerbs(app, options);
     try {
         app.parse(argc, argv);
+        if (app.get_subcommands().empty()) throw CLI::RequiredError("service, plugin or component");
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_SUCCESS : USAGE;
     }

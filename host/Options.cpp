@@ -62,11 +62,15 @@ bool takeFolder(Options& options, std::string_view text) {
     return true;
 }
 
+[[noreturn]] void endAfterOutput() {
+    std::exit(fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
 bool showHelp(Options& options, std::string_view text);
 
 bool showVersion(Options&, std::string_view) {
     puts("subsysd " SUBSYS_VERSION);
-    std::exit(EXIT_SUCCESS);
+    endAfterOutput();
 }
 
 struct Row {
@@ -96,7 +100,7 @@ bool showHelp(Options&, std::string_view) {
         printf("  --%-18s %s\n", head.c_str(), row.help);
     }
     fputs(FOOTER, stdout);
-    std::exit(EXIT_SUCCESS);
+    endAfterOutput();
 }
 
 [[noreturn]] void fail(const std::string& what) {

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -62,13 +63,14 @@ void checkPlugin(const std::string& name, const std::string& file, Faults& fault
 void checkItems(const std::string& list, const tinyxml2::XMLDocument& document, Faults& faults) {
     const XMLElement* root = document.FirstChildElement("plugin_config");
     const XMLElement* item = root != nullptr ? root->FirstChildElement("item") : nullptr;
-    if (item == nullptr) faults.push_back("plugin list: " + list + " has no item in a plugin_config");
+    bool hasIccPlugin = false;
     const char* name = nullptr;
     const char* path = nullptr;
     for (; item != nullptr; item = item->NextSiblingElement("item")) {
         // As the service library reads it: an item takes what it lacks from those before.
         item->QueryStringAttribute("name", &name);
         item->QueryStringAttribute("path", &path);
+        hasIccPlugin |= name != nullptr && name == std::string_view("libiccapis");
         if (name != nullptr && path != nullptr) {
             checkPlugin(name, device::path(path), faults);
         } else {
@@ -76,6 +78,7 @@ void checkItems(const std::string& list, const tinyxml2::XMLDocument& document, 
             faults.push_back("plugin list: the item in line " + line + " lacks a name or a path");
         }
     }
+    if (!hasIccPlugin) faults.push_back("plugin list: " + list + " has no item libiccapis in a plugin_config");
 }
 
 }  // namespace

@@ -7,10 +7,12 @@
 #include "tools/NewProject.h"
 #include "tools/Requests.h"
 #include "tools/Run.h"
+#include "tools/Text.h"
 #include "tools/TraceVerbs.h"
 #include "tools/Values.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <limits>
@@ -57,6 +59,17 @@ Store storeCount(size_t& count) {
     };
 }
 
+// One of these words; any other is told what it may be.
+CLI::Validator oneOf(const std::vector<std::string>& words) {
+    const auto check = [words](const std::string& word) -> std::string {
+        if (std::find(words.begin(), words.end(), word) != words.end()) return "";
+        const std::string like = nearest(word, words);
+        return "expected " + CLI::detail::join(words, ", ") + ", not '" + word + "'" +
+               (like.empty() ? "" : "; did you mean " + like + "?");
+    };
+    return {check, "{" + CLI::detail::join(words, ",") + "}"};
+}
+
 CLI::App* addVerb(CLI::App& app, const std::string& name, const char* group, const std::string& text,
                   const std::string& example) {
     return app.add_subcommand(name, text + "\n" + example)->group(group)->immediate_callback();
@@ -79,7 +92,7 @@ void addLog(CLI::App& app, std::vector<Step>& steps) {
     const auto level = std::make_shared<std::string>();
     verb->add_option("LEVEL", *level, "The lowest level that is written.")
         ->required()
-        ->check(CLI::IsMember({"debug", "info", "warn", "error"}));
+        ->check(oneOf({"debug", "info", "warn", "error"}));
     verb->callback([&steps, level] {
         const auto setLevel = [given = *level](Session& session) { return session.dump({"log", given.c_str()}); };
         steps.push_back({.verb = "log", .run = setLevel});
@@ -106,7 +119,7 @@ void addWatch(CLI::App& app, std::vector<Step>& steps) {
                              "watch --for 10 --count 3");
     const auto arguments = std::make_shared<WatchArguments>();
     verb->add_flag("--ims", arguments->ims, "IMS ORTC indications too.");
-    verb->add_flag("--no-rf", arguments->noRf, "With --ims: not those of RF, whose client stays another one.")
+    verb->add_flag("--no-rf", arguments->noRf, "With --ims: IMS indications only; takes no RF client's place.")
         ->needs("--ims");
     addOption(*verb, "--for", "SECONDS", "End after so long, 0 to 1000000; without it never.",
               storeSeconds(arguments->seconds, 0));
@@ -163,10 +176,12 @@ void addRequests(CLI::App& app, std::vector<Step>& steps) {
 }
 
 void addDoctor(CLI::App& app, std::vector<Step>& steps) {
-    CLI::App* verb = addVerb(app, "doctor", INSIDE,
-                             "Say what is wrong, the worst first, and what to do; 0 only when nothing is.", "doctor 7");
+    CLI::App* verb =
+        addVerb(app, "doctor", INSIDE,
+                "Say what is wrong, the worst first, and what to do; exit code 0 when nothing is wrong.", "doctor 7");
     const auto serial = std::make_shared<std::optional<int32_t>>();
-    verb->add_option("SERIAL", *serial, "Why the request with this serial or token is not answered.")->type_name("N");
+    const auto storeSerial = [serial](const std::string& text) { return store(text, serial->emplace()); };
+    addOption(*verb, "SERIAL", "N", "Why the request with this serial or token is not answered.", storeSerial);
     verb->callback([&steps, serial] {
         const auto look = [given = std::exchange(*serial, {})](Output& output) { return doctor(given, output); };
         steps.push_back({.verb = "doctor", .look = look});
@@ -177,9 +192,9 @@ void addNew(CLI::App& app, std::vector<Step>& steps) {
     CLI::App* verb =
         addVerb(app, "new", "For authors", "Write a project to start from into the folder NAME.", "new plugin mine");
     const auto project = std::make_shared<std::pair<std::string, std::string>>();
-    verb->add_option("KIND", project->first, "What it is.")
+    verb->add_option("KIND", project->first, "What to write.")
         ->required()
-        ->check(CLI::IsMember({"plugin", "component", "client"}));
+        ->check(oneOf({"plugin", "component", "client"}));
     verb->add_option("NAME", project->second, "Of the project: a letter, then letters, digits, '_' and '-'.")
         ->required()
         ->check(refuseProjectName);
@@ -206,7 +221,8 @@ void addBatch(CLI::App& app, std::vector<Step>& steps) {
     addVerb(
         app, "batch", CLIENT,
         "Run the verbs of each line of the input, in order; '-' is short for it. A word with blanks stands in quotes, "
-        "in which a backslash takes the next character as it is.",
+        "in which a backslash takes the next character as it is. A line has no options of the whole call, and not the "
+        "verbs batch, new and help.",
         "batch < verbs")
         ->callback([&steps] {
             const auto run = [](Session& session) { return runLines(std::cin, session); };
@@ -220,7 +236,7 @@ void addHelp(CLI::App& app, std::vector<Step>& steps) {
     verb->add_option("VERB", "The verb.");
     verb->add_option("--as", *format, "As a manual page, or as a shell's completions.")
         ->type_name("FORMAT")
-        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
+        ->check(oneOf({"man", "bash", "zsh", "fish"}));
     verb->callback([&app, &steps, format] {
         const auto look = [manual = manualOf(app), name = *format](Output& output) {
             for (const ManualFormat& each : MANUAL_FORMATS) {
@@ -245,7 +261,8 @@ void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
         if (problem.empty()) commandLine.timeout = std::chrono::milliseconds(std::llround(*seconds * 1000));
         return problem;
     };
-    addOption(app, "--timeout", "SECONDS", "How long to wait for each answer, 0.001 to 1000000 (default 5).",
+    addOption(app, "--timeout", "SECONDS",
+              "How long to wait for each answer, 0.001 to 1000000 (default 5); the look-up of the service: 2 at most.",
               storeTimeout);
     const auto storeSerial = [&commandLine](const std::string& text) { return store(text, commandLine.serial); };
     addOption(app, "--serial", "N",

@@ -24,6 +24,8 @@ using Level = Finding::Level;
 constexpr int64_t SECOND = 1'000'000'000;
 // What takes longer than a call should is worth a line.
 constexpr int64_t SLOW = SECOND;
+// What a command to the plugin may take.
+constexpr int64_t PLUGIN_TIME = 4 * SECOND;
 // How long ago an answer may have been lost to be told without its serial.
 constexpr int64_t LATELY = 60 * SECOND;
 
@@ -59,9 +61,9 @@ bool needsRfClient(const TracedRequest& request) {
     return found != needsOfRequests().end() && found->second == Needs::RF;
 }
 
-class Doctor {
+class Diagnosis {
 public:
-    explicit Doctor(const Evidence& evidence) : mEvidence(evidence) {
+    explicit Diagnosis(const Evidence& evidence) : mEvidence(evidence) {
         if (evidence.trace) takeTrace(*evidence.trace);
         if (evidence.serial) {
             std::erase_if(mRequests, [&](const auto& each) { return each.number != *evidence.serial; });
@@ -89,15 +91,24 @@ public:
 private:
     void takeTrace(const device::Trace& trace) {
         mRequests = tracedSections(trace).requests;
+        for (const TracedRequest& request : mRequests) {
+            if (!request.section.end) ++mUnanswered;
+            for (const TraceSection& stage : request.stages) {
+                if (stage.name == "plugin" && stage.end) mEnteredPlugin = true;
+            }
+        }
         std::copy_if(trace.marks.begin(), trace.marks.end(), std::back_inserter(mClientMarks),
                      [](const TraceMark& mark) { return mark.name == CLIENT_SET || mark.name == CLIENT_DIED; });
     }
 
+    void add(Level level, const char* cause, std::string text, std::string advice) {
+        mFindings.push_back({level, cause, std::move(text), std::move(advice)});
+    }
     void fault(const char* cause, std::string text, std::string advice) {
-        mFindings.push_back({Level::FAULT, cause, std::move(text), std::move(advice)});
+        add(Level::FAULT, cause, std::move(text), std::move(advice));
     }
     void note(const char* cause, std::string text, std::string advice) {
-        mFindings.push_back({Level::NOTE, cause, std::move(text), std::move(advice)});
+        add(Level::NOTE, cause, std::move(text), std::move(advice));
     }
 
     std::string ago(int64_t time) const { return durationText(std::max<int64_t>(0, mEvidence.now - time)); }
@@ -140,12 +151,15 @@ private:
         }
         std::string text = "nobody serves " + where;
         if (mEvidence.trace) {
-            const auto isOpen = [](const TracedRequest& each) { return !each.section.end; };
-            text += ": " + daemonName() + ", has ended; requests unanswered: " +
-                    number(std::count_if(mRequests.begin(), mRequests.end(), isOpen));
+            text += ": " + daemonName() + ", has ended; requests unanswered: " + number(mUnanswered);
         }
-        std::string advice = "start subsysd";
+        std::string advice = mUnanswered == 0 ? "start subsysd" : "subsysctl requests lists them; start subsysd";
         for (const auto& [pid, environment] : mEvidence.otherDaemons) {
+            if (environment == mEvidence.environment) {
+                advice = "process " + number(pid) +
+                         " was started for this folder; its files are gone or it is still starting: restart it";
+                break;
+            }
             advice += ", or look where process " + number(pid) + " serves (" +
                       (environment.empty() ? "SUBSYS_BINDER_DIR is not set" : environment) + ")";
         }
@@ -190,9 +204,10 @@ private:
         const std::string where = mark.name + " for " + ago(mark.time) + " (" + threadName(mark.thread) + ")";
         if (mark.name.starts_with(PLUGIN_CALL)) {
             mPluginThread = mark.thread;
-            fault("pluginHangs", "the plugin has not returned from " + where.substr(PLUGIN_CALL.size()),
-                  "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
-                      backtrace());
+            if (mEvidence.now - mark.time < PLUGIN_TIME) mPluginLevel = Level::NOTE;
+            add(mPluginLevel, "pluginHangs", "the plugin has not returned from " + where.substr(PLUGIN_CALL.size()),
+                "requests to the plugin wait behind it; a command may take 4 s, more is the plugin's fault: " +
+                    backtrace());
         } else {
             fault("componentHangs",
                   (isCall(mark) ? "the service" : "the component") + (" has not returned from " + where),
@@ -228,14 +243,27 @@ private:
                       "let it go on: kill -CONT " + pid);
             } else if (lost > 0) {
                 fault("undelivered", "client process " + pid + " missed " + number(lost) + " calls",
-                      "it is too slow: its callbacks must return at once");
+                      "it was stopped or is too slow: its callbacks must return at once");
             }
         }
     }
 
     void checkPluginList() {
+        const char* const advice = line("daemon.device") == "/"
+                                       ? "correct it, or give subsysd a --device"
+                                       : "correct it; a changed list is read when subsysd starts again";
         for (const auto& [index, value] : lines("plugin-list.fault")) {
-            fault("pluginList", value, "requests to the plugin fail: correct it and start subsysd again");
+            fault("pluginList", value, std::string("requests to the plugin fail: ") + advice);
+        }
+        if (mEnteredPlugin && lines("plugin-list.fault").empty()) checkPlugin();
+    }
+
+    // The service opens it for the first request that needs it.
+    void checkPlugin() {
+        for (const auto& [index, value] : lines("plugin")) {
+            if (!value.starts_with("libiccapis, ") || !value.ends_with(", not open")) continue;
+            fault("pluginNotOpen", "a request needed the plugin: " + value,
+                  "the daemon's log says why, in a line of DeviceLibrary");
         }
     }
 
@@ -277,12 +305,12 @@ private:
         if (count > 1) text += ", and " + number(count - 1) + " more of its kind do";
         if (const auto died = clientLoss(oldest)) text += "; " + *died;
         if (stage == "plugin") {
-            fault("waitsForPlugin", text + ": it is inside the plugin",
-                  "see the plugin's call with subsysctl requests");
+            add(mPluginLevel, "waitsForPlugin", text + ": it is inside the plugin",
+                "see the plugin's call with subsysctl requests");
         } else if (stage == "reply") {
             fault("waitsForClient", text + ": the call to its client has not returned", backtrace());
         } else if (mPluginThread != 0 && oldest.operation.find("Icc") != std::string::npos) {
-            fault("waitsBehindPlugin", text + ": it waits for the plugin, which hangs", "see the line of the plugin");
+            add(mPluginLevel, "waitsBehindPlugin", text + ": it waits for the plugin", "see the line of the plugin");
         } else {
             fault("componentSilent", text + ": its component has not replied",
                   "the component dropped the reply message, sent another one, or is at work still: look at its log");
@@ -297,7 +325,8 @@ private:
         for (const TraceMark& mark : mClientMarks) {
             if (mark.time < begin.time || (end && mark.time > end->time)) continue;
             if (mark.name == CLIENT_SET) loss = "the RF client was replaced " + ago(mark.time) + " ago";
-            if (mark.name == CLIENT_DIED && !hasSuccessor(mark)) loss = "the RF client died " + ago(mark.time) + " ago";
+            if (mark.name == CLIENT_DIED && !hasSuccessor(mark))
+                loss = "the RF client ended " + ago(mark.time) + " ago";
         }
         return loss;
     }
@@ -330,7 +359,7 @@ private:
     void checkRecording() {
         if (mEvidence.trace || !mEvidence.daemon) return;
         fault("noRecording", daemonName() + ", records nothing, so nothing is known of its requests",
-              "its log says at the start why not; then start it again");
+              "its log says at the start why not, or the file was deleted: start it again");
     }
 
     void checkSerial() {
@@ -348,7 +377,7 @@ private:
             }
         }
         if (line("rf.response") != "none" || mClientMarks.empty() || mClientMarks.back().name != CLIENT_DIED) return;
-        note("noClient", "the RF client died " + ago(mClientMarks.back().time) + " ago, and none has registered since",
+        note("noClient", "the RF client ended " + ago(mClientMarks.back().time) + " ago, and none has registered since",
              "events reach nobody until a client registers");
     }
 
@@ -356,13 +385,16 @@ private:
     std::vector<TracedRequest> mRequests;
     std::vector<TraceMark> mClientMarks;  // of the RF client
     std::vector<Finding> mFindings;
+    size_t mUnanswered = 0;
+    bool mEnteredPlugin = false;  // by a request that has left it
     int32_t mPluginThread = 0;
+    Level mPluginLevel = Level::FAULT;  // a note while its call may still take time
 };
 
 }  // namespace
 
 std::vector<Finding> diagnose(const Evidence& evidence) {
-    return Doctor(evidence).findings();
+    return Diagnosis(evidence).findings();
 }
 
 }  // namespace subsysctl

@@ -24,7 +24,8 @@ struct Evidence {
     int64_t now = 0;                     // on the clock of the trace
     std::optional<ProcessState> daemon;  // when it lives
     std::map<int32_t, ProcessState> peers;
-    std::map<int32_t, std::string> otherDaemons;  // what processes called subsysd have of SUBSYS_BINDER_DIR
+    std::string environment;                      // "SUBSYS_BINDER_DIR=...", or empty where it is not set
+    std::map<int32_t, std::string> otherDaemons;  // the same of each process called subsysd
     std::optional<int32_t> serial;                // of the request that is asked about; nothing: all
 };
 

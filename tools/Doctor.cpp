@@ -30,6 +30,7 @@ namespace {
 
 // A daemon that is well answers in a few milliseconds.
 constexpr std::chrono::seconds PATIENCE{3};
+constexpr const char* FOLDER = "SUBSYS_BINDER_DIR";
 
 std::optional<DumpLines> askForDump(const std::string& service) {
     const ndk::SpAIBinder binder(AServiceManager_checkService(service.c_str()));
@@ -68,15 +69,16 @@ void takePeers(Evidence& evidence) {
 Evidence gather(std::optional<int32_t> serial, Output& output) {
     Evidence evidence;
     evidence.serial = serial;
-    evidence.service = std::string(Request::Service::descriptor) + "/default";
+    evidence.service = serviceName();
     evidence.folder = device::runtimeFolder();
+    if (const char* folder = std::getenv(FOLDER)) evidence.environment = std::string(FOLDER) + "=" + folder;
     evidence.isServed = AServiceManager_isDeclared(evidence.service.c_str());
     const auto traces = daemonTraces("doctor", output);
     if (!traces.empty()) evidence.trace = traces.front();
     if (evidence.trace && evidence.trace->isAlive) evidence.daemon = processState(evidence.trace->pid);
     const bool isStopped = evidence.daemon && evidence.daemon->isStopped();
     if (evidence.isServed && !isStopped) evidence.dump = dumpInTime(evidence.service);
-    if (!evidence.isServed) evidence.otherDaemons = environmentsOf("subsysd", "SUBSYS_BINDER_DIR");
+    if (!evidence.isServed) evidence.otherDaemons = environmentsOf("subsysd", FOLDER);
     takeTrace(evidence, traces);
     takePeers(evidence);
     if (evidence.trace) evidence.now = nowOf(*evidence.trace);

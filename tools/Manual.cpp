@@ -21,20 +21,20 @@ constexpr const char* PARAGRAPHS[] = {
     "The service has one RF client. A verb that needs its place is refused while another process holds it, unless "
     "--take-over is given. A watch whose place was taken comes back when the other process has gone; any other client "
     "has to register again itself. send-icc-meta-cmd and the verbs that look inside take no place.",
-    "There are two IMS ORTC clients; a third is ignored. Both get every IMS answer: give them different serials "
+    "There are two IMS ORTC clients; a third is refused. Both get every IMS answer: give them different serials "
     "(--serial) when both send the same request.",
     "With --json every outcome is an object on the output, a line each. The first key says which: response, callback, "
-    "indication (with its time), status, client, watch, trace, wrote, note, or error, with its verb, serial, message "
-    "and hint.",
+    "indication (with its time), status, client, watch, trace, request, finding, wrote, note, or error, with its verb, "
+    "serial, message, hint and line of the input.",
 };
 
 constexpr ManualNote EXIT_CODES[] = {
     {"0", "Answered with error 0, or done."},
-    {"1", "Answered with another error, or the call failed."},
+    {"1", "Answered with another error, or the call failed; doctor found a fault; the output could not be written."},
     {"2", "Wrong usage."},
     {"69", "No such service, or it died; no recording."},
     {"71", "Out of memory or threads."},
-    {"75", "Another process is the RF client; see --take-over."},
+    {"75", "Another process is the RF client (see --take-over), or two others are the IMS clients."},
     {"124", "No answer in time."},
     {"", "Of several verbs the first that fails decides; the others still run, unless the service is gone."},
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -28,18 +29,25 @@ std::string replaceAll(std::string text, const std::string& from, const std::str
 void copyRenamed(const fs::path& file, const fs::path& folder, const std::string& from, const std::string& to) {
     std::ifstream in(file);
     const std::string text{std::istreambuf_iterator<char>(in), {}};
-    std::ofstream out(folder / replaceAll(file.filename(), from, to));
+    const fs::path copy = folder / replaceAll(file.filename(), from, to);
+    std::ofstream out(copy);
     out << replaceAll(text, from, to);
-    if (!in || !out.flush()) throw fs::filesystem_error("", file, std::make_error_code(std::errc::io_error));
+    if (!in || !out.flush()) throw fs::filesystem_error("", in ? copy : file, {errno, std::generic_category()});
 }
 
-// The example of a kind calls itself my_KIND.
+// The example of a kind calls itself my_KIND. Writes all of the project or nothing.
 void writeProject(const std::string& kind, const std::string& name) {
     const fs::directory_iterator files(examples() / kind);
     if (!fs::create_directory(name)) {
         throw fs::filesystem_error("", name, std::make_error_code(std::errc::file_exists));
     }
-    for (const auto& file : files) copyRenamed(file, name, "my_" + kind, name);
+    try {
+        for (const auto& file : files) copyRenamed(file, name, "my_" + kind, name);
+    } catch (const fs::filesystem_error&) {
+        std::error_code ignored;
+        fs::remove_all(name, ignored);
+        throw;
+    }
 }
 
 }  // namespace

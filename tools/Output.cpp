@@ -108,10 +108,15 @@ void Output::report(const Json& problem) {
 }
 
 Output::Line Output::lineFor(const Json& problem) const {
-    if (mStyle.json) return {STDOUT_FILENO, dump(problem) + "\n"};
+    if (mStyle.json) {
+        Json object = problem;
+        if (mInputLine > 0) object["line"] = mInputLine;
+        return {STDOUT_FILENO, dump(object) + "\n"};
+    }
+    const std::string place = mInputLine > 0 ? "line " + std::to_string(mInputLine) + ": " : "";
     const std::string verb = part(problem, "verb");
     const std::string hint = part(problem, "hint");
-    const std::string line = "subsysctl: " + verb + (verb.empty() ? "" : ": ") + part(problem, "message") +
+    const std::string line = "subsysctl: " + place + verb + (verb.empty() ? "" : ": ") + part(problem, "message") +
                              (hint.empty() ? "" : "; ") + hint;
     return {STDERR_FILENO, device::escaped(line) + "\n"};
 }

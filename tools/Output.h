@@ -38,7 +38,7 @@ public:
     // Lines of "key: value": as they are, or as one object.
     void printState(const std::string& lines);
     // An error or a note, `{"error":"noAnswer","verb":...,"message":...,"hint":...}`: to stderr, with --json to the
-    // output. The first key says which; "verb" and "hint" may be missing.
+    // output. The first key says which; "verb", "hint" and "line" may be missing.
     void report(const Json& problem);
     // What report() would write, and where: for a signal handler.
     struct Line {
@@ -46,6 +46,8 @@ public:
         std::string text;
     };
     [[nodiscard]] Line lineFor(const Json& problem) const;
+    // What is reported from now on concerns this line of the input; 0: none.
+    void setInputLine(size_t line) { mInputLine = line; }
     // In place of the line before; the next output takes it away.
     void progress(const std::string& text);
 
@@ -64,6 +66,7 @@ private:
     std::ostream& mOut;
     std::ostream& mErr;
     const Style mStyle;
+    size_t mInputLine = 0;
     bool mShowsProgress = false;
 };
 

@@ -56,7 +56,7 @@ std::optional<std::vector<std::string>> wordsOf(const std::string& line) {
 }  // namespace
 
 Parser::Parser(CommandLine& commandLine, Kind kind)
-    : mCommandLine(commandLine), mApp(std::make_unique<CLI::App>("", "subsysctl")) {
+    : mCommandLine(commandLine), mKind(kind), mApp(std::make_unique<CLI::App>("", "subsysctl")) {
     mApp->fallthrough();
     mApp->allow_extras();
     mApp->set_help_flag("-h,--help", "Show what there is, or the options of the verb before.");
@@ -119,7 +119,8 @@ int Parser::failUnknown(const std::string& word, Output& output) const {
     const std::string verb = lastVerb(*mApp);
     const auto known = isOption ? namesOf(optionsOf(manual, verb)) : namesOf(manual.verbs);
     const std::string like = nearest(word.substr(0, word.find('=')), known);
-    const std::string hint = "'subsysctl help" + (isOption && !verb.empty() ? " " + verb : "") + "' shows all";
+    const std::string topic = mKind == INPUT_LINE ? " batch" : isOption && !verb.empty() ? " " + verb : "";
+    const std::string hint = "'subsysctl help" + topic + "' shows " + (mKind == INPUT_LINE ? "what a line has" : "all");
     return fail(std::string("no such ") + (isOption ? "option" : "verb") + ": '" + word + "'",
                 like.empty() ? hint : "did you mean " + like + "?", output);
 }

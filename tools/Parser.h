@@ -32,6 +32,7 @@ private:
     int failIncomplete(const std::string& problem, Output& output) const;
 
     CommandLine& mCommandLine;
+    const Kind mKind;
     const std::unique_ptr<CLI::App> mApp;
 };
 

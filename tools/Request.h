@@ -30,4 +30,9 @@ struct Request {
     std::function<bool(const Json&, int32_t serial)> isAnswer;
 };
 
+// The name under which the service is published.
+[[nodiscard]] inline std::string serviceName() {
+    return std::string(Request::Service::descriptor) + "/default";
+}
+
 }  // namespace subsysctl

@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::chrono::seconds BETWEEN_LOOKS(1);
 
-Json note(const char* what, const RfClient& client, const std::string& message) {
+Json note(const char* what, const Client& client, const std::string& message) {
     return {{"note", what},
             {"verb", "watch"},
             {"pid", client.pid},
@@ -41,29 +41,29 @@ ndk::ScopedAStatus becomeRfClient(Request::Service& service, const std::shared_p
                                newReporter<interface::ISubsysIndication>("indication", mailbox));
 }
 
-RfClient rfClientIn(const std::string& dump) {
+Client clientIn(const std::string& dump, const std::string& place) {
     const DumpLines lines = linesOf(dump);
-    const auto found = lines.find("rf.response");
+    const auto found = lines.find(place);
     if (found == lines.end()) return {};
     const std::string& line = found->second;
     constexpr std::string_view PID = "pid ";
-    RfClient client{RfClient::NONE, 0, ""};
+    Client client{Client::NONE, 0, ""};
     if (!line.starts_with(PID) || !line.ends_with(", alive")) return client;
     std::from_chars(line.data() + PID.size(), line.data() + line.size(), client.pid);
     if (kill(client.pid, 0) != 0 && errno == ESRCH) return client;  // the service has not seen it yet
-    client.kind = client.pid == getpid() ? RfClient::SELF : RfClient::OTHER;
+    client.kind = client.pid == getpid() ? Client::SELF : Client::OTHER;
     if (const auto process = processState(client.pid)) client.name = process->name;
     return client;
 }
 
-std::string describe(const RfClient& client) {
+std::string describe(const Client& client) {
     return "pid " + std::to_string(client.pid) + (client.name.empty() ? "" : " (" + client.name + ")");
 }
 
 struct RfKeeper::State {
     const std::shared_ptr<Request::Service> service;
     const std::shared_ptr<Mailbox> mailbox;
-    RfClient inPlace{};  // of this process; its own thread's
+    Client inPlace{};  // of this process; its own thread's
     device::Mutex mutex{};
     std::condition_variable changed{};
     bool stopped SUBSYS_GUARDED_BY(mutex) = false;
@@ -78,12 +78,12 @@ struct RfKeeper::State {
     void look() {
         std::string text;
         if (dumpOf(service->asBinder().get(), {}, text) != STATUS_OK) return;
-        const RfClient now = rfClientIn(text);
-        if (now.kind == RfClient::OTHER && now.pid != inPlace.pid) {
+        const Client now = clientIn(text, RF_PLACE);
+        if (now.kind == Client::OTHER && now.pid != inPlace.pid) {
             inPlace = now;
             mailbox->putIndication(note("replaced", now, "replaced by " + describe(now) + " until that is gone"));
-        } else if (now.kind == RfClient::NONE && becomeRfClient(*service, mailbox).isOk()) {
-            const RfClient gone = std::exchange(inPlace, {});
+        } else if (now.kind == Client::NONE && becomeRfClient(*service, mailbox).isOk()) {
+            const Client gone = std::exchange(inPlace, {});
             const std::string after = gone.pid == 0 ? "another client came and went" : describe(gone) + " is gone";
             mailbox->putIndication(note("registered", gone, "registered again: " + after));
         }

@@ -48,7 +48,7 @@ public:
     explicit Lines(Session& session) : mSession(session) { mParser.emplace(mLine, Parser::INPUT_LINE); }
 
     int run(const std::string& line) {
-        ++mCount;
+        mSession.output().setInputLine(++mCount);
         showProgress();
         if (line.find_first_not_of(" \t\r") == std::string::npos || line.starts_with('#')) return OK;
         mLine.steps.clear();
@@ -93,6 +93,7 @@ int runLines(std::istream& input, Session& session) {
         if (result == OK) result = code;
         if (code == NO_SERVICE) break;
     }
+    session.output().setInputLine(0);
     return result;
 }
 

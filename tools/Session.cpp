@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -33,10 +34,6 @@ void onDied(void* cookie) {
 }
 void onUnlinked(void* cookie) {
     delete static_cast<Cookie*>(cookie);
-}
-
-std::string serviceName() {
-    return std::string(Session::Service::descriptor) + "/default";
 }
 
 // Where services are looked up.
@@ -94,7 +91,11 @@ Output::Line Session::lateCall() const {
 }
 
 int Session::failLookup(const std::string& name, bool isDeclared) {
-    if (!isDeclared) return fail(NO_SERVICE, error("noService", "no such service: " + name + searched()));
+    if (!isDeclared) {
+        Json missing = error("noService", "no such service: " + name + searched());
+        missing["hint"] = "'subsysctl doctor' says what runs, and where";
+        return fail(NO_SERVICE, missing);
+    }
     Json problem = error("noAnswer", "no answer from " + name);
     problem["hint"] = "is its process stopped or busy?";
     return fail(NO_ANSWER, problem);
@@ -128,8 +129,8 @@ int Session::registerRf() {
     std::string state;
     if (const auto status = dumpOf(mService->asBinder().get(), {}, state))
         return failCall(ndk::ScopedAStatus::fromStatus(status));
-    const RfClient client = rfClientIn(state);
-    const bool isThere = client.kind == RfClient::OTHER;
+    const Client client = clientIn(state, RF_PLACE);
+    const bool isThere = client.kind == Client::OTHER;
     if (isThere && !mTakeOver) return refuseRf(client);
     if (const auto status = becomeRfClient(*mService, mMailbox); !status.isOk()) return failCall(status);
     if (isThere) noteTakeOver(client);
@@ -137,7 +138,7 @@ int Session::registerRf() {
     return OK;
 }
 
-int Session::refuseRf(const RfClient& client) {
+int Session::refuseRf(const Client& client) {
     Json problem = error("otherClient", describe(client) + " is the RF client");
     problem["pid"] = client.pid;
     problem["name"] = client.name;
@@ -145,7 +146,7 @@ int Session::refuseRf(const RfClient& client) {
     return fail(OTHER_CLIENT, problem);
 }
 
-void Session::noteTakeOver(const RfClient& client) {
+void Session::noteTakeOver(const Client& client) {
     mOutput.report({{"note", "tookOver"},
                     {"verb", mVerb},
                     {"pid", client.pid},
@@ -162,8 +163,21 @@ int Session::registerIms() {
         mService->setImsOrtcCallback(newReporter<interface::IImsOrtcResponse>("response", mMailbox),
                                      newReporter<interface::IImsOrtcIndication>("indication", mMailbox));
     if (!status.isOk()) return failCall(status);
+    std::string state;
+    if (const auto dumped = dumpOf(mService->asBinder().get(), {}, state))
+        return failCall(ndk::ScopedAStatus::fromStatus(dumped));
+    const Client clients[] = {clientIn(state, IMS_PLACES[0]), clientIn(state, IMS_PLACES[1])};
+    const auto isOther = [](const Client& client) { return client.kind == Client::OTHER; };
+    if (std::all_of(std::begin(clients), std::end(clients), isOther)) return refuseIms(clients[0], clients[1]);
     mIsImsClient = true;
     return OK;
+}
+
+int Session::refuseIms(const Client& first, const Client& second) {
+    Json problem = error("otherClient", describe(first) + " and " + describe(second) + " are the IMS clients");
+    problem["pids"] = {first.pid, second.pid};
+    problem["hint"] = "one of them has to end first";
+    return fail(OTHER_CLIENT, problem);
 }
 
 int Session::showRegistered(const char* client) {
@@ -205,15 +219,14 @@ int Session::failAnswer(const Request& request) {
 }
 
 std::string Session::whyUnanswered(Needs needs) {
-    if (needs == Needs::IMS) {
-        return "is the IMS ORTC component missing or silent, or do two other clients hold both places?";
-    }
+    // A command without a callback of the session has a token instead of the serial.
+    const std::string number = needs == Needs::NOTHING ? "" : " " + std::to_string(*mSerial);
+    const std::string advice = "'subsysctl doctor" + number + "' says why";
     const CallTimer timer(mTimeout, lateCall());
     std::string state;
-    if (needs == Needs::NOTHING || dumpOf(mService->asBinder().get(), {}, state) != STATUS_OK)
-        return "is the component missing or silent?";
-    const RfClient client = rfClientIn(state);
-    if (client.kind != RfClient::OTHER) return "is the component missing or silent?";
+    if (needs != Needs::RF || dumpOf(mService->asBinder().get(), {}, state) != STATUS_OK) return advice;
+    const Client client = clientIn(state, RF_PLACE);
+    if (client.kind != Client::OTHER) return advice;
     mIsRfClient = false;
     return describe(client) + " has taken the RF client's place";
 }

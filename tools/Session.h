@@ -58,8 +58,9 @@ private:
     int failLookup(const std::string& name, bool isDeclared);
     [[nodiscard]] Output::Line lateCall() const;
     void watchServer();
-    int refuseRf(const RfClient& client);
-    void noteTakeOver(const RfClient& client);
+    int refuseRf(const Client& client);
+    int refuseIms(const Client& first, const Client& second);
+    void noteTakeOver(const Client& client);
 
     Output& mOutput;
     const std::chrono::milliseconds mTimeout;

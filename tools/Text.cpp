@@ -97,7 +97,7 @@ std::vector<std::string> wrap(std::string_view text, size_t width) {
 
 std::string nearest(std::string_view word, std::span<const std::string> candidates) {
     const std::string* best = nullptr;
-    size_t least = word.size() / 2;  // more is no misspelling
+    size_t least = (word.size() + 1) / 3;  // more is no misspelling
     for (const std::string& candidate : candidates) {
         const size_t found = distance(word, candidate);
         if (found > least || (best != nullptr && found == least)) continue;

@@ -3,6 +3,7 @@
 #include "tools/ExitCode.h"
 #include "tools/Json.h"
 #include "tools/Table.h"
+#include "tools/Text.h"
 #include "tools/TraceEvents.h"
 #include "tools/TraceRequests.h"
 
@@ -12,9 +13,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <thread>
 #include <utility>
@@ -94,18 +97,22 @@ bool write(const std::vector<Trace>& traces, const std::string& file, std::ostre
     return stream.flush().good();
 }
 
-// Those that run or, when none does, the one that ran last.
+// Those that run or, when none does, the first: "subsysd@2" is a daemon that was refused while that one served.
 void keepCurrent(std::vector<Trace>& traces) {
     if (std::any_of(traces.begin(), traces.end(), [](const Trace& trace) { return trace.isAlive; })) {
         std::erase_if(traces, [](const Trace& trace) { return !trace.isAlive; });
     } else if (!traces.empty()) {
-        traces = {*std::max_element(traces.begin(), traces.end(),
-                                    [](const Trace& a, const Trace& b) { return a.startTime < b.startTime; })};
+        traces.resize(1);
     }
 }
 
+int64_t wallNanos(const Trace& trace, int64_t time) {
+    return trace.startWallTime + (time - trace.startTime);
+}
+
+// For a person, in the local time.
 std::string wallClock(const Trace& trace, int64_t time) {
-    const int64_t nanos = trace.startWallTime + (time - trace.startTime);
+    const int64_t nanos = wallNanos(trace, time);
     const time_t seconds = nanos / 1'000'000'000;
     tm parts{};
     std::array<char, 32> text{};
@@ -168,12 +175,14 @@ Json requestJson(const Trace& trace, const TracedRequest& request, int64_t now) 
         stages.push_back({{"stage", stage.name}, {"seconds", seconds(lengthOf(stage, now))}, {"open", !stage.end}});
     }
     const TraceSection* where = request.where();
+    const std::chrono::system_clock::time_point arrived(
+        std::chrono::nanoseconds(wallNanos(trace, request.section.begin.time)));
     return {{"request", request.operation},
             {"serial", request.number},
             {"state", request.section.end ? "answered" : "waiting"},
             {"program", trace.program},
             {"pid", trace.pid},
-            {"arrived", wallClock(trace, request.section.begin.time)},
+            {"arrived", timestamp(arrived)},
             {"seconds", seconds(lengthOf(request.section, now))},
             {"where", where == nullptr ? Json() : Json(where->name)},
             {"stages", std::move(stages)}};
@@ -201,7 +210,8 @@ int trace(const TraceOptions& options, Output& output) {
     if (traces.empty()) return NO_SERVICE;
     if (options.seconds) eraseBefore(start, traces);
     if (!write(traces, options.output, output.stream())) {
-        output.report(errorJson("notWritten", "trace", "the output could not be written"));
+        const std::string file = options.output.empty() ? "the output" : options.output;
+        output.report(errorJson("notWritten", "trace", "can't write " + file + ": " + std::strerror(errno)));
         return ANSWERED_WITH_ERROR;
     }
     summarize(traces, options.output, output);

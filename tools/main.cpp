@@ -40,10 +40,12 @@ int main(int argc, char** argv) {
     subsysctl::Output output(std::cout, std::cerr, subsysctl::terminalStyle(json));
     subsysctl::CommandLine commandLine;
     subsysctl::Parser parser(commandLine, subsysctl::Parser::WHOLE_CALL);
-    if (const auto code = parser.parse(arguments, output)) return *code;
-    device::startRecorderWhenAsked("subsysctl");
-    const int code = subsysctl::run(commandLine, output);
-    if (std::cout.flush()) return code;
+    auto code = parser.parse(arguments, output);
+    if (!code) {
+        device::startRecorderWhenAsked("subsysctl");
+        code = subsysctl::run(commandLine, output);
+    }
+    if (std::cout.flush()) return *code;
     std::cerr << "subsysctl: the output could not be written" << std::endl;
-    return code == subsysctl::OK ? static_cast<int>(subsysctl::ANSWERED_WITH_ERROR) : code;
+    return code == subsysctl::OK ? static_cast<int>(subsysctl::ANSWERED_WITH_ERROR) : *code;
 }

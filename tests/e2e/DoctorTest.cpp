@@ -34,6 +34,21 @@ TEST_F(Doctor, Look_WhenThePluginIsMissing_ThenItsFileAndOtherRequestsWork) {
     expectFault("", "plugin libiccapis: " + mDevice.path().string() + "/vendor/lib64/libiccapis.so is missing; ");
 }
 
+TEST_F(Doctor, Look_WhenThePluginIsCut_ThenItIsNotOpen) {
+    std::filesystem::resize_file(mDevice.place("/vendor/lib64/libiccapis.so"), 9000);
+    start();
+    expectRun({"get-icc-state", 1, {}});
+    expectFault("", "a request needed the plugin: libiccapis, /vendor/lib64/libiccapis.so, not open; ");
+}
+
+TEST_F(Doctor, Look_WhenTheFolderOfNamesIsDeleted_ThenToRestart) {
+    start();
+    std::filesystem::remove_all(mNames.path());
+    const std::string pid = std::to_string(mDaemon->pid());
+    expectRun({"doctor", FAULT, {"\nfault: nobody serves .*; process " + pid + " was started for this folder; "}});
+    EXPECT_FALSE(std::filesystem::exists(mNames.path()));
+}
+
 TEST_F(Doctor, Look_WhenAComponentIsSilent_ThenItsRequest) {
     script("ims on setCallInfo silent");
     start();
@@ -46,8 +61,9 @@ TEST_F(Doctor, Look_WhenThePluginHangs_ThenItsFunctionAndThread) {
     script("icc on iccSendReqSync delay 60000");
     start();
     expectRun({"--timeout 1.1 send-icc-cmd --req-id 5", NO_ANSWER, {}});
-    expectFault("",
-                "the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, HandlerThread[)]; ");
+    const char* const where =
+        "^note: the plugin has not returned from iccSendReqSync for [0-9.]+ s [(]thread [0-9]+, Handl";
+    expectRun({"doctor", 0, {where, "\nnote: sendIccCmd #1 waits for .*: it is inside the plugin; "}});
 }
 
 TEST_F(Doctor, Look_WhenTheClientIsKilled_ThenItsAnswerReachedNobody) {
@@ -59,7 +75,7 @@ TEST_F(Doctor, Look_WhenTheClientIsKilled_ThenItsAnswerReachedNobody) {
     expectLog("Client died. Cleaning up callbacks");
     expectLog("sendIccCmd respCb");
     expectRun({"set-call-info", 0, {}});  // the looper is done with the answer before it
-    expectFault("", "sendIccCmd #9 was answered [0-9.]+ .?s ago, but the RF client died [0-9.]+ .?s ago; ");
+    expectFault("", "sendIccCmd #9 was answered [0-9.]+ .?s ago, but the RF client ended [0-9.]+ .?s ago; ");
 }
 
 TEST_F(Doctor, Look_WhenTheDaemonIsStopped_ThenItsProcess) {
@@ -75,8 +91,11 @@ TEST_F(Doctor, Look_WhenTheDaemonIsGone_ThenWhatItLeft) {
     start();
     expectRun({"--timeout 0.1 set-call-info", NO_ANSWER, {}});
     const std::string gone = daemon();
+    Process refused(wordsOf(SUBSYSD, ""));
+    EXPECT_EQ(refused.wait(), EXIT_FAILURE);
     mDaemon->end();
-    expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; start subsysd");
+    expectFault("", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; subsysctl requests lists them; ");
+    expectFault(" 7", "nobody serves .*: " + gone + "has ended; requests unanswered: 1; ");
     start();
 }
 

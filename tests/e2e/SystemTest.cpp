@@ -19,7 +19,7 @@ TEST_F(System, Request_WhenSent_ThenItsAnswer) {
           "looper.[0-9]: HandlerThread, thread ", "binder.threads: [1-5] of 5, [1-5] busy\n",
           "peer.[0-9]+: 0 calls waiting, [0-9]+ bytes unread, 0 undelivered\n"}},
         {"--json dump", 0, {"\\{[^\n]*\"interface.version\":\"5\"[^\n]*\\}\n"}},
-        {"log loud", 2, {"LEVEL: loud not in"}},
+        {"log loud", 2, {"LEVEL: expected debug, info, warn, error, not 'loud'\n"}},
         {"log error log debug", 0, {"daemon.log-level: error\ndaemon.log-level: debug\n"}},
         {"get-lcd-info --type 1", 0, {"getLcdInfoResponse #1 SUCCESS lcdInfo=\"SIM_FHD_AMOLED_V2\""}},
         {"get-swtp-status", 1, {"getSwtpStatusResponse #1 NOT_SUPPORTED"}},
@@ -121,13 +121,15 @@ TEST_F(System, Ims_WhenACallIsMade_ThenAnswersAndEventsReachBothClients) {
                            "LocalPubIpAddrChanged [^\n]*192.0.2.1", "recvImsRtpRedunSignalMsgInd [^\n]*hello"});
 }
 
-TEST_F(System, Ims_WhenTwoClientsLive_ThenAThirdIsIgnoredUntilOneDies) {
+TEST_F(System, Ims_WhenTwoClientsLive_ThenAThirdIsRefusedUntilOneDies) {
     start();
     Client first("watch --ims --no-rf");
     expectLog("ImsOrtcServiceIndication: set cb:0");
     Client second("watch --ims --no-rf");
     expectLog("ImsOrtcServiceIndication: set cb:1");
-    expectRun({"--timeout 0.2 set-call-info --call-id 2", NO_ANSWER, {"no answer"}});
+    const std::string holders = "pid " + std::to_string(first.pid()) + " .subsysctl. and pid " +
+                                std::to_string(second.pid()) + " .subsysctl. are the IMS clients";
+    for (const char* verb : {"set-call-info", "set-ims-ortc-callback"}) expectRun({verb, OTHER_CLIENT, {holders}});
     second.end();
     expectLog("ImsOrtcServiceIndication: client death:1");
     expectLog("ImsOrtcServiceResponse: client death:1");

@@ -164,6 +164,8 @@ TEST_F(Subsysd, Start_WhenTheNameIsNotToBeHad_ThenItFailsAndTheFirstStays) {
     first.signal(SIGCONT);
     setenv("SUBSYS_BINDER_DIR", SUBSYSD, 1);
     expectEnd({}, EXIT_FAILURE, "subsysd: can't publish " + NAME + ": the folder of service names is not usable");
+    setenv("SUBSYS_BINDER_DIR", "/proc/names", 1);
+    expectEnd({}, EXIT_FAILURE, "the folder of names /proc/names cannot be made: ");
 }
 
 TEST_F(Subsysd, Start_WhenOptionsAreWrong_ThenTheLineNamesThem) {
@@ -201,11 +203,13 @@ TEST_F(Subsysd, Start_WhenThereIsNoDeviceFolder_ThenItSaysSo) {
 TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
     const std::string list = "plugin list: " + place("/odm/etc/plugin_config.xml");
     mDevice.write("/text.so", std::string(100, 'x'));
+    mDevice.copy("/good.so", COMPONENT_LIBRARY);
     mDevice.copy("/foreign.so", "/proc/self/exe");
     std::fstream(place("/foreign.so")).seekp(offsetof(Elf64_Ehdr, e_machine)).write("\xff\xff", 2);
     const std::pair<std::string, std::string> cases[] = {
         {"<plugin_config", list + " is malformed: XML_ERROR_"},
-        {"<other/>", list + " has no item in a plugin_config\n"},
+        {"<other/>", list + " has no item libiccapis in a plugin_config\n"},
+        {withItem("name='libiccapi' path='/good.so'"), list + " has no item libiccapis in a plugin_config\n"},
         {withItem("name='a'"), "plugin list: the item in line 2 lacks a name or a path\n"},
         {withItem("name='a' path='/none.so'/><item name='b'"), "plugin b: " + place("/none.so") + " is missing\n"},
         {withItem("name='a' path='/none.so'"), "plugin a: " + place("/none.so") + " is missing\n"},
@@ -220,8 +224,7 @@ TEST_F(Subsysd, PluginList_WhenFaulty_ThenALineSaysWhy) {
         writeList(text);
         EXPECT_THAT(serveAndEnd({}), HasSubstr(" W subsysd: " + line));
     }
-    mDevice.copy("/good.so", COMPONENT_LIBRARY);
-    writeList(withItem("name='a' path='/good.so'"));
+    writeList(withItem("name='libiccapis' path='/good.so'"));
     const std::string output = serveAndEnd({});
     EXPECT_THAT(output, AllOf(Not(HasSubstr(" W ")), Not(HasSubstr("HostTestComponent"))));
 }

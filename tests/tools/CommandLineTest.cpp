@@ -122,6 +122,9 @@ TEST(CommandLine, Parse_WhenUsedWrongly_ThenTwoAndWhatWasExpected) {
         {"", "no verb; 'subsysctl help' shows all"},
         {"get-swtp-statsu", "no such verb: 'get-swtp-statsu'; did you mean get-swtp-status?"},
         {"xyzzy", "no such verb: 'xyzzy'; 'subsysctl help' shows all"},
+        {"log debgu", "LEVEL: expected debug, info, warn, error, not 'debgu'; did you mean debug?"},
+        {"doctor abc", "SERIAL: expected an integer, -2147483648 to 2147483647, not 'abc'"},
+        {"--frob", "no such option: '--frob'; 'subsysctl help' shows all"},
         {"help wach", "no such verb: 'wach'; did you mean watch?"},
         {"get-swtp-status --type 1", "no such option: '--type'; 'subsysctl help get-swtp-status' shows all"},
         {"get-lcd-info --tpye=1", "no such option: '--tpye=1'; did you mean --type?"},
@@ -138,7 +141,7 @@ TEST(CommandLine, Parse_WhenUsedWrongly_ThenTwoAndWhatWasExpected) {
         {"status --serial 1.5", "--serial: expected an integer, -2147483648 to 2147483647, not '1.5'"},
         {"watch --for inf", "--for: expected seconds, 0 to 1000000, not 'inf'"},
         {"watch --no-rf",
-         "--no-rf requires --ims; --no-rf: With --ims: not those of RF, whose client stays another one."},
+         "--no-rf requires --ims; --no-rf: With --ims: IMS indications only; takes no RF client's place."},
         {"watch --count 0", "--count: expected an integer, 1 to 2147483647, not '0'"},
     };
     for (const auto& [command, message] : cases) {

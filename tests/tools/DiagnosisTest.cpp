@@ -75,10 +75,20 @@ TEST(Diagnosis, Look_WhenOneThingIsWrong_ThenOneLine) {
              open(e, 90, MarkKind::BEGIN, "setCallInfo #1");
          },
          "componentHangs: the component has not returned from setCallInfo #1 for 10.0 s (thread 11, binder)"},
+        {[](auto& e) { open(e, 97, MarkKind::BEGIN, "plugin iccGetState"); },
+         "note: pluginHangs: the plugin has not returned from iccGetState for 3.0 s (thread 11, binder)"},
         {[](auto& e) { (*e.dump)["looper.0"] = "subsysd, thread 10, 3 waiting, runs hal::X for 1500 ms"; },
          "looperBusy: the looper of subsysd, thread 10, 3 waiting, is inside hal::X for 1.5 s"},
         {[](auto& e) { (*e.dump)["peer.5"] = "0 calls waiting, 9 bytes unread, 4 undelivered"; },
          "undelivered: client process 5 missed 4 calls"},
+        {[](auto& e) {
+             (*e.dump)["plugin.0"] = "libiccapis, /a.so, not open";
+             mark(e, 90, MarkKind::ASYNC_BEGIN, "getIccState #1", 1);
+             mark(e, 90, MarkKind::ASYNC_BEGIN, "plugin", 1);
+             mark(e, 91, MarkKind::ASYNC_END, "plugin", 1);
+             mark(e, 91, MarkKind::ASYNC_END, "getIccState #1", 1);
+         },
+         "pluginNotOpen: a request needed the plugin: libiccapis, /a.so, not open"},
         {[](auto& e) { e.peers[5].state = 'T'; }, "clientStopped: client process 5 is stopped, 0 bytes unread"},
         {[](auto& e) { e.dump->erase("component.1"); },
          "componentMissing: there is no component of type 21: no IMS request is answered"},
@@ -109,7 +119,7 @@ TEST(Diagnosis, Look_WhenRequestsWait_ThenWhatHasThemAndOneLineForThoseInOnePlac
         ElementsAre("pluginHangs: the plugin has not returned from iccGetState for 79.5 s (thread 11, binder)",
                     "waitsForPlugin: getIccState #1 waits for 88.5 s: it is inside the plugin",
                     "waitsBehindPlugin: getIccState #2 waits for 87.5 s, and 1 more of its kind do: it waits for the "
-                    "plugin, which hangs"));
+                    "plugin"));
 }
 
 // The death of a client is noticed on a looper, maybe after its successor has registered.
@@ -121,8 +131,8 @@ TEST(Diagnosis, Look_WhenTheRfClientGoesWhileARequestWaits_ThenWhereItsAnswerWen
     } cases[] = {
         {{"RF client died"},
          "none",
-         {"clientLost: getIccState #1 was answered 50.0 s ago, but the RF client died 59.0 s ago",
-          "note: noClient: the RF client died 59.0 s ago, and none has registered since"}},
+         {"clientLost: getIccState #1 was answered 50.0 s ago, but the RF client ended 59.0 s ago",
+          "note: noClient: the RF client ended 59.0 s ago, and none has registered since"}},
         {{"RF client died", "RF client set"},
          "pid 6, alive",
          {"clientLost: getIccState #1 was answered 50.0 s ago, but the RF client was replaced 58.0 s ago"}},

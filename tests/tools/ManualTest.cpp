@@ -79,7 +79,7 @@ TEST_F(Formats, ManPage_WhenFormatted_ThenNoWarningAndAllIsThere) {
     EXPECT_EQ(run("sh", "man", "groff -man -Tascii -ww -z " + file() + " 2>&1"), "");
     const std::string page = run("sh", "man", "groff -man -Tascii -P-cbou " + file());
     for (const ManualVerb& verb : manual().verbs) EXPECT_THAT(page, testing::HasSubstr("subsysctl " + verb.example));
-    EXPECT_THAT(page, testing::ContainsRegex("\n +75 +Another process"));
+    EXPECT_THAT(page, testing::ContainsRegex("\n +75 +Another +process"));
 }
 
 TEST_F(Formats, Bash_WhenCompleted_ThenVerbsOptionsAndValues) {

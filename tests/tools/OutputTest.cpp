@@ -61,20 +61,20 @@ TEST(Output, Progress_WhenOnATerminal_ThenTakenAwayBeforeTheNextLine) {
 }
 
 // The service may hold a dead process for alive, for a moment.
-TEST(RfClient, InState_WhenOfEachKind_ThenOnlyALivingProcessIsAnother) {
+TEST(Client, InDump_WhenOfEachKind_ThenOnlyALivingProcessIsAnother) {
     test::Process gone({"/bin/true"}), other({"/bin/sleep", "600"});
     const pid_t dead = gone.pid();
     gone.wait();
     const auto line = [](pid_t pid, const char* state) {
         return "uptime: 1 ms\nrf.response: pid " + std::to_string(pid) + state + "\nrf.indication: none\n";
     };
-    const std::pair<std::string, RfClient::Kind> cases[] = {{"", RfClient::UNKNOWN},
-                                                            {"rf.response: none\n", RfClient::NONE},
-                                                            {line(getpid(), ", alive"), RfClient::SELF},
-                                                            {line(other.pid(), ", alive"), RfClient::OTHER},
-                                                            {line(other.pid(), ", dead"), RfClient::NONE},
-                                                            {line(dead, ", alive"), RfClient::NONE}};
-    for (const auto& [state, kind] : cases) EXPECT_EQ(kind, rfClientIn(state).kind) << state;
+    const std::pair<std::string, Client::Kind> cases[] = {{"", Client::UNKNOWN},
+                                                          {"rf.response: none\n", Client::NONE},
+                                                          {line(getpid(), ", alive"), Client::SELF},
+                                                          {line(other.pid(), ", alive"), Client::OTHER},
+                                                          {line(other.pid(), ", dead"), Client::NONE},
+                                                          {line(dead, ", alive"), Client::NONE}};
+    for (const auto& [state, kind] : cases) EXPECT_EQ(kind, clientIn(state, RF_PLACE).kind) << state;
 }
 
 TEST(Table, Print_WhenTooWide_ThenBlocksThatFit) {

@@ -65,20 +65,25 @@ TEST_F(Subsysctl, Request_WhenAnswered_ThenItsLineAndCode) {
 
 TEST_F(Subsysctl, Request_WhenUnansweredOrRefused_ThenTheCodeAndWhy) {
     const std::string NO_IMS_ANSWER =
-        "subsysctl: set-call-info: no answer in 500.0 ms; is the IMS ORTC component missing or silent, or do two other "
-        "clients hold both places?\n";
+        "subsysctl: set-call-info: no answer in 500.0 ms; 'subsysctl doctor 1' says why\n";
     const Case cases[] = {
         {"--timeout 0.5 get-lcd-info --type 2", 124,
-         "subsysctl: get-lcd-info: no answer in 500.0 ms; is the component missing or silent?\n"},
+         "subsysctl: get-lcd-info: no answer in 500.0 ms; 'subsysctl doctor 1' says why\n"},
         {"--timeout 0.5 set-call-info", 124, NO_IMS_ANSWER},
         {"--timeout 0.5 send-icc-meta-cmd --id -1", 124,
-         "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; is the component missing or silent?\n"},
+         "subsysctl: send-icc-meta-cmd: no answer in 500.0 ms; 'subsysctl doctor' says why\n"},
         {"get-lcd-info --type 6", 1,
          "subsysctl: get-lcd-info: the call failed: Status(-8, EX_SERVICE_SPECIFIC): '3: no'\n"},
         {"set-call-info --timeout 0.5 --text1 " + std::string(32, 'x'), 124,
          "subsysctl: set-call-info: --text1 has 32 bytes, more than 31: it arrives empty\n" + NO_IMS_ANSWER},
     };
     for (const Case& each : cases) expectRun(each, ERRORS);
+}
+
+TEST_F(Subsysctl, Output_WhenItCannotBeWritten_ThenItSaysSoAnd1) {
+    for (const char* verb : {"--version", "help", "get-swtp-status"}) {
+        expectRun({verb, 1, "subsysctl: the output could not be written\n"}, "2>&1 >/dev/full");
+    }
 }
 
 TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
@@ -88,7 +93,7 @@ TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
          "\n"},
         {"--json --timeout 0.5 send-icc-meta-cmd --id -1", 124,
          R"({"error":"noAnswer","verb":"send-icc-meta-cmd","message":"no answer in 500.0 ms","serial":1,)"
-         R"("hint":"is the component missing or silent?"})"
+         R"("hint":"'subsysctl doctor' says why"})"
          "\n"},
         {"--json get-lcd-info --type 3", 69,
          R"({"error":"died","verb":"get-lcd-info","message":"the service has died","serial":1})"
@@ -98,7 +103,7 @@ TEST_F(Subsysctl, Json_WhenSomethingFails_ThenAnObjectOnTheOutput) {
     mServer.wait();  // while it ends, its name is still held
     expectRun({"--json get-lcd-info", 69,
                R"({"error":"noService","verb":"get-lcd-info","message":"no such service: )" + SERVICE + " in " +
-                   mNames.path().string() + "\"}\n"});
+                   mNames.path().string() + R"(","hint":"'subsysctl doctor' says what runs, and where"})" + "\n"});
 }
 
 TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailuresCode) {
@@ -112,9 +117,9 @@ TEST_F(Subsysctl, Batch_WhenLinesAreRead_ThenAnswersInTheirOrderAndTheFirstFailu
     EXPECT_EQ(
         "getSwtpStatusResponse #5 SUCCESS status=-1\n"
         "getLcdInfoResponse #6 NOT_SUPPORTED lcdInfo=\"\"\n"
-        "subsysctl: no such option: '--json'; 'subsysctl help get-lcd-info' shows all\n"
+        "subsysctl: line 5: no such option: '--json'; 'subsysctl help batch' shows what a line has\n"
         "onIccMetaResp SUCCESS id=0 token=0 type=2 result=true data=\"00ff\"\n"
-        "subsysctl: --type: expected an integer, -2147483648 to 2147483647, not 'x'\n"
+        "subsysctl: line 7: --type: expected an integer, -2147483648 to 2147483647, not 'x'\n"
         "getLcdInfoResponse #8 SUCCESS lcdInfo=\"panel \\\"1\\\"\"\n",
         batch.output());
 }

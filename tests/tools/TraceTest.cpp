@@ -165,7 +165,7 @@ TEST(TraceRequests, Print_WhenAsJson_ThenOneObjectALine) {
     recording.addTraffic();
     const std::string waiting =
         R"({"request":"getIccState","serial":-7,"state":"waiting","program":"subsysd","pid":10,)"
-        R"("arrived":"2023-11-14 22:13:20.124","seconds":99.999,"where":"plugin","stages":[)"
+        R"("arrived":"2023-11-14T22:13:20.124Z","seconds":99.999,"where":"plugin","stages":[)"
         R"({"stage":"component","seconds":0.001,"open":false},{"stage":"plugin","seconds":99.997,"open":true}]})"
         "\n";
     EXPECT_EQ(printed(recording, {false, true}), waiting);
@@ -282,7 +282,9 @@ TEST_F(TraceVerbs, Trace_WhenForATimeOrOfTheLastRun_ThenOnlyThat) {
     std::filesystem::rename(mNames.path() / "trace@subsysd", mNames.path() / "trace-last@subsysd");
     EXPECT_THAT(run("trace --last").text, HasSubstr("before"));
     const std::string output = "trace --last --output " + mNames.path().string();
-    EXPECT_EQ(run(output).code, 1);
+    const Result unwritten = run(output);
+    EXPECT_EQ(unwritten.code, 1);
+    EXPECT_THAT(unwritten.text, HasSubstr("can't write " + mNames.path().string() + ": Is a directory"));
     EXPECT_THAT(run(output + "/file").text, testing::MatchesRegex("subsysctl: [0-9]+ marks of 1 process\n"));
     EXPECT_EQ(run("trace").code, 69);
 }

@@ -70,14 +70,11 @@ struct flock wholeFile() {
     return region;
 }
 
-// The descriptor, or why there is none.
-UniqueFd foundOrLogged(int folder, const std::string& trouble) {
+// Leaves errno as it is.
+void logTrouble(const std::string& trouble) {
     const int reason = errno;
-    if (folder < 0 && reason != ENOENT) {
-        warn("the folder of names %s %s", device::runtimeFolder().c_str(), trouble.c_str());
-    }
+    warn("the folder of names %s %s", device::runtimeFolder().c_str(), trouble.c_str());
     errno = reason;
-    return UniqueFd(folder);
 }
 
 bool isSameFile(const struct stat& a, const struct stat& b) {
@@ -97,14 +94,16 @@ bool NameFolder::isName(const char* name) {
 
 UniqueFd NameFolder::open() {
     std::string trouble;
-    const int folder = device::makeRuntimeFolder(trouble);
-    return foundOrLogged(folder, trouble);
+    UniqueFd folder(device::makeRuntimeFolder(trouble));
+    if (!folder.isValid()) logTrouble(trouble);
+    return folder;
 }
 
 UniqueFd NameFolder::openExisting() {
     std::string trouble;
-    const int folder = device::openRuntimeFolder(trouble);
-    return foundOrLogged(folder, trouble);
+    UniqueFd folder(device::openRuntimeFolder(trouble));
+    if (!folder.isValid() && errno != ENOENT) logTrouble(trouble);
+    return folder;
 }
 
 bool NameFolder::watch(const UniqueFd& folder, const UniqueFd& inotify, uint32_t events) {
@@ -131,7 +130,7 @@ ino_t NameFolder::socketIn(const UniqueFd& folder, std::string_view name) {
 }
 
 bool NameFolder::isLocked(std::string_view name) {
-    const UniqueFd folder = open();
+    const UniqueFd folder = openExisting();
     if (!folder.isValid()) return false;
     const UniqueFd file(openat(folder.get(), lockOf(name).c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
     struct flock region = wholeFile();
@@ -157,7 +156,7 @@ UniqueFd NameFolder::listen(const UniqueFd& folder, std::string_view name) {
 }
 
 UniqueFd NameFolder::connect(std::string_view name) {
-    const UniqueFd folder = open();
+    const UniqueFd folder = openExisting();
     if (!folder.isValid()) return UniqueFd();
     const UniqueFd file(openat(folder.get(), socketOf(name).c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     UniqueFd connection = streamSocket(0);

@@ -38,7 +38,7 @@ struct Trace {
 [[nodiscard]] std::optional<Trace> readTrace(const std::string& path, std::string& problem);
 
 // The traces of all programs in the runtime folder, or those of the last run of each; of one program, when it is named.
-// A file that can't be read adds a line to the problems.
+// They are in the order of their names: "subsysd", "subsysd@2". A file that can't be read adds a line to the problems.
 [[nodiscard]] std::vector<Trace> readTraces(bool last, const std::string& program, std::vector<std::string>& problems);
 
 }  // namespace device
