@@ -48,6 +48,7 @@ Verdict metaVerdict(ServiceRun& run) {
     std::this_thread::sleep_for(SERVICE_SETTLE);
     const auto answers = run.first.inbox->find(isMine);
     if (answers.size() != 1) return failed("one answer", std::to_string(answers.size()));
+    if (!run.first.inbox->find(answerTo(token)).empty()) return failed("no answer to the RF client", "one");
     const auto& meta = answers.front().meta;
     const bool isRight = meta.id == 7 && !meta.result && meta.type == 0 && meta.data.empty();
     return isRight ? ok("answered without success")
@@ -82,6 +83,7 @@ void checkIntrusive(ServiceRun& run) {
     });
     if (!isClient) return;
     checkRequests(run);
+    run.checks.check("RF clients: a meta command is its caller's", CLIENTS, [&] { return metaVerdict(run); });
     checkClients(run);
 }
 

@@ -52,6 +52,11 @@ private:
             for (const auto& client : mIms) send(*client, method, info);
         }
     }
+    void answer(const std::string&, const IccMetaReqInfo& request,
+                const std::shared_ptr<ISubsysIccMetaCallback>& callback) {
+        if (callback) callback->onIccMetaResp({request.id, request.token, 0, false, {}});
+        if (has("metaToRf") && mResponse) send(*mResponse, "sendIccCmd", {0, request.token});
+    }
     template <class... Rest>
     void answer(const std::string&, const Rest&...) {}
 

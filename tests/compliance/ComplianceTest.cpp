@@ -78,7 +78,7 @@ TEST(Compliance, Rules_WhenTheSimulatorIsChecked_ThenItKeepsThem) {
     Process daemon({SUBSYSD, "--device", DEVICE, "--load", SIM_IMS});
     ASSERT_TRUE(daemon.awaitOutput("serving"));
     expectRun(0, {"service"}, "not checked  RF clients: it takes [^~]*\n26 ok, 0 failed, 3 not checked\n");
-    expectRun(0, {"--json", "service", "--intrusive"}, R"(\{"ok":49,"failed":0,"notChecked":0\})");
+    expectRun(0, {"--json", "service", "--intrusive"}, R"(\{"ok":50,"failed":0,"notChecked":0\})");
 }
 
 TEST(Compliance, File_WhenNoLibraryOfThisMachine_ThenOneLineSaysWhy) {
@@ -153,6 +153,7 @@ TEST(Compliance, Service_WhenItBreaksARule_ThenTheLineNamesIt) {
         {"twice", "request killProcess: expected one answer; seen: 2"},
         {"header", "request killProcess: expected type 0"},
         {"error", "request killProcess: expected an error in 0..9; seen: 12"},
+        {"metaToRf", "RF clients: a meta command is its caller's: expected no answer to the RF client"},
         {"firstClient", "RF clients: a new one takes the place: expected one answer to the new client"},
         {"clear", "RF clients: a null callback clears: expected no answer"},
         {"noState", "RF clients: one follows a dead one: expected sendSubsysStateChanged"},
