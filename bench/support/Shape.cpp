@@ -431,6 +431,7 @@ std::vector<Latency> measureLatency(const std::vector<Subject>& subjects, uint32
         for (size_t i = 0; i < subjects.size(); ++i) takeTurn(subjects[i], samples[i]);
     }
     std::vector<Latency> latencies;
+    latencies.reserve(samples.size());
     for (const auto& each : samples) latencies.push_back({median(each), quantile(each, 0.95)});
     return latencies;
 }

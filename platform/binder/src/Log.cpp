@@ -46,6 +46,7 @@ bool isNews(std::string_view text) {
 
 void write(android_LogPriority priority, const char* format, va_list arguments) {
     std::array<char, 512> text{};
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): a fault of the check
     vsnprintf(text.data(), text.size(), format, arguments);
     if (isNews(text.data())) __android_log_write(priority, "Binder", text.data());
 }

@@ -166,7 +166,7 @@ void Session::end(const char* breach) {
     }
 }
 
-void Session::bury() noexcept {
+void Session::bury() noexcept {  // NOLINT(bugprone-exception-escape): it ends the process, see the header
     if (mBuried.exchange(true)) return;
     end();
     mIn.remove();

@@ -78,7 +78,7 @@ public:
     [[nodiscard]] bool hasFailed() const { return mFailed.load(std::memory_order_relaxed); }
     // The inbox is at its end: obituaries, and everything is given back. Nobody hears of the death where one of them
     // throws, so that ends the process. Thread: binder.
-    void bury() noexcept;
+    void bury() noexcept;  // NOLINT(bugprone-exception-escape): that is meant
 
 private:
     const Peer mPeer;
