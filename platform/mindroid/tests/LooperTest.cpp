@@ -185,7 +185,7 @@ TEST(LooperDrop, Drop_WhenADestructorCallsTheLooper_ThenItDoesNotBlock) {
         test::runLoop([&] {
             const sp<Handler> handler = new Handler();
             const auto mortalMessage = [&, raw = handler.get()] {
-                const sp<Message> message = handler->obtainMessage(task);
+                sp<Message> message = handler->obtainMessage(task);
                 message->obj = new Mortal(deaths, [&task, raw] {
                     raw->sendEmptyMessageDelayed(2, 0);
                     raw->removeCallbacks(task);
