@@ -257,7 +257,7 @@ void addGlobalOptions(CLI::App& app, CommandLine& commandLine) {
         "--json", [] {}, "Each outcome as one JSON object on a line, errors and notes too.");
     const auto seconds = std::make_shared<double>();
     const auto storeTimeout = [&commandLine, seconds](const std::string& text) {
-        const std::string problem = storeSeconds(*seconds, 0.001)(text);
+        std::string problem = storeSeconds(*seconds, 0.001)(text);
         if (problem.empty()) commandLine.timeout = std::chrono::milliseconds(std::llround(*seconds * 1000));
         return problem;
     };

@@ -28,7 +28,7 @@ using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsys;
 using ::aidl::vendor::nuvex::hardware::subsys_interface::subsys::ISubsysResponse;
 
 // What the help says of a verb beyond the interface. A method without a note has its verb as well.
-struct Note {
+struct Note {  // NOLINT(clang-analyzer-optin.performance.Padding): the table below reads in this order
     uint32_t code;
     const char* group;
     const char* example;  // the options of one

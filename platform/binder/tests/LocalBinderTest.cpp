@@ -123,7 +123,7 @@ TEST(LocalBinderTest, Transact_WhenTheObjectIsLocal_ThenItRunsInPlace) {
 TEST(LocalBinderTest, Promote_WhenTheLastReferenceIsGone_ThenNull) {
     ndk::SpAIBinder object = newEcho(new Echo);
     const ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(object.get()));
-    const ndk::ScopedAIBinder_Weak clone(weak);
+    const ndk::ScopedAIBinder_Weak clone(weak);  // NOLINT(performance-unnecessary-copy-initialization): what is tested
     EXPECT_EQ(object, weak.promote());
     EXPECT_EQ(object, clone.promote());
     const ndk::SpAIBinder other = newEcho(new Echo);
