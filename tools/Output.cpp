@@ -1,5 +1,7 @@
 #include "tools/Output.h"
 
+#include "tools/Dump.h"
+
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/SUBSYS_Errno.h>
 #include <device/Escape.h>
 
@@ -8,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 
 namespace subsysctl {
 
@@ -88,13 +89,7 @@ void Output::printState(const std::string& lines) {
         mOut << lines << std::flush;
         return;
     }
-    Json state = Json::object();
-    std::istringstream in(lines);
-    for (std::string line; std::getline(in, line);) {
-        const size_t colon = line.find(": ");
-        if (colon != std::string::npos) state[line.substr(0, colon)] = line.substr(colon + 2);
-    }
-    mOut << dump(state) << std::endl;
+    mOut << dump(Json(linesOf(lines))) << std::endl;
 }
 
 void Output::print(const Json& event) {

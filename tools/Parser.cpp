@@ -38,6 +38,7 @@ std::vector<ManualOption> optionsOf(const Manual& manual, const std::string& ver
 template <class Entries>
 std::vector<std::string> namesOf(const Entries& entries) {
     std::vector<std::string> names;
+    names.reserve(std::size(entries));
     for (const auto& entry : entries) names.push_back(entry.name);
     return names;
 }

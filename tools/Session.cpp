@@ -221,7 +221,7 @@ int Session::failAnswer(const Request& request) {
 std::string Session::whyUnanswered(Needs needs) {
     // A command without a callback of the session has a token instead of the serial.
     const std::string number = needs == Needs::NOTHING ? "" : " " + std::to_string(*mSerial);
-    const std::string advice = "'subsysctl doctor" + number + "' says why";
+    std::string advice = "'subsysctl doctor" + number + "' says why";
     const CallTimer timer(mTimeout, lateCall());
     std::string state;
     if (needs != Needs::RF || dumpOf(mService->asBinder().get(), {}, state) != STATUS_OK) return advice;

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "tools/Client.h"
 #include "tools/ExitCode.h"
 #include "tools/Mailbox.h"
 #include "tools/Output.h"
 #include "tools/Request.h"
-#include "tools/RfClient.h"
 #include "tools/Watch.h"
 
 #include <aidl/vendor/nuvex/hardware/subsys_interface/subsys/ISubsys.h>

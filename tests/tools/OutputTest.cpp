@@ -1,7 +1,7 @@
 #include "tools/Output.h"
 
 #include "tests/support/Process.h"
-#include "tools/RfClient.h"
+#include "tools/Client.h"
 #include "tools/Table.h"
 #include "tools/Text.h"
 

@@ -1,4 +1,4 @@
-#include "tools/RfClient.h"
+#include "tools/Client.h"
 
 #include "tools/Callbacks.h"
 #include "tools/Dump.h"
